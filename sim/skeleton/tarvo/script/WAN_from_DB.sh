@@ -1,0 +1,3 @@
+#!/bin/sh
+. /tarvo/sim/action
+exit "$status"
