@@ -1,0 +1,37 @@
+#include "db/clauses.h"
+
+namespace tarvodb {
+
+namespace {
+
+template <class Table>
+std::vector<Record<Table>> selectBy(sqlite3* db, const char* condition, const tSqlite3parent& value,
+                                    const char* orderBy, unsigned limit) {
+    std::string clause = condition;
+    if (orderBy != nullptr) {
+        clause += "ORDER BY %q";
+    }
+    if (limit != 0) {
+        clause += " limit 0," + std::to_string(limit);
+    }
+    return doSelect<Table>(db, clause.c_str(), value.text(), orderBy);
+}
+
+}  // namespace
+
+std::vector<Record<configuracionWebGlobal>> selectByNombre(sqlite3* db, const tSqlite3parent& value,
+                                                           const char* orderBy, unsigned limit) {
+    return selectBy<configuracionWebGlobal>(db, " WHERE nombre LIKE %Q ", value, orderBy, limit);
+}
+
+std::vector<Record<NimGlobal>> selectByFkIdEntradasGlobal(sqlite3* db, const tSqlite3parent& value,
+                                                          const char* orderBy, unsigned limit) {
+    return selectBy<NimGlobal>(db, clause::kByInput, value, orderBy, limit);
+}
+
+std::vector<Record<PIDsSalidaGlobal>> selectByFkIdSSG(sqlite3* db, const tSqlite3parent& value,
+                                                      const char* orderBy, unsigned limit) {
+    return selectBy<PIDsSalidaGlobal>(db, " WHERE fk_idSSG LIKE %Q ", value, orderBy, limit);
+}
+
+}  // namespace tarvodb

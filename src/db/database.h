@@ -1,0 +1,35 @@
+// The database files and their handles.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/platform.h"
+
+namespace tarvodb {
+
+// The configuration of the headend, shared with the device's other programs.
+inline constexpr const char* kConfigDatabase = "/tarvo/DB/config_global.sqlite";
+// What the device measures and learns while it runs; it does not survive a restart.
+inline constexpr const char* kStateDatabase = "/tmp/temp_global.sqlite";
+// The conditional-access modules that the headend knows.
+inline constexpr const char* kVsecureDatabase = "/tarvo/DB/vsec_global.sqlite";
+// Commands of the remote-control server.
+inline constexpr const char* kCommandDatabase = "/tarvo/DB/remote_control.sqlite";
+
+struct CloseDatabase {
+    void operator()(sqlite3* db) const { platform::closeDatabase(db); }
+};
+
+// An open database; closed when it goes. Empty when the open failed.
+using Database = std::unique_ptr<sqlite3, CloseDatabase>;
+
+inline Database openDatabase(const std::string& path) {
+    return Database(platform::openDatabase(path));
+}
+
+// Runs one statement without rows, up to three times, one second apart (the last failure is
+// followed by its second too). Returns SQLite's result code of the last try, 0 for success.
+int execWithRetries(sqlite3* db, const char* sql);
+
+}  // namespace tarvodb

@@ -1,0 +1,14 @@
+// Files with the SI tables (NIT, BAT, SDT) that other programs of the device keep per network.
+#pragma once
+
+#include <string>
+
+namespace tarvodb {
+
+inline constexpr const char* kSiTableFolder = "/tarvo/datosWeb/tablasSI/";
+
+// Renames the NIT and SDT files of a network from its old to its new network identifier (as text)
+// and brings the change to the disk. A file that is not there is no error.
+void renameSiTableFiles(const std::string& oldId, const std::string& newId);
+
+}  // namespace tarvodb

@@ -1,0 +1,77 @@
+// The one door to the device: databases, processes, files, time and the system log.
+//
+// The program links platform_linux.cpp; unit tests link a fake with the same functions that keeps
+// time, collects what went through the door and maps device paths into a temporary folder.
+#pragma once
+
+#include <ctime>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct sqlite3;
+
+namespace platform {
+
+// --- Databases -------------------------------------------------------------------------------
+
+// Opens (and creates if needed) the SQLite file at `path` with the device's common library.
+// The caller owns the handle and closes it with closeDatabase. Null on failure.
+sqlite3* openDatabase(const std::string& path);
+
+// Opens the SQLite file at `path` with SQLite itself and returns SQLite's result code. SQLite
+// hands out a handle also when it fails; the caller owns it either way.
+int openDatabaseFile(const std::string& path, sqlite3** db);
+
+// Null is ignored.
+void closeDatabase(sqlite3* db);
+
+// sqlite3_exec without a callback. Returns SQLite's result code; a non-null *errorMessage belongs
+// to the caller (sqlite3_free).
+int executeSql(sqlite3* db, const char* sql, char** errorMessage);
+
+// sqlite3_get_table. `*cells` belongs to the caller (sqlite3_free_table), *errorMessage as above.
+int getTable(sqlite3* db, const char* sql, char*** cells, int* rows, int* columns,
+             char** errorMessage);
+
+// --- Processes -------------------------------------------------------------------------------
+
+// Runs `command` through the shell, waits for it and returns the result of system(): 0 is success.
+int runShell(const std::string& command);
+
+// Runs `command` through the shell and returns the first lines of its output, line ends included.
+// At most `maxLines` lines, each of at most 127 characters (a longer line continues in the next).
+// Empty when the command cannot be started or prints nothing.
+std::vector<std::string> readCommandLines(const std::string& command, std::size_t maxLines);
+
+void sleepSeconds(unsigned seconds);
+
+// --- Files -----------------------------------------------------------------------------------
+
+// The whole content, or nothing when the file cannot be opened.
+std::optional<std::string> readFile(const std::string& path);
+
+// Replaces the file's content. False when it cannot be opened for writing.
+bool writeFile(const std::string& path, const std::string& content);
+
+// Failures of these two are ignored: a file that is not there needs no work.
+void renameFile(const std::string& from, const std::string& to);
+void removeFile(const std::string& path);
+
+// Asks the kernel to bring all written files to the disk.
+void syncFiles();
+
+// Nothing when the file's status cannot be read.
+std::optional<std::time_t> modificationTime(const std::string& path);
+
+// --- Time and log ----------------------------------------------------------------------------
+
+std::time_t now();
+
+// Sends `line` to syslog as it stands. `priority` is syslog's facility|level value.
+void logLine(int priority, const std::string& line);
+
+// Prints `message`, followed by the text of the last system error, on standard error.
+void printSystemError(const char* message);
+
+}  // namespace platform

@@ -1,0 +1,103 @@
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+#include "platform/open_db.h"
+#include "platform/platform.h"
+
+namespace platform {
+
+namespace {
+
+struct ClosePipe {
+    void operator()(FILE* pipe) const { pclose(pipe); }
+};
+
+}  // namespace
+
+sqlite3* openDatabase(const std::string& path) { return openDb(path); }
+
+int openDatabaseFile(const std::string& path, sqlite3** db) {
+    return sqlite3_open(path.c_str(), db);
+}
+
+void closeDatabase(sqlite3* db) { sqlite3_close(db); }
+
+int executeSql(sqlite3* db, const char* sql, char** errorMessage) {
+    return sqlite3_exec(db, sql, nullptr, nullptr, errorMessage);
+}
+
+int getTable(sqlite3* db, const char* sql, char*** cells, int* rows, int* columns,
+             char** errorMessage) {
+    return sqlite3_get_table(db, sql, cells, rows, columns, errorMessage);
+}
+
+int runShell(const std::string& command) {
+    return system(command.c_str());  // NOLINT(concurrency-mt-unsafe): one thread
+}
+
+std::vector<std::string> readCommandLines(const std::string& command, std::size_t maxLines) {
+    std::vector<std::string> lines;
+    const std::unique_ptr<FILE, ClosePipe> pipe(popen(command.c_str(), "r"));
+    if (!pipe) {
+        return lines;
+    }
+    std::array<char, 128> line{};
+    while (lines.size() < maxLines && std::fgets(line.data(), line.size(), pipe.get()) != nullptr) {
+        lines.emplace_back(line.data());
+    }
+    return lines;
+}
+
+void sleepSeconds(unsigned seconds) { sleep(seconds); }
+
+std::optional<std::string> readFile(const std::string& path) {
+    const std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        return std::nullopt;
+    }
+    std::ostringstream content;
+    content << file.rdbuf();
+    return std::move(content).str();
+}
+
+bool writeFile(const std::string& path, const std::string& content) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    if (!file) {
+        return false;
+    }
+    file << content;
+    return true;
+}
+
+void renameFile(const std::string& from, const std::string& to) {
+    std::rename(from.c_str(), to.c_str());
+}
+
+void removeFile(const std::string& path) { unlink(path.c_str()); }
+
+void syncFiles() { sync(); }
+
+std::optional<std::time_t> modificationTime(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    return status.st_mtime;
+}
+
+std::time_t now() { return std::time(nullptr); }
+
+void logLine(int priority, const std::string& line) { syslog(priority, "%s", line.c_str()); }
+
+void printSystemError(const char* message) { std::perror(message); }
+
+}  // namespace platform
