@@ -1,0 +1,67 @@
+// What a command answers: who answered, the outcome, the errors met and the data produced.
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "document/xml.h"
+
+namespace tarvo_remote_control {
+
+// An XML document with a single `commandResult` element. It owns the nodes and texts of every
+// element that its command makes, attached or not.
+class ResultDocument {
+  public:
+    // The children of commandResult, with who answers taken from the device identity as it is now.
+    ResultDocument();
+    ResultDocument(const ResultDocument&) = delete;
+    ResultDocument& operator=(const ResultDocument&) = delete;
+
+    // A new, unattached element. Both texts are copied; a null value gives an element without
+    // text. The element lives as long as this document.
+    document::XmlNode* createNode(const char* name, const char* value = nullptr);
+
+    // Records an error: its code, and an `error` element with the code's text, followed by ": "
+    // and `detail` when there is one.
+    void addError(int code, const std::string& detail = "");
+
+    // The codes recorded so far, ascending.
+    [[nodiscard]] const std::set<int>& errors() const { return errorCodes_; }
+
+    // Forgets errors and data, and sets the outcome back to 1, for another run of the command.
+    void reset();
+
+    void setCommandId(int id);
+    void setResult(int value);
+    void appendToData(document::XmlNode* element);
+
+    // Replaces the document by the parse of `text` and adds what it lacks. Throws
+    // document::ParseError.
+    void loadXml(const std::string& text);
+
+    // The document as text, with its declaration. Sets the outcome first: 1 without errors, else 0.
+    std::string toXml(int printFlags = 0);
+
+    // The first child whose name is exactly `name`, null when there is none.
+    static document::XmlNode* findChild(const document::XmlNode& parent, const char* name);
+
+  private:
+    document::XmlNode* appendNew(document::XmlNode* parent, const char* name,
+                                 const char* value = nullptr);
+    document::XmlNode* childOrNew(document::XmlNode* parent, const char* name,
+                                  const char* value = nullptr);
+    void completeShape(document::XmlNode* commandResult);
+    void setText(document::XmlNode* node, int value);
+
+    document::XmlDocument document_;
+    document::XmlNode* commandId_ = nullptr;
+    document::XmlNode* result_ = nullptr;
+    document::XmlNode* errors_ = nullptr;
+    document::XmlNode* data_ = nullptr;
+    std::set<int> errorCodes_;
+};
+
+// The line that every document starts with, without a line end.
+inline constexpr const char* kXmlDeclaration = R"(<?xml version="1.0" encoding="utf-8"?>)";
+
+}  // namespace tarvo_remote_control

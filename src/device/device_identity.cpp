@@ -1,0 +1,147 @@
+#include "device/device_identity.h"
+
+#include <sqlite3.h>
+#include <syslog.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "db/clauses.h"
+#include "db/database.h"
+#include "platform/debug_log.h"
+#include "platform/platform.h"
+
+namespace tarvo_remote_control {
+
+namespace {
+
+std::unique_ptr<DeviceIdentity>& instancePointer() {
+    // Never destroyed itself: the exit handler may run after static objects are gone.
+    static auto* pointer = new std::unique_ptr<DeviceIdentity>;
+    return *pointer;
+}
+
+std::string rightTrimmed(std::string text) {
+    text.erase(text.find_last_not_of(" \n\r\t") + 1);
+    return text;
+}
+
+// The scripts print their value and, in a second line, whether it is good.
+std::string readScript(const char* path) {
+    const std::vector<std::string> lines = platform::readCommandLines(path, 2);
+    return lines.size() == 2 && rightTrimmed(lines[1]) == "OK" ? rightTrimmed(lines[0]) : "";
+}
+
+std::string readHostName() {
+    const std::vector<std::string> lines = platform::readCommandLines("hostname", 1);
+    return lines.empty() ? "" : rightTrimmed(lines[0]);
+}
+
+// Fills `field` with what `read` gives when it is empty. Returns whether it did.
+template <class Read>
+bool fill(std::string& field, Read read, const char* error) {
+    if (!field.empty()) {
+        return false;
+    }
+    field = read();
+    if (field.empty()) {
+        platform::debugLog(LOG_ERR, error);
+        throw ReadConfigError(error);
+    }
+    return true;
+}
+
+template <class Value>
+bool assign(Value& field, Value value) {
+    if (field == value) {
+        return false;
+    }
+    field = std::move(value);
+    return true;
+}
+
+std::string withTrailingSlash(std::string address) {
+    if (!address.empty() && address.back() != '/') {
+        address += '/';
+    }
+    return address;
+}
+
+}  // namespace
+
+DeviceIdentity& DeviceIdentity::instance() {
+    auto& pointer = instancePointer();
+    if (!pointer) {
+        pointer.reset(new DeviceIdentity);
+    }
+    return *pointer;
+}
+
+void DeviceIdentity::destroyInstance() { instancePointer().reset(); }
+
+DeviceIdentity::DeviceIdentity() { std::atexit(destroyInstance); }
+
+bool DeviceIdentity::load() {
+    bool changed = !loaded_;
+    const auto script = [](const char* path) { return [path] { return readScript(path); }; };
+    changed |= fill(serialNumber_, script("/tarvo/script/SERIAL"), "Could not read Serial Number");
+    changed |= fill(mac_, script("/tarvo/script/MAC"), "Could not read MAC");
+    changed |= fill(model_, script("/tarvo/script/MODELO"), "Could not read model");
+    changed |= fill(hostName_, readHostName, "Could not read hostname");
+
+    sqlite3* handle = nullptr;
+    const int openResult = platform::openDatabaseFile(tarvodb::kConfigDatabase, &handle);
+    const tarvodb::Database db(handle);
+    // A failed open is read all the same: the reads then say in the system log what is wrong.
+    if (openResult != SQLITE_OK || db) {
+        changed |= loadServerSettings(db.get());
+        changed |= loadContractId(db.get());
+    }
+    loaded_ = true;
+    return changed;
+}
+
+bool DeviceIdentity::loadServerSettings(sqlite3* db) {
+    using tarvodb::configuracionWebGlobal;
+    bool changed = false;
+    for (const auto& setting :
+         tarvodb::selectByNombre(db, tarvodb::tSqlite3parent("servidorZEN%"))) {
+        const std::string name = setting[configuracionWebGlobal::nombre].asString();
+        const tarvodb::tSqlite3parent& value = setting[configuracionWebGlobal::valor];
+        if (name == "servidorZEN_activo") {
+            changed |= assign(remoteControlActive_, value.asString() == "1");
+        } else if (name == "servidorZEN_intervalo") {
+            changed |= assign(remoteControlInterval_, value.asInt());
+        } else if (name == "servidorZEN_direccion") {
+            changed |= assign(remoteControlAddress_, withTrailingSlash(value.asString()));
+        } else if (name == "servidorZEN_usuario") {
+            changed |= assign(remoteControlUser_, value.asString());
+        } else if (name == "servidorZEN_password") {
+            changed |= assign(remoteControlPassword_, value.asString());
+        }
+    }
+    return changed;
+}
+
+bool DeviceIdentity::loadContractId(sqlite3* db) {
+    const auto settings =
+        tarvodb::selectByNombre(db, tarvodb::tSqlite3parent("identificacion_contrato"));
+    if (settings.empty()) {
+        return false;
+    }
+    return assign(contractId_, settings.front()[tarvodb::configuracionWebGlobal::valor].asString());
+}
+
+bool DeviceIdentity::isFamilyA() const {
+    return model_ == "QRA-310" || model_ == "LMV-502" || model_ == "PKD-707";
+}
+bool DeviceIdentity::isRNB() const { return model_ == "RNB-K408"; }
+bool DeviceIdentity::isWVXA() const { return model_ == "WVX-AQ4"; }
+bool DeviceIdentity::isLMV() const { return model_ == "LMV-502" || model_ == "LMV-512"; }
+bool DeviceIdentity::isPKD() const { return model_ == "PKD-707"; }
+bool DeviceIdentity::isWVXB() const { return model_ == "WVX-BQ4"; }
+
+}  // namespace tarvo_remote_control

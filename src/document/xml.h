@@ -1,0 +1,85 @@
+// A few helpers over the XML library.
+//
+// Documents hold elements only. Text that stands between elements is a child without a name; a
+// comment is no child at all.
+#pragma once
+
+#include <rapidxml/rapidxml.hpp>
+#include <stdexcept>
+#include <string>
+
+namespace document {
+
+using XmlDocument = rapidxml::xml_document<char>;
+using XmlNode = rapidxml::xml_node<char>;
+
+// Passed to printed(): no line feeds and tabs between elements.
+inline constexpr int kNoIndenting = 0x1;
+
+// `text` is not well-formed XML; what() gives the reason with its line and column.
+class ParseError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// Replaces `document`'s content by the parse of `text`, in place: `text` is modified and must
+// outlive every use of the tree. A UTF-8 byte order mark is skipped. Throws ParseError.
+void parse(XmlDocument& document, std::string& text);
+
+// As parse, over a copy of `text` in the document's own pool.
+void parseCopy(XmlDocument& document, const std::string& text);
+
+// The tree as text, indented unless `flags` has kNoIndenting.
+std::string printed(const XmlNode& node, int flags = 0);
+
+// The text of an element, "" when it has none. Lives as long as the tree.
+const char* textOf(const XmlNode& node);
+
+// The text of an element read as a decimal integer, 0 when it is no number.
+int numberOf(const XmlNode& node);
+
+// Names in imported documents are compared without regard to letter case.
+bool sameText(const char* a, const char* b);
+bool hasName(const XmlNode& node, const char* name);
+
+// The first node of the sibling chain that starts at `first` whose name is exactly `name`. Null
+// when there is none, or when `first` or `name` is null.
+XmlNode* findSibling(XmlNode* first, const char* name);
+
+// The first child of that name, without regard to case; null when there is none.
+XmlNode* childNamed(const XmlNode& parent, const char* name);
+
+// The last such child.
+XmlNode* lastChildNamed(const XmlNode& parent, const char* name);
+
+// The text of the last child of that name; null when there is none.
+const char* lastText(const XmlNode& parent, const char* name);
+
+// The children of a node in document order, for range-for.
+class Children {
+  public:
+    class Iterator {
+      public:
+        explicit Iterator(XmlNode* node) : node_(node) {}
+        XmlNode& operator*() const { return *node_; }
+        Iterator& operator++() {
+            node_ = node_->next_sibling();
+            return *this;
+        }
+        bool operator==(const Iterator& other) const = default;
+
+      private:
+        XmlNode* node_;
+    };
+
+    explicit Children(const XmlNode& parent) : first_(parent.first_node()) {}
+    [[nodiscard]] Iterator begin() const { return Iterator(first_); }
+    [[nodiscard]] static Iterator end() { return Iterator(nullptr); }
+
+  private:
+    XmlNode* first_;
+};
+
+inline Children childrenOf(const XmlNode& parent) { return Children(parent); }
+
+}  // namespace document
