@@ -1,0 +1,58 @@
+// The export of the headend's configuration.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "command/command.h"
+#include "db/database.h"
+#include "db/record.h"
+#include "db/schema.h"
+#include "device/device_identity.h"
+#include "document/settings.h"
+
+namespace tarvo_remote_control {
+
+// Reads the configuration and state databases and builds the `configuration` element, in the
+// command's result document under `data` / `getConfigurationResult`.
+//
+// A database that cannot be opened is recorded as error 102. A select that fails gives a section
+// without rows and no error.
+class CmdGetConfiguration : public Command {
+  public:
+    using Command::Command;
+
+    void execute() override;
+
+    // The element that execute built; it stays the command's. Null before execute.
+    [[nodiscard]] document::XmlNode* getConfigurationNode() const { return configurationNode_; }
+
+    // For the section writers:
+
+    // Open while execute runs.
+    [[nodiscard]] sqlite3* configDb() const { return configDb_.get(); }
+    [[nodiscard]] sqlite3* stateDb() const { return stateDb_.get(); }
+
+    // The controller, whose model decides which elements a document has.
+    [[nodiscard]] static const DeviceIdentity& device() { return DeviceIdentity::instance(); }
+
+    // A new element with the stored text of a setting; without text when the setting is missing.
+    document::XmlNode* settingElement(const char* element, const char* key);
+
+    // Appends a new element to `parent` and returns it.
+    document::XmlNode* append(document::XmlNode* parent, const char* name,
+                              const char* value = nullptr);
+
+  private:
+    void loadGlobalSettings();
+    void appendSections();
+    document::XmlNode* settingSection(const document::SettingSection& section);
+    document::XmlNode* maintenances();
+
+    tarvodb::Database configDb_;
+    tarvodb::Database stateDb_;
+    std::map<std::string, tarvodb::Record<tarvodb::configuracionWebGlobal>> globalSettings_;
+    document::XmlNode* configurationNode_ = nullptr;
+};
+
+}  // namespace tarvo_remote_control

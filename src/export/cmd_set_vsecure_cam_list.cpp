@@ -1,0 +1,166 @@
+#include "export/cmd_set_vsecure_cam_list.h"
+
+#include <sqlite3.h>
+#include <syslog.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "command/error_codes.h"
+#include "command/system_actions.h"
+#include "db/clauses.h"
+#include "device/device_identity.h"
+#include "platform/debug_log.h"
+#include "platform/platform.h"
+
+namespace tarvo_remote_control {
+
+using document::XmlNode;
+using tarvodb::Record;
+using tarvodb::VSecure;
+
+namespace {
+
+struct CamField {
+    const char* element;
+    VSecure::Column column;
+};
+
+// `publicKey` is not among them: a new key has consequences.
+constexpr CamField kPlainFields[] = {
+    {"manufacturer", VSecure::Fabricante},
+    {"registerDate", VSecure::Alta},
+    {"ekShared", VSecure::EK_Shared},
+    {"description", VSecure::Descripcion},
+};
+
+std::string today() {
+    const std::time_t now = platform::now();
+    std::array<char, 16> text{};
+    const std::tm* local = std::localtime(&now);  // NOLINT(concurrency-mt-unsafe): one thread
+    std::strftime(text.data(), text.size(), "%Y-%m-%d", local);
+    return text.data();
+}
+
+std::string withoutWhiteSpace(std::string text) {
+    std::erase_if(text, [](unsigned char c) { return std::isspace(c) != 0; });
+    return text;
+}
+
+Record<VSecure> newCam(const char* serialNumber) {
+    Record<VSecure> cam;
+    cam.put(VSecure::idCliente, serialNumber);
+    cam.put(VSecure::Alta, today());
+    for (const auto column :
+         {VSecure::Fabricante, VSecure::Descripcion, VSecure::K_Publica, VSecure::EK_Shared}) {
+        cam.put(column, "");
+    }
+    cam.put(VSecure::Reintentos, 0);
+    cam.put(VSecure::Error, 0);
+    cam.put(VSecure::estado, 1);
+    return cam;
+}
+
+void setField(Record<VSecure>& cam, const XmlNode& child) {
+    if (document::hasName(child, "publicKey")) {
+        if (cam.set(VSecure::K_Publica, withoutWhiteSpace(document::textOf(child)))) {
+            // The module must be processed again with its new key.
+            cam.set(VSecure::EK_Shared, "");
+            cam.set(VSecure::estado, 1);
+        }
+        return;
+    }
+    for (const CamField& field : kPlainFields) {
+        if (document::hasName(child, field.element)) {
+            cam.set(field.column, document::textOf(child));
+        }
+    }
+}
+
+}  // namespace
+
+void CmdSetVsecureCAMList::execute() {
+    platform::debugLog(LOG_DEBUG, "Running setVsecureCAMList command");
+    result().appendToData(createNode("setVsecureCAMListResult"));
+    const XmlNode* partialList =
+        commandNode() == nullptr ? nullptr : document::childNamed(*commandNode(), "partialList");
+    const XmlNode* list =
+        commandNode() == nullptr ? nullptr : document::childNamed(*commandNode(), "list");
+    apply(list, partialList != nullptr && document::numberOf(*partialList) == 1);
+}
+
+bool CmdSetVsecureCAMList::apply(const XmlNode* list, bool partial) {
+    const auto fail = [this](int code, const char* detail = "") {
+        addError(code, detail);
+        return false;
+    };
+    if (list == nullptr) {
+        return fail(error::kInvalidCommand, "No 'list' element found");
+    }
+    tarvodb::Database db = tarvodb::openDatabase(tarvodb::kVsecureDatabase);
+    if (!db) {
+        return fail(error::kDatabase);
+    }
+    const auto execute = [&db](const char* sql) {
+        return platform::executeSql(db.get(), sql, nullptr) == SQLITE_OK;
+    };
+    if (!execute("BEGIN TRANSACTION")) {
+        return fail(error::kDatabase);
+    }
+    if (!writeList(db.get(), *list, partial)) {
+        return execute("ROLLBACK") ? false : fail(error::kDatabase);
+    }
+    if (!execute("COMMIT")) {
+        return fail(error::kDatabase);
+    }
+    db.reset();
+    // RNB-K408 regenerates its keys when the scrambling settings change, the others here.
+    if (!DeviceIdentity::instance().isRNB() && platform::runShell(kRegenerateScramblingKeys) != 0) {
+        return fail(error::kScramblingKey);
+    }
+    return true;
+}
+
+bool CmdSetVsecureCAMList::writeList(sqlite3* db, const XmlNode& list, bool partial) {
+    bool written = true;
+    if (!partial && !tarvodb::deleteAll<VSecure>(db)) {
+        addError(error::kDatabase);
+        written = false;
+    }
+    for (const XmlNode& cam : document::childrenOf(list)) {
+        if (!document::hasName(cam, "cam")) {
+            continue;
+        }
+        const XmlNode* serialNumber = document::childNamed(cam, "serialNumber");
+        if (serialNumber == nullptr) {
+            addError(error::kInvalidCommand, "No 'serialNumber' element found");
+            return false;
+        }
+        if (!writeCam(db, cam, document::textOf(*serialNumber), partial)) {
+            addError(error::kDatabase);
+            written = false;
+        }
+    }
+    return written;
+}
+
+bool CmdSetVsecureCAMList::writeCam(sqlite3* db, const XmlNode& cam, const char* serialNumber,
+                                    bool partial) {
+    std::vector<Record<VSecure>> stored;
+    if (partial) {
+        stored = tarvodb::doSelect<VSecure>(db, tarvodb::clause::kByClient, serialNumber);
+    }
+    const bool isNew = stored.empty();
+    Record<VSecure> record = isNew ? newCam(serialNumber) : std::move(stored.front());
+    record.set(VSecure::idCliente, serialNumber);
+    for (const XmlNode& child : document::childrenOf(cam)) {
+        setField(record, child);
+    }
+    return isNew ? tarvodb::insert(record, db) : tarvodb::update(record, db);
+}
+
+}  // namespace tarvo_remote_control
