@@ -1,0 +1,139 @@
+#include "import/cmd_set_configuration.h"
+
+#include <sqlite3.h>
+#include <syslog.h>
+
+#include <string>
+
+#include "command/error_codes.h"
+#include "command/system_actions.h"
+#include "device/device_identity.h"
+#include "import/regional.h"
+#include "import/reporting.h"
+#include "import/sections.h"
+#include "import/settings.h"
+#include "platform/debug_log.h"
+#include "platform/platform.h"
+
+namespace tarvo_remote_control {
+
+using document::PostAction;
+using document::XmlNode;
+
+namespace {
+
+using SectionHandler = bool (*)(CmdSetConfiguration&, const XmlNode&);
+
+struct Section {
+    const char* name;
+    SectionHandler handler;
+};
+
+template <const document::SettingSection& section>
+bool settingSection(CmdSetConfiguration& command, const XmlNode& node) {
+    return applySettings(command, node, section.settings);
+}
+
+constexpr Section kSections[] = {
+    {document::kIdentification.element, settingSection<document::kIdentification>},
+    {document::kRegional.element, settingSection<document::kRegional>},
+    {document::kMaturityRating.element, applyMaturityRating},
+    {"maintenances", applyMaintenances},
+    {"homeChannels", applyHomeChannels},
+    {"serviceEPGs", applyServiceEpgs},
+    {document::kRemoteControl.element, settingSection<document::kRemoteControl>},
+    {document::kNetwork.element, settingSection<document::kNetwork>},
+    {"dvbNetworks", applyDvbNetworks},
+    {document::kLnb.element, settingSection<document::kLnb>},
+    {"diseqcs", applyDiseqcs},
+    {"preferredLanguages", applyPreferredLanguages},
+    {"scramblings", applyScramblings},
+    {"modules", applyModules},
+};
+
+bool applySection(CmdSetConfiguration& command, const XmlNode& node) {
+    for (const Section& section : kSections) {
+        if (document::hasName(node, section.name)) {
+            return section.handler(command, node);
+        }
+    }
+    const std::string line = std::string("Unknown configuration setting: ") + node.name();
+    platform::debugLog(LOG_ERR, line);
+    platform::logLine(LOG_NEWS | LOG_ERR, "r9::: " + line);
+    return true;
+}
+
+}  // namespace
+
+void CmdSetConfiguration::execute() {
+    result().appendToData(createNode("setConfigurationResult"));
+    apply(commandNode() == nullptr ? nullptr
+                                   : document::childNamed(*commandNode(), "configuration"));
+}
+
+void CmdSetConfiguration::apply(const XmlNode* configuration) {
+    if (configuration == nullptr) {
+        fail(*this, error::kInvalidCommand);
+        return;
+    }
+    db_ = tarvodb::openDatabase(tarvodb::kConfigDatabase);
+    if (!db_) {
+        fail(*this, error::kDatabase, "Could not open DB");
+        return;
+    }
+    if (tarvodb::execWithRetries(db(), "BEGIN TRANSACTION") != SQLITE_OK) {
+        fail(*this, error::kDatabase, "Could not start transaction");
+        return;
+    }
+    if (!applySections(*configuration)) {
+        rollbackAndClose();
+        fail(*this, error::kSetConfiguration);
+        result().setResult(1);
+        return;
+    }
+    if (tarvodb::execWithRetries(db(), "COMMIT") != SQLITE_OK) {
+        fail(*this, error::kDatabase, "Could not commit transaction");
+        rollbackAndClose();
+        return;
+    }
+    db_.reset();
+    result().setResult(runPostActions() ? 0 : 1);
+}
+
+bool CmdSetConfiguration::applySections(const XmlNode& configuration) {
+    for (const XmlNode& section : document::childrenOf(configuration)) {
+        reportProgress(std::string("Processing: ") + section.name());
+        if (!applySection(*this, section)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void CmdSetConfiguration::rollbackAndClose() {
+    if (tarvodb::execWithRetries(db(), "ROLLBACK") != SQLITE_OK) {
+        fail(*this, error::kDatabase, "Could not rollback transaction");
+    }
+    db_.reset();
+}
+
+void CmdSetConfiguration::request(PostAction action) { postActions_.insert(action); }
+
+// A request for the remote-control server has no action here: the server's client reads its
+// settings itself.
+bool CmdSetConfiguration::runPostActions() {
+    if (isRequested(PostAction::network) &&
+        platform::runShell("/tarvo/script/WAN_from_DB.sh") != 0) {
+        return fail(*this, error::kNetwork);
+    }
+    if (isRequested(PostAction::regional)) {
+        applyCountryChanged();  // reports to the system log alone
+    }
+    if (isRequested(PostAction::scramblingKeys) && DeviceIdentity::instance().isRNB() &&
+        platform::runShell(kRegenerateScramblingKeys) != 0) {
+        return fail(*this, error::kScramblingKey);
+    }
+    return true;
+}
+
+}  // namespace tarvo_remote_control

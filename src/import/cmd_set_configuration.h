@@ -1,0 +1,48 @@
+// The import of a configuration.
+#pragma once
+
+#include <set>
+
+#include "command/command.h"
+#include "db/database.h"
+#include "document/settings.h"
+
+namespace tarvo_remote_control {
+
+// Writes the sections of a `configuration` element back into the configuration database, all or
+// nothing, and then runs the system actions that the changes need.
+//
+// Progress goes to standard output, changes and errors to the system log. A section that fails
+// records its own error and 202 after it; nothing of the import is stored then. A post-action that
+// fails (203, 911) leaves the configuration stored. The result document's `result` is 0 after a
+// full success and 1 after a failed section or post-action.
+class CmdSetConfiguration : public Command {
+  public:
+    using Command::Command;
+
+    // The command form: applies the command element's child `configuration`.
+    void execute() override;
+
+    // Null records error 101.
+    void apply(const document::XmlNode* configuration);
+
+    // For the section handlers:
+
+    // The configuration database, in the import's transaction.
+    [[nodiscard]] sqlite3* db() const { return db_.get(); }
+    // Has a post-action run once the import is stored.
+    void request(document::PostAction action);
+
+  private:
+    bool applySections(const document::XmlNode& configuration);
+    void rollbackAndClose();
+    bool runPostActions();
+    [[nodiscard]] bool isRequested(document::PostAction action) const {
+        return postActions_.contains(action);
+    }
+
+    tarvodb::Database db_;
+    std::set<document::PostAction> postActions_;
+};
+
+}  // namespace tarvo_remote_control

@@ -1,0 +1,107 @@
+#include "import/regional.h"
+
+#include <syslog.h>
+
+#include <algorithm>
+#include <cctype>
+#include <optional>
+#include <string>
+
+#include "db/clauses.h"
+#include "db/database.h"
+#include "document/settings.h"
+#include "import/time_zones.h"
+#include "platform/debug_log.h"
+#include "platform/platform.h"
+
+namespace tarvo_remote_control {
+
+namespace {
+
+constexpr const char* kTimeZoneFile = "/tarvo/conf/timezone/localtime";
+// The time offsets, as the device's script leaves them for us.
+constexpr const char* kOffsetsFile = "/tmp/temp_tot_file_web";
+// The language and the time offsets, from which the Time Offset Table is built.
+constexpr const char* kTotFile = "/tarvo/conf/tot_file";
+
+struct RegionalSettings {
+    std::string language;
+    std::string country;
+    std::string timeZone;
+};
+
+bool failLogged(const std::string& line) {
+    platform::debugLog(LOG_ERR, line);
+    platform::logLine(LOG_NEWS | LOG_ERR, "r9::: " + line);
+    return false;
+}
+
+std::optional<std::string> storedSetting(sqlite3* db, const char* key) {
+    const auto rows = tarvodb::selectByNombre(db, tarvodb::tSqlite3parent(key));
+    if (rows.empty()) {
+        return std::nullopt;
+    }
+    return rows.front()[tarvodb::configuracionWebGlobal::valor].asString();
+}
+
+std::string upperCased(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return text;
+}
+
+std::optional<RegionalSettings> readSettings() {
+    const tarvodb::Database db = tarvodb::openDatabase(tarvodb::kConfigDatabase);
+    if (!db) {
+        return std::nullopt;
+    }
+    const auto language = storedSetting(db.get(), document::kLanguageKey);
+    const auto country = storedSetting(db.get(), document::kCountryKey);
+    const auto timeZone = storedSetting(db.get(), document::kTimeZoneKey);
+    if (!language || !country || !timeZone) {
+        return std::nullopt;
+    }
+    return RegionalSettings{upperCased(*language), upperCased(*country), *timeZone};
+}
+
+std::string offsetsCommand(const std::string& country) {
+    std::string command = "/tarvo/script/get_time_offsets.sh 0";
+    const auto zones = timeZonesOf(country);
+    for (const char* zone : zones) {
+        command += std::string(" \"") + zone + "\"";
+    }
+    return zones.empty() ? command + " No" : command;
+}
+
+}  // namespace
+
+bool applyCountryChanged() {
+    platform::debugLog(LOG_DEBUG, "applyCountryChanged()");
+    const auto settings = readSettings();
+    if (!settings) {
+        return false;
+    }
+    if (!platform::writeFile(kTimeZoneFile, settings->timeZone + "\n")) {
+        platform::debugLog(LOG_ERR, std::string("Could not write to ") + kTimeZoneFile);
+        return false;
+    }
+    const std::string command = offsetsCommand(settings->country);
+    if (const int result = platform::runShell(command); result != 0) {
+        return failLogged("Error (" + std::to_string(result) +
+                          ") executing get_time_offsets.sh: " + command);
+    }
+    const auto offsets = platform::readFile(kOffsetsFile);
+    if (!offsets) {
+        return failLogged(std::string("Could not read from ") + kOffsetsFile);
+    }
+    platform::removeFile(kOffsetsFile);
+    if (!platform::writeFile(kTotFile, settings->language + "\n" + *offsets)) {
+        return failLogged(std::string("Could not write to ") + kTotFile);
+    }
+    if (const int result = platform::runShell("/etc/init.d/S60crond restart"); result != 0) {
+        return failLogged("Error (" + std::to_string(result) + ") restarting cron");
+    }
+    return true;
+}
+
+}  // namespace tarvo_remote_control

@@ -1,0 +1,244 @@
+// A module's output services.
+//
+// A service that the document does not list is never deleted: its row is marked for removal, and
+// the device's own software acts on the mark.
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "db/clauses.h"
+#include "device/device_identity.h"
+#include "import/child_rules.h"
+#include "import/required_child.h"
+#include "import/sections.h"
+#include "import/status_marks.h"
+#include "import/table_writes.h"
+
+namespace tarvo_remote_control {
+
+using document::XmlNode;
+using tarvodb::PIDsSalidaGlobal;
+using tarvodb::Record;
+using Service = tarvodb::ServiciosSalidaGlobal;
+
+namespace {
+
+constexpr RequiredNumber kOutputId{.element = "outputId",
+                                   .errorCode = error::kInvalidCommand,
+                                   .missing = "Service has no outputId field",
+                                   .lowest = 1,
+                                   .highest = 2,
+                                   .outOfRange = "Service outputId should be 1 or 2"};
+
+constexpr RequiredNumber kOutputSid{.element = "outputSid",
+                                    .errorCode = error::kInvalidCommand,
+                                    .missing = "Service has no outputSid field",
+                                    .lowest = 1,
+                                    .highest = std::numeric_limits<int>::max(),
+                                    .outOfRange = "Service outputSid should be greater than 0"};
+
+constexpr int kHighestServiceId = 65535;
+
+// The labels are the ones that readers of the log know, with and without a leading blank.
+constexpr ValueRule<Service> kRules[] = {
+    {"lcn", Service::LCN, Compare::number, " lcn: "},
+    {"olcn", Service::OLCN, Compare::number, " olcn: "},
+    {"forcedLcn", Service::LCNForzado, Compare::number, " forcedLcn: "},
+    {"simulcastLcn", Service::SimulcastLCN, Compare::number, " simulcastLcn: "},
+    {"inputId", Service::fk_idEntrada, Compare::number, "inputId: "},
+    {"inputSid", Service::OSID, Compare::number, " inputSid: "},
+    {"outputSid", Service::SID, Compare::number, " outputSid: "},
+    {"inputName", Service::NombreEntrada, Compare::text, "outputSid: "},
+    {"forcedName", Service::NombreForzado, Compare::number, " forcedName: "},
+    {"outputName", Service::NombreSalida, Compare::text, " outputName: "},
+    {"idEPG", Service::idEPG, Compare::number, " idEPG: "},
+    {"serviceTypeDVB", Service::Tipo, Compare::number, " serviceTypeDVB: "},
+    {"serviceTypeCanal", Service::Service_Type, Compare::number, " serviceTypeCanal: "},
+    {"videoFormat", Service::VideoFormat, Compare::number, " videoFormat: "},
+    {"cloned", Service::DuplicadoClonado, Compare::number, " cloned: "},
+    {"decrypt", Service::Descifrar, Compare::number, "decrypt: "},
+    {"transcoding", Service::Transcoding, Compare::number, "transcoding: "},
+    {"videoPeakBitrate", Service::Video_peak_bitrate, Compare::number, "videoPeakBitrate: "},
+};
+
+// Of a service that has no row yet. The columns that are not listed stay NULL or are set from the
+// element.
+struct Default {
+    Service::Column column;
+    int value;
+};
+
+constexpr Default kDefaults[] = {
+    {Service::OSID, 0},         {Service::NombreForzado, 0}, {Service::Tipo, 1},
+    {Service::VideoFormat, 0},  {Service::Service_Type, 0},  {Service::Video_peak_bitrate, 7000},
+    {Service::fk_idEntrada, 0}, {Service::Seleccionado, 1},  {Service::Especial, 0},
+    {Service::Orden, 2},        {Service::Descifrar, 0},     {Service::Transcoding, 0},
+    {Service::OLCN, 0},         {Service::LCN, 0},           {Service::LCNForzado, 0},
+    {Service::SimulcastLCN, 0}, {Service::idEPG, 0},         {Service::DuplicadoClonado, 0},
+    {Service::SSU, 0},          {Service::PMT_pid, 0},
+};
+
+Record<Service> newService(const char* mac, int outputId, int outputSid) {
+    Record<Service> service;
+    service.put(Service::MAC, mac);
+    service.put(Service::SID, outputSid);
+    service.put(Service::NombreEntrada, "");
+    service.put(Service::NombreSalida, "");
+    service.put(Service::fk_idSalidasLogicas, outputId);
+    for (const Default& each : kDefaults) {
+        service.put(each.column, each.value);
+    }
+    return service;
+}
+
+Record<Service>* serviceOf(std::vector<Record<Service>>& services, int outputId, int outputSid) {
+    for (auto& service : services) {
+        if (service[Service::fk_idSalidasLogicas].asInt() == outputId &&
+            service[Service::SID].asInt() == outputSid) {
+            return &service;
+        }
+    }
+    return nullptr;
+}
+
+// Writes one `service` element.
+class ServiceImport {
+  public:
+    ServiceImport(CmdSetConfiguration& command, Record<Service>& service, bool isNew)
+        : command_(command), service_(service), isNew_(isNew) {}
+
+    // A new row is inserted and the streams are written also when a child was refused: the caller
+    // rolls everything back, and reports what else is wrong before.
+    bool apply(const XmlNode& element) {
+        bool applied = applyChildren(element);
+        if (isNew_ || service_.changed) {
+            service_.row.set(Service::EstadoServicio, mark::kChanged);
+        }
+        service_.row.set(Service::EstadoBorrado, mark::kListed);
+        if (isNew_) {
+            applied &= insertRecord(command_, service_.row, "Could not insert service");
+        }
+        if (pidOrders_ != nullptr) {
+            applied &= applyPidOrders(command_, service_.row.key().asInt(), *pidOrders_);
+        }
+        if (applied) {
+            logChange("New SERVICE parameters: " + log_);
+        }
+        return applied;
+    }
+
+  private:
+    bool applyChildren(const XmlNode& element) {
+        for (const XmlNode& child : document::childrenOf(element)) {
+            if (document::hasName(child, "pidOrders")) {
+                pidOrders_ = &child;
+            } else if (const auto* rule = ruleOf(kRules, child)) {
+                if (!applyRule(*rule, child)) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    }
+
+    bool applyRule(const ValueRule<Service>& rule, const XmlNode& child) {
+        const int number = document::numberOf(child);
+        const bool isOtherNumber = service_.row[rule.column].asInt() != number;
+        if (!isAllowed(rule, number, isOtherNumber)) {
+            return false;
+        }
+        setValue(service_, rule.column, rule.compare, document::textOf(child));
+        if (rule.column == Service::LCN && isOtherNumber && DeviceIdentity::instance().isRNB()) {
+            service_.setNumber(Service::LCNForzado, 1);
+        }
+        if (rule.column == Service::Descifrar) {
+            service_.setNumber(Service::Orden, number == 1 ? 1 : 2);
+        }
+        tell(log_, rule.label, child);
+        return true;
+    }
+
+    bool isAllowed(const ValueRule<Service>& rule, int number, bool isOtherNumber) {
+        if (rule.column == Service::LCN && isOtherNumber && number < 1) {
+            command_.addError(error::kInvalidValue, "LCN value cannot be 0");  // never logged
+            return false;
+        }
+        if ((rule.column == Service::OSID || rule.column == Service::SID) &&
+            number > kHighestServiceId) {
+            return fail(command_, error::kInvalidValue,
+                        std::string(rule.element) + " value cannot be greater than 65535");
+        }
+        return true;
+    }
+
+    CmdSetConfiguration& command_;
+    Change<Service> service_;
+    bool isNew_;
+    const XmlNode* pidOrders_ = nullptr;
+    std::string log_;
+};
+
+bool applyService(CmdSetConfiguration& command, const char* mac,
+                  std::vector<Record<Service>>& services, const XmlNode& element) {
+    if (!document::hasName(element, "service")) {
+        return fail(command, error::kInvalidCommand, "No service element found");
+    }
+    const auto outputId = requiredNumber(command, element, kOutputId);
+    const auto outputSid = outputId ? requiredNumber(command, element, kOutputSid) : std::nullopt;
+    if (!outputSid) {
+        return false;
+    }
+    if (auto* stored = serviceOf(services, *outputId, *outputSid)) {
+        return ServiceImport(command, *stored, false).apply(element);
+    }
+    Record<Service> added = newService(mac, *outputId, *outputSid);
+    return ServiceImport(command, added, true).apply(element);
+}
+
+// Marks the streams of a service that is to be removed. The first failure ends it.
+bool removeStreams(CmdSetConfiguration& command, const Record<Service>& service) {
+    for (auto& pid : tarvodb::selectByFkIdSSG(command.db(), service.key())) {
+        pid.set(PIDsSalidaGlobal::EstadoBorrado, mark::kToBeRemoved);
+        pid.set(PIDsSalidaGlobal::EstadoPID, mark::kChanged);
+        if (!updateRecord(command, pid, "Could not update pidIt")) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Writes the stored services back, the ones that the document did not list as to be removed.
+bool saveServices(CmdSetConfiguration& command, std::vector<Record<Service>>& services) {
+    bool saved = true;
+    for (auto& service : services) {
+        if (service[Service::EstadoBorrado].asInt() != mark::kListed) {
+            service.set(Service::Seleccionado, 0);
+            service.set(Service::Orden, 0);
+            service.set(Service::LCN, 0);
+            service.set(Service::EstadoServicio, mark::kChanged);
+            saved &= removeStreams(command, service);
+        }
+        if (!updateRecord(command, service, "Could not update service")) {
+            return false;
+        }
+    }
+    return saved;
+}
+
+}  // namespace
+
+bool applyServices(CmdSetConfiguration& command, const char* mac, const XmlNode& section) {
+    reportProgress("Processing: Services");
+    auto services = tarvodb::doSelect<Service>(command.db(), tarvodb::clause::kByMac, mac);
+    for (auto& service : services) {
+        service.set(Service::EstadoBorrado, mark::kToBeRemoved);
+    }
+    for (const XmlNode& element : document::childrenOf(section)) {
+        if (!applyService(command, mac, services, element)) {
+            return false;
+        }
+    }
+    return saveServices(command, services);
+}
+
+}  // namespace tarvo_remote_control
