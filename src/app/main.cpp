@@ -1,0 +1,27 @@
+// tarvo-config: exports the headend's configuration as XML, or imports the given document.
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+#include "app/run_modes.h"
+#include "device/device_identity.h"
+
+namespace {
+
+int run(int argc, char** argv) {
+    tarvo_remote_control::DeviceIdentity::instance().load();
+    return argc < 2 ? app::exportConfiguration(app::kOutputFile) : app::importWithRetries(argv[1]);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        // A device that does not know itself, or a document that is no XML: whoever runs the
+        // program on a schedule must not take this for one of the command errors.
+        std::cerr << "tarvo-config: " << error.what() << std::endl;
+        std::abort();
+    }
+}

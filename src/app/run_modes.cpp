@@ -1,0 +1,127 @@
+#include "app/run_modes.h"
+
+#include <iostream>
+
+#include "app/exit_status.h"
+#include "device/device_identity.h"
+#include "export/cmd_get_configuration.h"
+#include "export/cmd_get_vsecure_cam_list.h"
+#include "export/cmd_set_vsecure_cam_list.h"
+#include "import/cmd_set_configuration.h"
+#include "platform/platform.h"
+
+namespace app {
+
+using document::XmlDocument;
+using document::XmlNode;
+using tarvo_remote_control::CmdGetConfiguration;
+using tarvo_remote_control::CmdGetVsecureCAMList;
+using tarvo_remote_control::CmdSetConfiguration;
+using tarvo_remote_control::CmdSetVsecureCAMList;
+using tarvo_remote_control::DeviceIdentity;
+
+namespace {
+
+// Moves `node` out of the tree that it stands in and appends it to `parent`. The document that
+// made it keeps owning it.
+void moveInto(XmlNode& parent, XmlNode* node) {
+    if (XmlNode* tree = node->parent()) {
+        tree->remove_node(node);
+    }
+    parent.append_node(node);
+}
+
+int writeDocument(const XmlNode& root, const std::string& outputPath) {
+    const std::string text =
+        std::string(tarvo_remote_control::kXmlDeclaration) + "\n" + document::printed(root);
+    std::cout << text << std::endl;
+    if (!platform::writeFile(outputPath, text)) {
+        std::cerr << "Unable to create ConfigurationXML file" << std::endl;
+        return kFailure;
+    }
+    return kSuccess;
+}
+
+int exportBackup(XmlNode* configuration, const std::string& outputPath) {
+    CmdGetVsecureCAMList command;
+    XmlNode* list = command.buildCAMList(true, true, "vsecureCAMList");
+    const int status = errorsToExitStatus(command.errors());
+    if (list == nullptr) {
+        return kFailure;
+    }
+    if (status != kSuccess) {
+        return status;
+    }
+    XmlDocument pool;
+    XmlNode* backup = pool.allocate_node(rapidxml::node_element, pool.allocate_string("backup"));
+    moveInto(*backup, configuration);
+    moveInto(*backup, list);
+    return writeDocument(*backup, outputPath);
+}
+
+}  // namespace
+
+int exportConfiguration(const std::string& outputPath) {
+    CmdGetConfiguration command;
+    command.run();
+    if (const int status = errorsToExitStatus(command.errors()); status != kSuccess) {
+        return status;
+    }
+    XmlNode* configuration = command.getConfigurationNode();
+    if (configuration == nullptr) {
+        return kFailure;
+    }
+    return DeviceIdentity::instance().isRNB() ? exportBackup(configuration, outputPath)
+                                              : writeDocument(*configuration, outputPath);
+}
+
+int importConfiguration(const std::string& path) {
+    // A file that cannot be read counts as an empty document.
+    std::string text = platform::readFile(path).value_or("");
+    XmlDocument parsed;
+    try {
+        document::parse(parsed, text);
+    } catch (const document::ParseError& error) {
+        throw document::ParseError(path + ":" + error.what());
+    }
+    XmlNode* top = parsed.first_node();
+    const XmlNode* backup = document::findSibling(top, "backup");
+    XmlNode* first = backup == nullptr ? top : backup->first_node();
+    const XmlNode* configuration = document::findSibling(first, "configuration");
+    if (configuration == nullptr) {
+        std::cerr << "No 'configuration' element found" << std::endl;
+        return kFailure;
+    }
+    const int status = applyConfiguration(*configuration);
+    if (status != kSuccess || backup == nullptr) {
+        return status;
+    }
+    const XmlNode* list = document::findSibling(first, "vsecureCAMList");
+    return list == nullptr ? status : applyVsecureCAMList(*list);
+}
+
+int importWithRetries(const std::string& path) {
+    constexpr int kTries = 3;
+    int status = kFailure;
+    for (int tries = 0; tries < kTries && status != kSuccess; ++tries) {
+        status = importConfiguration(path);
+        if (status != kSuccess) {
+            platform::sleepSeconds(1);
+        }
+    }
+    return status;
+}
+
+int applyConfiguration(const XmlNode& configuration) {
+    CmdSetConfiguration command;
+    command.apply(&configuration);
+    return errorsToExitStatus(command.errors());
+}
+
+int applyVsecureCAMList(const XmlNode& list) {
+    CmdSetVsecureCAMList command;
+    command.apply(&list, false);
+    return errorsToExitStatus(command.errors());
+}
+
+}  // namespace app

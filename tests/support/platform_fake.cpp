@@ -1,0 +1,120 @@
+// The fake side of the platform door.
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include "platform/platform.h"
+#include "support/fake_device.h"
+
+namespace platform {
+
+namespace {
+
+using test::FakeDevice;
+
+FakeDevice& device() { return FakeDevice::current(); }
+
+// Notes a statement. Its result code and message when it is to fail, otherwise nothing.
+std::optional<int> notedFailure(const char* sql, char** message) {
+    device().note(std::string("sql: ") + sql);
+    const FakeDevice::Failure* failure = device().failureFor(sql);
+    if (failure == nullptr) {
+        return std::nullopt;
+    }
+    if (message != nullptr && !failure->message.empty()) {
+        *message = sqlite3_mprintf("%s", failure->message.c_str());
+    }
+    return failure->code;
+}
+
+}  // namespace
+
+sqlite3* openDatabase(const std::string& path) {
+    device().note("open: " + path);
+    sqlite3* db = nullptr;
+    if (device().opensFail(path) ||
+        sqlite3_open(device().path(path).c_str(), &db) != SQLITE_OK) {
+        sqlite3_close(db);
+        return nullptr;
+    }
+    return db;
+}
+
+int openDatabaseFile(const std::string& path, sqlite3** db) {
+    device().note("open: " + path);
+    return sqlite3_open(device().path(path).c_str(), db);
+}
+
+void closeDatabase(sqlite3* db) { sqlite3_close(db); }
+
+int executeSql(sqlite3* db, const char* sql, char** errorMessage) {
+    const auto failure = notedFailure(sql, errorMessage);
+    return failure ? *failure : sqlite3_exec(db, sql, nullptr, nullptr, errorMessage);
+}
+
+int getTable(sqlite3* db, const char* sql, char*** cells, int* rows, int* columns,
+             char** errorMessage) {
+    const auto failure = notedFailure(sql, errorMessage);
+    return failure ? *failure : sqlite3_get_table(db, sql, cells, rows, columns, errorMessage);
+}
+
+int runShell(const std::string& command) {
+    device().note("shell: " + command);
+    if (const auto effect = device().shellEffects.find(command);
+        effect != device().shellEffects.end()) {
+        effect->second();
+    }
+    const auto result = device().shellResults.find(command);
+    return result == device().shellResults.end() ? 0 : result->second;
+}
+
+std::vector<std::string> readCommandLines(const std::string& command, std::size_t maxLines) {
+    device().note("read: " + command);
+    std::vector<std::string> lines = device().commandLines[command];
+    lines.resize(std::min(lines.size(), maxLines));
+    return lines;
+}
+
+void sleepSeconds(unsigned seconds) { device().note("sleep: " + std::to_string(seconds)); }
+
+std::optional<std::string> readFile(const std::string& path) { return device().readFile(path); }
+
+bool writeFile(const std::string& path, const std::string& content) {
+    device().note("write: " + path);
+    if (!std::filesystem::is_directory(device().path(path).parent_path()) ||
+        std::filesystem::is_directory(device().path(path))) {
+        return false;
+    }
+    device().writeFile(path, content);
+    return true;
+}
+
+void renameFile(const std::string& from, const std::string& to) {
+    device().note("rename: " + from + " " + to);
+    std::error_code ignored;
+    std::filesystem::rename(device().path(from), device().path(to), ignored);
+}
+
+void removeFile(const std::string& path) {
+    device().note("remove: " + path);
+    device().removeFile(path);
+}
+
+void syncFiles() { device().note("sync"); }
+
+std::optional<std::time_t> modificationTime(const std::string& path) {
+    struct stat status {};
+    return stat(device().path(path).c_str(), &status) == 0 ? std::optional(status.st_mtime)
+                                                           : std::nullopt;
+}
+
+std::time_t now() { return device().time; }
+
+void logLine(int priority, const std::string& line) {
+    device().note("log " + std::to_string(priority) + ": " + line);
+}
+
+void printSystemError(const char* message) {
+    device().note(std::string("perror: ") + message);
+}
+
+}  // namespace platform
