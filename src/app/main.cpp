@@ -19,8 +19,8 @@ int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const std::exception& error) {
-        // A device that does not know itself, or a document that is no XML: whoever runs the
-        // program on a schedule must not take this for one of the command errors.
+        // A device that does not know itself, or a document that is no XML: an abnormal end, not
+        // the exit status of a command error.
         std::cerr << "tarvo-config: " << error.what() << std::endl;
         std::abort();
     }

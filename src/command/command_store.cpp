@@ -12,8 +12,7 @@ namespace {
 
 using tarvodb::RCCommand;
 
-// Without the equals sign after `version`: stored rows carry the declaration like this, and the
-// programs that read them know it so.
+// Without the equals sign after `version`: stored rows carry the declaration like this.
 constexpr const char* kStoredDeclaration = R"(<?xml version"1.0" encoding="utf-8"?>)";
 
 }  // namespace

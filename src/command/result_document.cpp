@@ -72,13 +72,26 @@ void ResultDocument::setResult(int value) { setText(result_, value); }
 void ResultDocument::appendToData(XmlNode* element) { data_->append_node(element); }
 
 void ResultDocument::loadXml(const std::string& text) {
-    document::parseCopy(document_, text);
+    try {
+        document::parseCopy(document_, text);
+    } catch (const document::ParseError&) {
+        document_.remove_all_nodes();
+        completeShape(appendNew(&document_, "commandResult"));
+        throw;
+    }
     XmlNode* commandResult = findChild(document_, "commandResult");
     if (commandResult == nullptr) {
         completeShape(appendNew(&document_, "commandResult"));
         return;
     }
+    const bool hasErrors = findChild(*commandResult, "errors") != nullptr;
     completeShape(commandResult);
+    if (hasErrors) {
+        readErrorCodes();
+    }
+}
+
+void ResultDocument::readErrorCodes() {
     errorCodes_.clear();
     for (const XmlNode& error : document::childrenOf(*errors_)) {
         const XmlNode* id = findChild(error, "id");

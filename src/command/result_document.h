@@ -36,7 +36,7 @@ class ResultDocument {
     void appendToData(document::XmlNode* element);
 
     // Replaces the document by the parse of `text` and adds what it lacks. Throws
-    // document::ParseError.
+    // document::ParseError; the document is then as a new one, but for the error codes.
     void loadXml(const std::string& text);
 
     // The document as text, with its declaration. Sets the outcome first: 1 without errors, else 0.
@@ -51,6 +51,7 @@ class ResultDocument {
     document::XmlNode* childOrNew(document::XmlNode* parent, const char* name,
                                   const char* value = nullptr);
     void completeShape(document::XmlNode* commandResult);
+    void readErrorCodes();
     void setText(document::XmlNode* node, int value);
 
     document::XmlDocument document_;

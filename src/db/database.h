@@ -10,7 +10,7 @@ namespace tarvodb {
 
 // The configuration of the headend, shared with the device's other programs.
 inline constexpr const char* kConfigDatabase = "/tarvo/DB/config_global.sqlite";
-// What the device measures and learns while it runs; it does not survive a restart.
+// What the device measures and learns while it runs.
 inline constexpr const char* kStateDatabase = "/tmp/temp_global.sqlite";
 // The conditional-access modules that the headend knows.
 inline constexpr const char* kVsecureDatabase = "/tarvo/DB/vsec_global.sqlite";

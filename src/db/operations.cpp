@@ -133,8 +133,8 @@ bool update(Row& row, sqlite3* db) {
         if (!row.isModified(column)) {
             continue;
         }
-        // The device's programs never store a text's first "%", and the record follows what is
-        // stored.
+        // An update writes a text's first "%" as a blank, and the record follows what is stored.
+        // An insert writes texts as they stand.
         std::string text = row.value(column).asString();
         if (const std::size_t percent = text.find('%'); percent != std::string::npos) {
             text[percent] = ' ';

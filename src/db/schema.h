@@ -61,7 +61,7 @@ struct DiSEqCGlobal {
                                     Operation::select | Operation::insert | Operation::deleteAll};
 };
 
-// Preferred audio languages, best first.
+// Preferred audio languages.
 struct AudioLanguageListGlobal {
     TARVO_COLUMNS(idALLG, AudioCode);
     static constexpr auto columns = withTextColumns(integerColumns, {AudioCode});

@@ -11,7 +11,8 @@
 
 namespace tarvodb {
 
-// How readers treat a column's text. Values travel as text either way.
+// What a column's text stands for. It tells the reader of a description; values travel as text
+// either way.
 enum class ColumnKind : char { integer, text };
 
 struct ColumnInfo {

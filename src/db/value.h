@@ -7,8 +7,8 @@
 
 namespace tarvodb {
 
-// The number that a column text or a document text stands for: its leading decimal digits, 0 when
-// there are none or `text` is null.
+// The number that a column text or a document text stands for, as atoi reads it: 0 when it does
+// not begin with one or `text` is null.
 int toInt(const char* text);
 
 // The value of a text column, and what the values of both kinds of column have in common.

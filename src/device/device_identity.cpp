@@ -19,9 +19,8 @@ namespace tarvo_remote_control {
 namespace {
 
 std::unique_ptr<DeviceIdentity>& instancePointer() {
-    // Never destroyed itself: the exit handler may run after static objects are gone.
-    static auto* pointer = new std::unique_ptr<DeviceIdentity>;
-    return *pointer;
+    static std::unique_ptr<DeviceIdentity> pointer;
+    return pointer;
 }
 
 std::string rightTrimmed(std::string text) {
@@ -95,7 +94,7 @@ bool DeviceIdentity::load() {
     sqlite3* handle = nullptr;
     const int openResult = platform::openDatabaseFile(tarvodb::kConfigDatabase, &handle);
     const tarvodb::Database db(handle);
-    // A failed open is read all the same: the reads then say in the system log what is wrong.
+    // A failed open is read all the same: the reads fail, are logged, and leave the values.
     if (openResult != SQLITE_OK || db) {
         changed |= loadServerSettings(db.get());
         changed |= loadContractId(db.get());

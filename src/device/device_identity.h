@@ -14,8 +14,9 @@ class ReadConfigError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Serial number, MAC, model and host name from the device's scripts, and the settings of the
-// remote-control server from configuracionWebGlobal. One instance per process, loaded at start.
+// Serial number, MAC and model from the device's scripts, the host name from `hostname`, and the
+// contract and the remote-control server from configuracionWebGlobal. One instance per process,
+// loaded at start.
 class DeviceIdentity {
   public:
     // Created by the first call, destroyed at process exit.
@@ -41,7 +42,7 @@ class DeviceIdentity {
     [[nodiscard]] std::string getModel() const { return model_; }
     [[nodiscard]] std::string getContractId() const { return contractId_; }
 
-    // Two values that the command library's other programs keep here.
+    // Two spare values, without a meaning in this program.
     [[nodiscard]] bool getSpareFlag() const { return spareFlag_; }
     void setSpareFlag(bool flag) { spareFlag_ = flag; }
     [[nodiscard]] std::string getSpareText() const { return spareText_; }

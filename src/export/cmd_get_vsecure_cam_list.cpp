@@ -4,28 +4,13 @@
 
 #include "command/error_codes.h"
 #include "db/operations.h"
+#include "export/vsecure_cam.h"
 #include "platform/debug_log.h"
 
 namespace tarvo_remote_control {
 
 using document::XmlNode;
 using tarvodb::VSecure;
-
-namespace {
-
-struct CamLeaf {
-    const char* element;
-    VSecure::Column column;
-};
-
-constexpr CamLeaf kFullRecordLeaves[] = {
-    {"manufacturer", VSecure::Fabricante},
-    {"registerDate", VSecure::Alta},
-    {"ekShared", VSecure::EK_Shared},
-    {"description", VSecure::Descripcion},
-};
-
-}  // namespace
 
 void CmdGetVsecureCAMList::execute() {
     platform::debugLog(LOG_DEBUG, "Running getVsecureCAMList command");
@@ -59,8 +44,8 @@ XmlNode* CmdGetVsecureCAMList::buildCAMList(bool includePublicKeys, bool fullRec
             append("publicKey", publicKey);
         }
         if (fullRecords) {
-            for (const CamLeaf& leaf : kFullRecordLeaves) {
-                append(leaf.element, row[leaf.column].textOrEmpty());
+            for (const CamField& field : kPlainCamFields) {
+                append(field.element, row[field.column].textOrEmpty());
             }
         }
     }

@@ -14,6 +14,7 @@
 #include "command/system_actions.h"
 #include "db/clauses.h"
 #include "device/device_identity.h"
+#include "export/vsecure_cam.h"
 #include "platform/debug_log.h"
 #include "platform/platform.h"
 
@@ -24,19 +25,6 @@ using tarvodb::Record;
 using tarvodb::VSecure;
 
 namespace {
-
-struct CamField {
-    const char* element;
-    VSecure::Column column;
-};
-
-// `publicKey` is not among them: a new key has consequences.
-constexpr CamField kPlainFields[] = {
-    {"manufacturer", VSecure::Fabricante},
-    {"registerDate", VSecure::Alta},
-    {"ekShared", VSecure::EK_Shared},
-    {"description", VSecure::Descripcion},
-};
 
 std::string today() {
     const std::time_t now = platform::now();
@@ -74,7 +62,7 @@ void setField(Record<VSecure>& cam, const XmlNode& child) {
         }
         return;
     }
-    for (const CamField& field : kPlainFields) {
+    for (const CamField& field : kPlainCamFields) {
         if (document::hasName(child, field.element)) {
             cam.set(field.column, document::textOf(child));
         }

@@ -1,4 +1,4 @@
-// The preferred audio languages, best first.
+// The preferred audio languages.
 #include <string>
 
 #include "import/sections.h"
