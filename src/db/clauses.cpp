@@ -21,7 +21,7 @@ std::vector<Record<Table>> selectBy(sqlite3* db, const char* condition, const tS
 
 std::vector<Record<configuracionWebGlobal>> selectByNombre(sqlite3* db, const tSqlite3parent& value,
                                                            const char* orderBy, unsigned limit) {
-    return selectBy<configuracionWebGlobal>(db, " WHERE nombre LIKE %Q ", value, orderBy, limit);
+    return selectBy<configuracionWebGlobal>(db, clause::kByNombre, value, orderBy, limit);
 }
 
 std::vector<Record<NimGlobal>> selectByFkIdEntradasGlobal(sqlite3* db, const tSqlite3parent& value,
@@ -31,7 +31,7 @@ std::vector<Record<NimGlobal>> selectByFkIdEntradasGlobal(sqlite3* db, const tSq
 
 std::vector<Record<PIDsSalidaGlobal>> selectByFkIdSSG(sqlite3* db, const tSqlite3parent& value,
                                                       const char* orderBy, unsigned limit) {
-    return selectBy<PIDsSalidaGlobal>(db, " WHERE fk_idSSG LIKE %Q ", value, orderBy, limit);
+    return selectBy<PIDsSalidaGlobal>(db, clause::kByServiceRow, value, orderBy, limit);
 }
 
 }  // namespace tarvodb

@@ -24,6 +24,10 @@ inline constexpr const char* kByServiceEpg = " WHERE fk_idService_EPG LIKE %Q ";
 inline constexpr const char* kByInputService =
     " WHERE MAC LIKE %Q  and OSID LIKE %Q  and fk_idEntrada LIKE %Q ";
 
+// Settings by their key, streams by their service row.
+inline constexpr const char* kByNombre = " WHERE nombre LIKE %Q ";
+inline constexpr const char* kByServiceRow = " WHERE fk_idSSG LIKE %Q ";
+
 inline constexpr const char* kByService = " WHERE idSSG LIKE %Q ";
 inline constexpr const char* kByNetwork = " WHERE idRed LIKE %Q ";
 inline constexpr const char* kByHomeChannel = " WHERE idMantenimiento LIKE %Q ";

@@ -33,8 +33,8 @@ inline constexpr CodeText kBand[] = {{0, "low"}, {1, "high"}};
 inline constexpr CodeText kInputBandwidth[] = {{0, "6 MHz"}, {1, "7 MHz"}, {2, "8 MHz"}};
 inline constexpr CodeText kHierarchy[] = {{0, "High Priority"}, {1, "Low Priority"}};
 
-// Physical layer scrambling. The device's exporter and its importer disagree on which code is
-// gold and which is root; both stay as they are, because documents of either kind are in use.
+// Physical layer scrambling. Export and import disagree on which code is gold and which is root;
+// both are kept as they are (docs/known-asymmetries.md).
 inline constexpr CodeText kPlsModeExported[] = {{1, "gold"}, {2, "root"}};
 inline constexpr const char* kPlsModeExportedOtherwise = "auto";
 inline constexpr CodeText kPlsModeImported[] = {{0, "auto"}, {1, "root"}, {2, "gold"}};
@@ -68,12 +68,18 @@ inline constexpr CodeText kCardStatus[] = {
     {1, "OK"}, {2, "No SmartCard"}, {3, "Mute SmartCard"}, {4, "Not Supported"}};
 inline constexpr const char* kCardStatusOtherwise = "No API";
 
-// Which control word is in use.
+// Which control word is in use, or both in turn.
 inline constexpr CodeText kScramblingMode[] = {{0, "even"}, {1, "odd"}, {2, "toggle"}};
 
 // --- Networks --------------------------------------------------------------------------------
 
-// The kinds of elementary stream that a network blocks or decrypts, as bits of a mask.
-inline constexpr CodeText kPidMaskBits[] = {{1, "text"}, {2, "subtitles"}, {4, "data"}};
+// A kind of elementary stream that a network blocks or decrypts: a bit of a mask and the element
+// that holds it as 1 or 0.
+struct PidMaskBit {
+    int bit;
+    const char* element;
+};
+
+inline constexpr PidMaskBit kPidMaskBits[] = {{1, "text"}, {2, "subtitles"}, {4, "data"}};
 
 }  // namespace document

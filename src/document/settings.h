@@ -49,8 +49,7 @@ inline constexpr Setting kIdentificationSettings[] = {
      ExportedBy::familyA},
 };
 
-// The elements do not say what their keys say. Documents and databases in use agree on this
-// pairing.
+// The elements do not say what their keys say; the pairing is kept as it is.
 inline constexpr Setting kRegionalSettings[] = {
     {"language", "codtimezone", ValueKind::text, PostAction::regional},
     {"country", "idtimezone", ValueKind::text, PostAction::regional},
@@ -75,7 +74,7 @@ inline constexpr Setting kRemoteControlSettings[] = {
     {"password", "servidorZEN_password", ValueKind::text, PostAction::remoteControl},
 };
 
-// Local oscillators and band of the LNB, MHz.
+// Local oscillators of the LNB (fb low band, fa high band, C band; MHz) and its satellite band.
 inline constexpr Setting kLnbSettings[] = {
     {"oscLowFreq", "LNB_fb", ValueKind::number, PostAction::none},
     {"oscHighFreq", "LNB_fa", ValueKind::number, PostAction::none},
@@ -92,7 +91,7 @@ inline constexpr Setting kMaintenanceSettings[] = {
 
 // A leaf directly under the document's root element.
 inline constexpr Setting kMaturityRating{"maturityRating", "MaturityRating", ValueKind::number,
-                                         PostAction::none, ExportedBy::familyA};
+                                         PostAction::none};
 
 inline constexpr SettingSection kIdentification{"identification", kIdentificationSettings};
 inline constexpr SettingSection kRegional{"regional", kRegionalSettings};

@@ -33,13 +33,8 @@ void CmdGetConfiguration::execute() {
     XmlNode* resultNode = createNode("getConfigurationResult");
     configurationNode_ = append(resultNode, "configuration");
 
-    configDb_ = tarvodb::openDatabase(tarvodb::kConfigDatabase);
-    if (!configDb_) {
-        addError(error::kDatabase);
-        return;
-    }
-    stateDb_ = tarvodb::openDatabase(tarvodb::kStateDatabase);
-    if (!stateDb_) {
+    if (!openDatabases()) {
+        configurationNode_ = nullptr;
         addError(error::kDatabase);
         return;
     }
@@ -49,6 +44,15 @@ void CmdGetConfiguration::execute() {
     configDb_.reset();
     stateDb_.reset();
     result().setResult(0);
+}
+
+bool CmdGetConfiguration::openDatabases() {
+    configDb_ = tarvodb::openDatabase(tarvodb::kConfigDatabase);
+    if (!configDb_) {
+        return false;
+    }
+    stateDb_ = tarvodb::openDatabase(tarvodb::kStateDatabase);
+    return stateDb_ != nullptr;
 }
 
 void CmdGetConfiguration::loadGlobalSettings() {

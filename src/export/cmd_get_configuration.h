@@ -24,7 +24,8 @@ class CmdGetConfiguration : public Command {
 
     void execute() override;
 
-    // The element that execute built; it stays the command's. Null before execute.
+    // The element that execute built; it stays the command's. Null before execute, and after one
+    // that could not open a database.
     [[nodiscard]] document::XmlNode* getConfigurationNode() const { return configurationNode_; }
 
     // For the section writers:
@@ -44,6 +45,7 @@ class CmdGetConfiguration : public Command {
                               const char* value = nullptr);
 
   private:
+    bool openDatabases();
     void loadGlobalSettings();
     void appendSections();
     document::XmlNode* settingSection(const document::SettingSection& section);

@@ -4,9 +4,7 @@
 #include <syslog.h>
 
 #include <algorithm>
-#include <array>
 #include <cctype>
-#include <ctime>
 #include <string>
 #include <vector>
 
@@ -16,6 +14,7 @@
 #include "device/device_identity.h"
 #include "export/vsecure_cam.h"
 #include "platform/debug_log.h"
+#include "platform/local_time.h"
 #include "platform/platform.h"
 
 namespace tarvo_remote_control {
@@ -26,14 +25,6 @@ using tarvodb::VSecure;
 
 namespace {
 
-std::string today() {
-    const std::time_t now = platform::now();
-    std::array<char, 16> text{};
-    const std::tm* local = std::localtime(&now);  // NOLINT(concurrency-mt-unsafe): one thread
-    std::strftime(text.data(), text.size(), "%Y-%m-%d", local);
-    return text.data();
-}
-
 std::string withoutWhiteSpace(std::string text) {
     std::erase_if(text, [](unsigned char c) { return std::isspace(c) != 0; });
     return text;
@@ -42,7 +33,7 @@ std::string withoutWhiteSpace(std::string text) {
 Record<VSecure> newCam(const char* serialNumber) {
     Record<VSecure> cam;
     cam.put(VSecure::idCliente, serialNumber);
-    cam.put(VSecure::Alta, today());
+    cam.put(VSecure::Alta, platform::localTimeText(platform::now(), "%Y-%m-%d"));
     for (const auto column :
          {VSecure::Fabricante, VSecure::Descripcion, VSecure::K_Publica, VSecure::EK_Shared}) {
         cam.put(column, "");
@@ -93,16 +84,19 @@ bool CmdSetVsecureCAMList::apply(const XmlNode* list, bool partial) {
     if (!db) {
         return fail(error::kDatabase);
     }
-    const auto execute = [&db](const char* sql) {
+    const auto runSql = [&db](const char* sql) {
         return platform::executeSql(db.get(), sql, nullptr) == SQLITE_OK;
     };
-    if (!execute("BEGIN TRANSACTION")) {
+    if (!runSql("BEGIN TRANSACTION")) {
         return fail(error::kDatabase);
     }
     if (!writeList(db.get(), *list, partial)) {
-        return execute("ROLLBACK") ? false : fail(error::kDatabase);
+        if (!runSql("ROLLBACK")) {
+            addError(error::kDatabase);
+        }
+        return false;
     }
-    if (!execute("COMMIT")) {
+    if (!runSql("COMMIT")) {
         return fail(error::kDatabase);
     }
     db.reset();

@@ -1,12 +1,11 @@
 // The DVB networks with the versions of their SI tables.
-#include <array>
-#include <ctime>
 #include <string>
 
 #include "db/operations.h"
 #include "db/si_tables.h"
 #include "export/leaves.h"
 #include "export/sections.h"
+#include "platform/local_time.h"
 #include "platform/platform.h"
 
 namespace tarvo_remote_control {
@@ -51,20 +50,10 @@ std::string tableVersion(const std::string& path, std::size_t versionByte) {
     return std::to_string((static_cast<unsigned char>(content[versionByte]) >> 1) & 0x1F);
 }
 
-std::string localTimeText(std::time_t time) {
-    std::array<char, 30> text{};
-    const std::tm* local = std::localtime(&time);  // NOLINT(concurrency-mt-unsafe): one thread
-    if (local == nullptr) {
-        return "";
-    }
-    std::strftime(text.data(), text.size(), "%d-%m-%y %H:%M:%S", local);
-    return text.data();
-}
-
 void appendPidMask(CmdGetConfiguration& command, XmlNode* parent, const char* name, int mask) {
     XmlNode* node = command.append(parent, name);
-    for (const document::CodeText& bit : document::kPidMaskBits) {
-        command.append(node, bit.text, (mask & bit.code) != 0 ? "1" : "0");
+    for (const auto& [bit, element] : document::kPidMaskBits) {
+        command.append(node, element, (mask & bit) != 0 ? "1" : "0");
     }
 }
 
@@ -80,7 +69,8 @@ void appendTableVersions(CmdGetConfiguration& command, XmlNode* node, const std:
     const std::string outputNit = siTableFile("NIT_table_" + nid);
     appendVersion("OutputVersionNIT", outputNit, kGeneratedVersionByte);
     if (const auto time = platform::modificationTime(outputNit)) {
-        command.append(node, "OutputNITDate", localTimeText(*time).c_str());
+        command.append(node, "OutputNITDate",
+                       platform::localTimeText(*time, "%d-%m-%y %H:%M:%S").c_str());
     }
 }
 

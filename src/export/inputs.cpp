@@ -69,10 +69,9 @@ struct Input {
 };
 
 // A stream or pipe id, or "auto".
-template <class Table>
-void appendAutomaticId(const Input& input, const Record<Table>& tuner, const Leaf<Table>& stored) {
-    input.leaf(tuner, {stored.element, stored.column, document::kAutomaticId,
-                       tuner[stored.column].textOrEmpty()});
+void appendAutomaticId(const Input& input, const char* element, const tarvodb::tSqlite3parent& id) {
+    input.command.append(input.node, element,
+                         document::codeText(document::kAutomaticId, id.asInt(), id.textOrEmpty()));
 }
 
 // Only a second tuner is fed through the loop.
@@ -82,45 +81,43 @@ void appendLoopThrough(const Input& input, const tarvodb::tSqlite3parent& tunerN
     }
 }
 
-void appendSignalQuality(const Input& input, XmlNode* status, bool locked, int quality) {
-    input.command.append(
-        status, "signalQuality",
-        locked ? document::codeText(document::kSignalQuality, quality) : document::kSignalUnlocked);
-}
-
-template <class Table>
-std::vector<Record<Table>> stateRows(const Input& input) {
-    return doSelect<Table>(input.command.stateDb(), tarvodb::clause::kByMac, input.mac);
-}
-
-bool hasStatus() { return !CmdGetConfiguration::device().isRNB(); }
-
-void appendSatelliteStatus(const Input& input) {
-    if (!hasStatus()) {
+// One element per live state row of the module that is of this input.
+//   isOfInput(row), isLocked(row) -> bool
+template <class State, class IsOfInput, class IsLocked>
+void appendStatus(const Input& input, IsOfInput isOfInput, IsLocked isLocked) {
+    if (CmdGetConfiguration::device().isRNB()) {
         return;
     }
     XmlNode* status = input.command.append(input.node, "inputStatus");
-    const int inputNumber = input.row[EntradasGlobal::fk_idEntrada].asInt();
-    for (const auto& state : stateRows<TempNIMGlobal>(input)) {
-        if (state[TempNIMGlobal::inputNumber].asInt() == inputNumber) {
-            appendSignalQuality(input, status, state[TempNIMGlobal::locked].asInt() == 1,
-                                state[TempNIMGlobal::quality].asInt());
+    for (const auto& state :
+         doSelect<State>(input.command.stateDb(), tarvodb::clause::kByMac, input.mac)) {
+        if (isOfInput(state)) {
+            const int quality = state[State::quality].asInt();
+            input.command.append(status, "signalQuality",
+                                 isLocked(state)
+                                     ? document::codeText(document::kSignalQuality, quality)
+                                     : document::kSignalUnlocked);
         }
     }
 }
 
-// The terrestrial and cable states do not say which input they are of: every input of the module
-// lists them all.
+void appendSatelliteStatus(const Input& input) {
+    const int inputNumber = input.row[EntradasGlobal::fk_idEntrada].asInt();
+    appendStatus<TempNIMGlobal>(
+        input,
+        [inputNumber](const auto& state) {
+            return state[TempNIMGlobal::inputNumber].asInt() == inputNumber;
+        },
+        [](const auto& state) { return state[TempNIMGlobal::locked].asInt() == 1; });
+}
+
+// The terrestrial and cable states are not matched to an input: every input of the module lists
+// them all.
 template <class State>
 void appendModuleStatus(const Input& input) {
-    if (!hasStatus()) {
-        return;
-    }
-    XmlNode* status = input.command.append(input.node, "inputStatus");
-    for (const auto& state : stateRows<State>(input)) {
-        appendSignalQuality(input, status, state[State::locked].asInt() != 0,
-                            state[State::quality].asInt());
-    }
+    appendStatus<State>(
+        input, [](const auto&) { return true; },
+        [](const auto& state) { return state[State::locked].asInt() != 0; });
 }
 
 void appendSatelliteTuner(const Input& input, const Record<NimGlobal>& tuner) {
@@ -132,14 +129,14 @@ void appendSatelliteTuner(const Input& input, const Record<NimGlobal>& tuner) {
     input.leaf(tuner, {"PLSmode", NimGlobal::ModoPLS, document::kPlsModeExported,
                        document::kPlsModeExportedOtherwise});
     input.leaf(tuner, {"scramblingID", NimGlobal::ScramblingID});
-    appendAutomaticId(input, tuner, {"streamID", NimGlobal::StreamID});
+    appendAutomaticId(input, "streamID", tuner[NimGlobal::StreamID]);
     appendLoopThrough(input, tuner[NimGlobal::fk_idNim]);
     appendSatelliteStatus(input);
 }
 
 void appendTerrestrialTuner(const Input& input, const Record<NimCOFDMGlobal>& tuner) {
     appendLeaves(input.command, input.node, tuner, kTerrestrialLeaves);
-    appendAutomaticId(input, tuner, {"PLPID", NimCOFDMGlobal::PLP_ID});
+    appendAutomaticId(input, "PLPID", tuner[NimCOFDMGlobal::PLP_ID]);
     appendLeaves(input.command, input.node, tuner, kTerrestrialScanLeaves);
     appendModuleStatus<TempNIMCOFDMGlobal>(input);
     appendLoopThrough(input, tuner[NimCOFDMGlobal::fk_idNimCOFDM]);

@@ -29,8 +29,8 @@ constexpr Leaf<RedesModulos> kIdentityLeavesExceptRnb[] = {
     {"modoSalidaRF", RedesModulos::ModoSalidaRF},
 };
 
-// The text for the hours that a smart card's rights still last. Exactly one day reads as no
-// rights: the device's pages show it so.
+// The text for the hours that a smart card's rights still last. Exactly 24 hours count as no
+// rights.
 const char* cardRightsText(int hours) {
     if (hours > 48) {
         return "Rights OK";
@@ -49,7 +49,7 @@ bool hasCam(const Record<RedesModulos>& module) {
     return module[RedesModulos::Familia].asInt() == 36 && model != 2 && model != 13;
 }
 
-// The last row of a module is its current one; without a row the CAM reads as all empty.
+// The last row of a module counts; without a row the CAM reads as all empty.
 Record<CAMInfoGlobal> camInfo(const CmdGetConfiguration& command, const char* mac) {
     auto rows = doSelect<CAMInfoGlobal>(command.stateDb(), tarvodb::clause::kByMac, mac);
     return rows.empty() ? Record<CAMInfoGlobal>() : std::move(rows.back());

@@ -21,7 +21,7 @@ document::XmlNode* preferredLanguagesSection(CmdGetConfiguration& command);
 // All modules of the headend with their inputs, outputs and services, from RedesModulos.
 document::XmlNode* modulesSection(CmdGetConfiguration& command);
 
-// A module's part of the three sections below it. `mac` is the module's MAC address text.
+// The sections inside one `module` element. `mac` is the module's MAC address text.
 
 // From EntradasGlobal, the tuner tables and their live state.
 document::XmlNode* inputsSection(CmdGetConfiguration& command, const char* mac);

@@ -39,7 +39,7 @@ constexpr Leaf<PIDsSalidaGlobal> kPidOrderLeaves[] = {
     {"order", PIDsSalidaGlobal::Orden},
 };
 
-// A live state that a service has when it is switched on: shown only where `validBit` is set.
+// A live state, shown when the service's column `enabledBy` is 1 and `validBit` is set.
 struct LiveState {
     Service::Column enabledBy;
     const char* element;
@@ -48,7 +48,7 @@ struct LiveState {
 };
 
 constexpr LiveState kLiveStates[] = {
-    {Service::Descifrar, "decrytStatus", 0x10, 0x20},  // spelled so in every document
+    {Service::Descifrar, "decrytStatus", 0x10, 0x20},  // spelled so
     {Service::Transcoding, "transcodingStatus", 0x40, 0x80},
 };
 

@@ -119,8 +119,7 @@ void CmdSetConfiguration::rollbackAndClose() {
 
 void CmdSetConfiguration::request(PostAction action) { postActions_.insert(action); }
 
-// A request for the remote-control server has no action here: the server's client reads its
-// settings itself.
+// A request for the remote-control server is recorded like the others, but has no action.
 bool CmdSetConfiguration::runPostActions() {
     if (isRequested(PostAction::network) &&
         platform::runShell("/tarvo/script/WAN_from_DB.sh") != 0) {

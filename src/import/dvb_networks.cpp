@@ -86,10 +86,10 @@ std::optional<std::size_t> indexOf(const Field (&fields)[Size], const XmlNode& e
 
 PartialMask maskOf(const XmlNode& element) {
     PartialMask mask;
-    for (const document::CodeText& bit : document::kPidMaskBits) {
-        if (const char* text = document::lastText(element, bit.text)) {
-            mask.given |= bit.code;
-            mask.values |= std::string_view(text) == "1" ? bit.code : 0;
+    for (const auto& [bit, name] : document::kPidMaskBits) {
+        if (const char* text = document::lastText(element, name)) {
+            mask.given |= bit;
+            mask.values |= std::string_view(text) == "1" ? bit : 0;
         }
     }
     return mask;

@@ -22,8 +22,7 @@ using tarvodb::RedesModulos;
 
 namespace {
 
-// What a module is; texts as they stand in the table or the document. On RNB-K408, where a
-// document does not tell, all are empty.
+// What a module is; texts as they stand in the table or the document.
 struct ModuleKind {
     std::string family;
     std::string model;
@@ -43,6 +42,8 @@ struct Entry {
     bool assigned = false;
 };
 
+// On RNB-K408 documents do not tell: the headend's modules count as of an empty kind, and an
+// element is read up to its `mac`.
 bool documentTellsKinds() { return !DeviceIdentity::instance().isRNB(); }
 
 FreeModules headendModules(const std::vector<Record<RedesModulos>>& rows) {
@@ -80,9 +81,6 @@ Entry readEntry(const XmlNode& element, std::size_t& macElements) {
             !entry.kind.master.empty()) {
             break;
         }
-    }
-    if (!documentTellsKinds()) {
-        entry.kind = {};
     }
     return entry;
 }

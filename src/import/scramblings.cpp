@@ -60,7 +60,7 @@ std::optional<GivenScrambling> read(CmdSetConfiguration& command, const XmlNode&
         if (document::hasName(child, "mode")) {
             given.mode = document::codeOf(document::kScramblingMode, document::textOf(child));
             if (!given.mode) {
-                // Operators' tools know a bad mode by this text and these two codes.
+                // A bad mode has this text and these two codes on purpose.
                 fail(command, Failure{.code = error::kInvalidCommand,
                                       .message = kNoName,
                                       .loggedCode = error::kInvalidValue});

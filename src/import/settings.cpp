@@ -15,7 +15,7 @@ using tarvodb::configuracionWebGlobal;
 
 namespace {
 
-// Readers of the output expect a line with an address here. It has never meant anything.
+// Each assignment is followed by a line that looks like an address and has no meaning.
 constexpr const char* kAddressLine = "0x0";
 
 // Writes one row of configuracionWebGlobal, whose post-action is requested when the value is
