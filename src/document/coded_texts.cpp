@@ -26,7 +26,7 @@ const char* codeText(CodeTable table, int code, const char* otherwise) {
     return row == nullptr ? otherwise : row->text;
 }
 
-std::optional<int> codeOf(CodeTable table, const char* text) {
+std::optional<int> codeOfAnyCase(CodeTable table, const char* text) {
     return codeIn(find(table, [text](const CodeText& each) { return sameText(each.text, text); }));
 }
 

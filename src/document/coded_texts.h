@@ -19,7 +19,7 @@ const char* codeText(CodeTable table, int code, const char* otherwise = "");
 
 // The code of a text, compared without regard to letter case or exactly; nothing when the table
 // has no such text.
-std::optional<int> codeOf(CodeTable table, const char* text);
+std::optional<int> codeOfAnyCase(CodeTable table, const char* text);
 std::optional<int> codeOfExactly(CodeTable table, const char* text);
 
 // --- Satellites and dishes -------------------------------------------------------------------
@@ -39,7 +39,7 @@ inline constexpr CodeText kPlsModeExported[] = {{1, "gold"}, {2, "root"}};
 inline constexpr const char* kPlsModeExportedOtherwise = "auto";
 inline constexpr CodeText kPlsModeImported[] = {{0, "auto"}, {1, "root"}, {2, "gold"}};
 
-// A physical layer pipe or stream id of this number is found by the tuner itself.
+// A physical layer pipe or stream id that is no number.
 inline constexpr CodeText kAutomaticId[] = {{-2, "auto"}};
 
 inline constexpr CodeText kSignalQuality[] = {{0, "Bad"}, {1, "Marginal"}, {2, "Good"}};
@@ -47,7 +47,8 @@ inline constexpr const char* kSignalUnlocked = "Unlocked";
 
 // --- Outputs ---------------------------------------------------------------------------------
 
-inline constexpr CodeText kModeOFDM[] = {{0, "2K"}, {1, "8K"}};
+inline constexpr int kMode8K = 1;
+inline constexpr CodeText kModeOFDM[] = {{0, "2K"}, {kMode8K, "8K"}};
 inline constexpr CodeText kOutputBandwidth[] = {{0, "8 MHz"}, {1, "7 MHz"}, {2, "6 MHz"}};
 inline constexpr CodeText kGuardInterval[] = {{0, "1/32"}, {1, "1/16"}, {2, "1/8"}, {3, "1/4"}};
 inline constexpr CodeText kConstellationDvbT[] = {{0, "QPSK"}, {1, "16 QAM"}, {2, "64 QAM"}};
@@ -68,7 +69,7 @@ inline constexpr CodeText kCardStatus[] = {
     {1, "OK"}, {2, "No SmartCard"}, {3, "Mute SmartCard"}, {4, "Not Supported"}};
 inline constexpr const char* kCardStatusOtherwise = "No API";
 
-// Which control word is in use, or both in turn.
+// How the two control words are used.
 inline constexpr CodeText kScramblingMode[] = {{0, "even"}, {1, "odd"}, {2, "toggle"}};
 
 // --- Networks --------------------------------------------------------------------------------

@@ -49,11 +49,15 @@ inline constexpr Setting kIdentificationSettings[] = {
      ExportedBy::familyA},
 };
 
+inline constexpr const char* kLanguageKey = "codtimezone";
+inline constexpr const char* kCountryKey = "idtimezone";
+inline constexpr const char* kTimeZoneKey = "subtimezone";
+
 // The elements do not say what their keys say; the pairing is kept as it is.
 inline constexpr Setting kRegionalSettings[] = {
-    {"language", "codtimezone", ValueKind::text, PostAction::regional},
-    {"country", "idtimezone", ValueKind::text, PostAction::regional},
-    {"timezone", "subtimezone", ValueKind::text, PostAction::regional},
+    {"language", kLanguageKey, ValueKind::text, PostAction::regional},
+    {"country", kCountryKey, ValueKind::text, PostAction::regional},
+    {"timezone", kTimeZoneKey, ValueKind::text, PostAction::regional},
 };
 
 inline constexpr Setting kNetworkSettings[] = {
@@ -74,10 +78,14 @@ inline constexpr Setting kRemoteControlSettings[] = {
     {"password", "servidorZEN_password", ValueKind::text, PostAction::remoteControl},
 };
 
-// Local oscillators of the LNB (fb low band, fa high band, C band; MHz) and its satellite band.
+// The oscillators, in MHz, that turn a received into an intermediate frequency.
+inline constexpr const char* kLowBandOscillatorKey = "LNB_fb";
+inline constexpr const char* kHighBandOscillatorKey = "LNB_fa";
+
+// Local oscillators of the LNB and its satellite band.
 inline constexpr Setting kLnbSettings[] = {
-    {"oscLowFreq", "LNB_fb", ValueKind::number, PostAction::none},
-    {"oscHighFreq", "LNB_fa", ValueKind::number, PostAction::none},
+    {"oscLowFreq", kLowBandOscillatorKey, ValueKind::number, PostAction::none},
+    {"oscHighFreq", kHighBandOscillatorKey, ValueKind::number, PostAction::none},
     {"oscBandaCFreq", "LNB_fbandaC", ValueKind::number, PostAction::none},
     {"oscBandaSatelite", "LNB_BandaSatelite", ValueKind::number, PostAction::none},
 };
@@ -99,13 +107,5 @@ inline constexpr SettingSection kNetwork{"network", kNetworkSettings};
 inline constexpr SettingSection kRemoteControl{"remoteControl", kRemoteControlSettings};
 inline constexpr SettingSection kMaintenance{"maintenance", kMaintenanceSettings};
 inline constexpr SettingSection kLnb{"lnb", kLnbSettings};
-
-// The oscillators that turn a received into an intermediate frequency.
-inline constexpr const char* kLowBandOscillatorKey = kLnbSettings[0].key;
-inline constexpr const char* kHighBandOscillatorKey = kLnbSettings[1].key;
-
-inline constexpr const char* kLanguageKey = kRegionalSettings[0].key;
-inline constexpr const char* kCountryKey = kRegionalSettings[1].key;
-inline constexpr const char* kTimeZoneKey = kRegionalSettings[2].key;
 
 }  // namespace document

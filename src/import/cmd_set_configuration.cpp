@@ -1,7 +1,6 @@
 #include "import/cmd_set_configuration.h"
 
 #include <sqlite3.h>
-#include <syslog.h>
 
 #include <string>
 
@@ -12,7 +11,6 @@
 #include "import/reporting.h"
 #include "import/sections.h"
 #include "import/settings.h"
-#include "platform/debug_log.h"
 #include "platform/platform.h"
 
 namespace tarvo_remote_control {
@@ -57,9 +55,7 @@ bool applySection(CmdSetConfiguration& command, const XmlNode& node) {
             return section.handler(command, node);
         }
     }
-    const std::string line = std::string("Unknown configuration setting: ") + node.name();
-    platform::debugLog(LOG_ERR, line);
-    platform::logLine(LOG_NEWS | LOG_ERR, "r9::: " + line);
+    logFault(std::string("Unknown configuration setting: ") + node.name());
     return true;
 }
 
@@ -117,7 +113,11 @@ void CmdSetConfiguration::rollbackAndClose() {
     db_.reset();
 }
 
-void CmdSetConfiguration::request(PostAction action) { postActions_.insert(action); }
+void CmdSetConfiguration::request(PostAction action) {
+    if (action != PostAction::none) {
+        postActions_.insert(action);
+    }
+}
 
 // A request for the remote-control server is recorded like the others, but has no action.
 bool CmdSetConfiguration::runPostActions() {

@@ -13,9 +13,9 @@ namespace tarvo_remote_control {
 // nothing, and then runs the system actions that the changes need.
 //
 // Progress goes to standard output, changes and errors to the system log. A section that fails
-// records its own error and 202 after it; nothing of the import is stored then. A post-action that
-// fails (203, 911) leaves the configuration stored. The result document's `result` is 0 after a
-// full success and 1 after a failed section or post-action.
+// records its own error, if it has one, and 202 after it; nothing of the import is in the database
+// then. A post-action that fails (203, 911) leaves the configuration stored. The result document's
+// `result` is 0 after a full success and 1 after a failed section or post-action.
 class CmdSetConfiguration : public Command {
   public:
     using Command::Command;

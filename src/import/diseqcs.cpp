@@ -1,9 +1,8 @@
 // The positions of the satellite dish switch.
-#include <optional>
 #include <string>
 
 #include "db/clauses.h"
-#include "document/coded_texts.h"
+#include "import/keyed_rows.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
 
@@ -15,24 +14,13 @@ using tarvodb::Record;
 
 namespace {
 
-struct TextField {
-    const char* element;
-    DiSEqCGlobal::Column column;
-};
-
-constexpr TextField kTextFields[] = {
+constexpr TextField<DiSEqCGlobal> kTextFields[] = {
     {"position", DiSEqCGlobal::Posicion},
     {"name", DiSEqCGlobal::Nombre},
     {"orbit", DiSEqCGlobal::Orbita},
 };
 
-struct CodedField {
-    const char* element;
-    DiSEqCGlobal::Column column;
-    document::CodeTable texts;
-};
-
-constexpr CodedField kCodedFields[] = {
+constexpr CodedField<DiSEqCGlobal> kCodedFields[] = {
     {"polarity", DiSEqCGlobal::Polaridad, document::kPolarity},
     {"band", DiSEqCGlobal::Banda, document::kBand},
 };
@@ -40,9 +28,9 @@ constexpr CodedField kCodedFields[] = {
 // Every coded text of the element must be one, not only the last of its name, which is stored.
 bool validate(CmdSetConfiguration& command, const XmlNode& element) {
     for (const XmlNode& child : document::childrenOf(element)) {
-        for (const CodedField& field : kCodedFields) {
+        for (const auto& field : kCodedFields) {
             if (document::hasName(child, field.element) &&
-                !document::codeOf(field.texts, document::textOf(child))) {
+                !document::codeOfAnyCase(field.texts, document::textOf(child))) {
                 return fail(command, error::kInvalidCommand,
                             std::string("Invalid value for diseqc/") + field.element);
             }
@@ -61,29 +49,6 @@ Record<DiSEqCGlobal> newDiseqc(const char* id) {
     diseqc.put(DiSEqCGlobal::Banda, 0);
     diseqc.put(DiSEqCGlobal::Estado, 1);
     return diseqc;
-}
-
-Record<DiSEqCGlobal> storedOrNew(const CmdSetConfiguration& command, const char* id) {
-    auto stored = tarvodb::doSelect<DiSEqCGlobal>(command.db(), tarvodb::clause::kByDiseqc, id);
-    return stored.empty() ? newDiseqc(id) : std::move(stored.front());
-}
-
-void setFields(Record<DiSEqCGlobal>& diseqc, const XmlNode& element) {
-    bool changed = false;
-    for (const TextField& field : kTextFields) {
-        if (const char* text = document::lastText(element, field.element)) {
-            changed |= diseqc.set(field.column, text);
-        }
-    }
-    for (const CodedField& field : kCodedFields) {
-        if (const char* text = document::lastText(element, field.element)) {
-            const int code = document::codeOf(field.texts, text).value_or(0);
-            changed |= diseqc.setIfOtherNumber(field.column, code);
-        }
-    }
-    if (changed) {
-        diseqc.set(DiSEqCGlobal::Estado, 1);
-    }
 }
 
 std::string logText(const Record<DiSEqCGlobal>& diseqc) {
@@ -109,8 +74,8 @@ bool applyDiseqcs(CmdSetConfiguration& command, const XmlNode& section) {
         if (id == nullptr) {
             return fail(command, error::kInvalidCommand, "diseqc has no id field");
         }
-        diseqcs.push_back(storedOrNew(command, id));
-        setFields(diseqcs.back(), element);
+        diseqcs.push_back(storedOrNew(command, tarvodb::clause::kByDiseqc, id, newDiseqc));
+        setFields(diseqcs.back(), element, kTextFields, kCodedFields);
         logChange("New DISEqC parameters: " + logText(diseqcs.back()));
     }
     return replaceTable(command, diseqcs, "Could not delete diseqcs", "Could not insert diseqc");

@@ -1,12 +1,11 @@
 // The DVB networks that the headend's outputs belong to.
-#include <array>
-#include <iterator>
-#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "db/clauses.h"
 #include "db/si_tables.h"
-#include "document/coded_texts.h"
+#include "import/keyed_rows.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
 
@@ -32,6 +31,10 @@ constexpr Field kTextFields[] = {
     {"ciplusTVs", RedesCabecera::CI_TV_Type, "ciplusTVs="},
 };
 
+constexpr const char* kPatternType = "tipoNITPatron";
+constexpr const char* kPattern = "nitPatron";
+constexpr const char* kPatternVersion = "versionNITPatron";
+
 // 0 counts as not given: it never replaces a stored number.
 constexpr Field kNumberFields[] = {
     {"tvType", RedesCabecera::TV_Type, "tvType="},
@@ -40,9 +43,9 @@ constexpr Field kNumberFields[] = {
     {"autoServiceList", RedesCabecera::Auto_Service_List, "autoServiceList="},
     {"lcnOffset", RedesCabecera::LCN_Offset, "lcnOffset="},
     {"lcnMode", RedesCabecera::LCN_Mode, "lcnMode="},
-    {"tipoNITPatron", RedesCabecera::Tipo_NIT_Patron, "tipoNITPatron="},
-    {"nitPatron", RedesCabecera::NIT_Patron, "nitPatron="},
-    {"versionNITPatron", RedesCabecera::Version_NIT_Patron, "versionNITPatron="},
+    {kPatternType, RedesCabecera::Tipo_NIT_Patron, "tipoNITPatron="},
+    {kPattern, RedesCabecera::NIT_Patron, "nitPatron="},
+    {kPatternVersion, RedesCabecera::Version_NIT_Patron, "versionNITPatron="},
 };
 
 constexpr Field kMaskFields[] = {
@@ -50,39 +53,41 @@ constexpr Field kMaskFields[] = {
     {"autoDecryptPIDs", RedesCabecera::Decrypt_PIDs, "autoDecryptPIDsMask="},
 };
 
+// Checks the three numbers of the NIT pattern against each other, each against what came earlier
+// in the element: a pattern other than 0 or 1 needs a type other than 0, a version other than 0
+// needs a pattern other than 0.
+bool validate(CmdSetConfiguration& command, const XmlNode& element) {
+    constexpr const char* kBadType = "tipoNITPatron not allowed value detected";
+    constexpr const char* kBadPattern = "nitPatron not allowed value detected";
+    int type = 0;
+    int pattern = 0;
+    for (const XmlNode& child : document::childrenOf(element)) {
+        const int number = document::numberOf(child);
+        const bool isBinary = number == 0 || number == 1;
+        if (document::hasName(child, kPatternType)) {
+            if (!isBinary) {
+                return fail(command, error::kInvalidValue, kBadType);
+            }
+            type = number;
+        } else if (document::hasName(child, kPattern)) {
+            if (!isBinary && type == 0) {
+                return fail(command, error::kInvalidValue, kBadPattern);
+            }
+            pattern = number;
+        } else if (document::hasName(child, kPatternVersion)) {
+            if (number != 0 && pattern == 0) {
+                return fail(command, error::kInvalidValue, kBadPattern);
+            }
+        }
+    }
+    return true;
+}
+
 // Some bits of a mask: which ones are given, and their values.
 struct PartialMask {
     int given = 0;
     int values = 0;
 };
-
-// What one element gives. The three arrays follow the rows of the tables above.
-struct GivenNetwork {
-    const char* id = nullptr;
-    std::array<const char*, std::size(kTextFields)> texts{};
-    std::array<int, std::size(kNumberFields)> numbers{};
-    std::array<PartialMask, std::size(kMaskFields)> masks{};
-
-    [[nodiscard]] int number(RedesCabecera::Column column) const {
-        for (std::size_t i = 0; i < numbers.size(); ++i) {
-            if (kNumberFields[i].column == column) {
-                return numbers[i];
-            }
-        }
-        return 0;
-    }
-};
-
-// The row of `fields` that an element is named in.
-template <std::size_t Size>
-std::optional<std::size_t> indexOf(const Field (&fields)[Size], const XmlNode& element) {
-    for (std::size_t i = 0; i < Size; ++i) {
-        if (document::hasName(element, fields[i].element)) {
-            return i;
-        }
-    }
-    return std::nullopt;
-}
 
 PartialMask maskOf(const XmlNode& element) {
     PartialMask mask;
@@ -95,68 +100,35 @@ PartialMask maskOf(const XmlNode& element) {
     return mask;
 }
 
-// A NIT pattern is one of the device's own (0, 1) unless its type says that it is a custom one,
-// and only a pattern has versions. What came earlier in the element decides.
-bool isAllowed(RedesCabecera::Column column, int number, const GivenNetwork& soFar) {
-    const bool isBinary = number == 0 || number == 1;
-    switch (column) {
-        case RedesCabecera::Tipo_NIT_Patron:
-            return isBinary;
-        case RedesCabecera::NIT_Patron:
-            return isBinary || soFar.number(RedesCabecera::Tipo_NIT_Patron) != 0;
-        case RedesCabecera::Version_NIT_Patron:
-            return number == 0 || soFar.number(RedesCabecera::NIT_Patron) != 0;
-        default:
-            return true;
-    }
-}
-
-const char* notAllowedMessage(RedesCabecera::Column column) {
-    return column == RedesCabecera::Tipo_NIT_Patron ? "tipoNITPatron not allowed value detected"
-                                                    : "nitPatron not allowed value detected";
-}
-
-// Nothing when the element has a value that is not allowed.
-std::optional<GivenNetwork> read(CmdSetConfiguration& command, const XmlNode& element) {
-    GivenNetwork given;
-    for (const XmlNode& child : document::childrenOf(element)) {
-        if (document::hasName(child, "id")) {
-            given.id = document::textOf(child);
-        } else if (const auto text = indexOf(kTextFields, child)) {
-            given.texts[*text] = document::textOf(child);
-        } else if (const auto mask = indexOf(kMaskFields, child)) {
-            given.masks[*mask] = maskOf(child);
-        } else if (const auto number = indexOf(kNumberFields, child)) {
-            const RedesCabecera::Column column = kNumberFields[*number].column;
-            const int value = document::numberOf(child);
-            if (!isAllowed(column, value, given)) {
-                fail(command, error::kInvalidValue, notAllowedMessage(column));
-                return std::nullopt;
-            }
-            given.numbers[*number] = value;
-        }
-    }
-    return given;
-}
-
-// Applies what is given to a row, collecting the log text.
+// Applies what an element gives to a row, collecting the log text. The last child of a name counts.
 class NetworkChange {
   public:
     NetworkChange(Record<RedesCabecera>& network, std::string log)
         : network_(network), log_(std::move(log)) {}
 
-    void setText(const Field& field, const char* text) {
-        if (text != nullptr && network_.set(field.column, text)) {
-            note(field);
+    void apply(const XmlNode& element) {
+        for (const Field& field : kTextFields) {
+            const char* text = document::lastText(element, field.element);
+            if (text != nullptr && network_.set(field.column, text)) {
+                note(field);
+            }
+        }
+        for (const Field& field : kNumberFields) {
+            const int number = tarvodb::toInt(document::lastText(element, field.element));
+            if (number != 0 && network_.setIfOtherNumber(field.column, number)) {
+                note(field);
+            }
+        }
+        for (const Field& field : kMaskFields) {
+            if (const XmlNode* child = document::lastChildNamed(element, field.element)) {
+                setMask(field, maskOf(*child));
+            }
         }
     }
 
-    void setNumber(const Field& field, int number) {
-        if (number != 0 && network_.setIfOtherNumber(field.column, number)) {
-            note(field);
-        }
-    }
+    [[nodiscard]] const std::string& log() const { return log_; }
 
+  private:
     void setMask(const Field& field, const PartialMask& mask) {
         const int stored = network_[field.column].asInt();
         if ((stored & mask.given) != mask.values) {
@@ -165,9 +137,6 @@ class NetworkChange {
         }
     }
 
-    [[nodiscard]] const std::string& log() const { return log_; }
-
-  private:
     void note(const Field& field) {
         if (field.label != nullptr) {
             log_ += field.label + network_[field.column].asString() + ",";
@@ -187,24 +156,14 @@ Record<RedesCabecera> newNetwork(const char* id) {
 }
 
 // The row for one element.
-Record<RedesCabecera> changedNetwork(const CmdSetConfiguration& command,
-                                     const GivenNetwork& given) {
-    auto stored =
-        tarvodb::doSelect<RedesCabecera>(command.db(), tarvodb::clause::kByNetwork, given.id);
-    const bool isNew = stored.empty();
-    Record<RedesCabecera> network = isNew ? newNetwork(given.id) : std::move(stored.front());
+Record<RedesCabecera> changedNetwork(const CmdSetConfiguration& command, const XmlNode& element,
+                                     const char* id) {
+    auto network = storedOrNew(command, tarvodb::clause::kByNetwork, id, newNetwork);
+    const bool isNew = network.isModified(RedesCabecera::idRed);
     const std::string oldNid = network[RedesCabecera::NID].asString();
 
-    NetworkChange change(network, isNew ? std::string("idRed=") + given.id + "," : "");
-    for (std::size_t i = 0; i < given.texts.size(); ++i) {
-        change.setText(kTextFields[i], given.texts[i]);
-    }
-    for (std::size_t i = 0; i < given.numbers.size(); ++i) {
-        change.setNumber(kNumberFields[i], given.numbers[i]);
-    }
-    for (std::size_t i = 0; i < given.masks.size(); ++i) {
-        change.setMask(kMaskFields[i], given.masks[i]);
-    }
+    NetworkChange change(network, isNew ? std::string("idRed=") + id + "," : "");
+    change.apply(element);
     if (network.isModified(RedesCabecera::NID)) {
         // At once, and not undone when the import is rolled back.
         tarvodb::renameSiTableFiles(oldNid, network[RedesCabecera::NID].asString());
@@ -219,23 +178,19 @@ bool applyDvbNetworks(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<RedesCabecera>> networks;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "dvbNetwork")) {
-            const char* message = "No dvbNetwork element found";
-            return fail(command, Failure{.code = error::kInvalidCommand,
-                                         .loggedMessage = message,
-                                         .debugLine = message});
+            return failPlainly(command, {.code = error::kInvalidCommand,
+                                         .loggedMessage = "No dvbNetwork element found"});
         }
-        const auto given = read(command, element);
-        if (!given) {
+        if (!validate(command, element)) {
             return false;
         }
-        if (given->id == nullptr) {
-            const char* message = "dvbNetwork has no id field";
-            return fail(command, Failure{.code = error::kInvalidCommand,
-                                         .message = message,
-                                         .loggedCode = error::kInvalidValue,
-                                         .debugLine = message});
+        const char* id = document::lastText(element, "id");
+        if (id == nullptr) {
+            return failPlainly(command, {.code = error::kInvalidCommand,
+                                         .message = "dvbNetwork has no id field",
+                                         .loggedCode = error::kInvalidValue});
         }
-        networks.push_back(changedNetwork(command, *given));
+        networks.push_back(changedNetwork(command, element, id));
     }
     return replaceTable(command, networks, "Could not delete dvbNetworks",
                         "Could not insert dvbNetwork");

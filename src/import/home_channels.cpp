@@ -1,8 +1,6 @@
 // The home transponders used for maintenance.
-#include <string>
-
 #include "db/clauses.h"
-#include "document/coded_texts.h"
+#include "import/keyed_rows.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
 
@@ -14,26 +12,14 @@ using HomeChannels = tarvodb::MantenimientoHomeChannelsGlobal;
 
 namespace {
 
-struct TextField {
-    const char* element;
-    HomeChannels::Column column;
-};
-
 // `onid` and `tsid` are not imported.
-constexpr TextField kTextFields[] = {
+constexpr TextField<HomeChannels> kTextFields[] = {
     {"frequency", HomeChannels::Frequency},
     {"symbolrate", HomeChannels::SymbolRate},
     {"orbit", HomeChannels::Orbita},
 };
 
-// A text that is not the table's first counts as its second.
-struct CodedField {
-    const char* element;
-    HomeChannels::Column column;
-    document::CodeTable texts;
-};
-
-constexpr CodedField kCodedFields[] = {
+constexpr CodedField<HomeChannels> kCodedFields[] = {
     {"polarity", HomeChannels::Polaridad, document::kPolarity},
     {"band", HomeChannels::Banda, document::kBand},
 };
@@ -52,50 +38,23 @@ Record<HomeChannels> newHomeChannel(const char* id) {
     return channel;
 }
 
-Record<HomeChannels> storedOrNew(const CmdSetConfiguration& command, const char* id) {
-    auto stored =
-        tarvodb::doSelect<HomeChannels>(command.db(), tarvodb::clause::kByHomeChannel, id);
-    return stored.empty() ? newHomeChannel(id) : std::move(stored.front());
-}
-
-void setFields(Record<HomeChannels>& channel, const XmlNode& element) {
-    bool changed = false;
-    for (const TextField& field : kTextFields) {
-        if (const char* text = document::lastText(element, field.element)) {
-            changed |= channel.set(field.column, text);
-        }
-    }
-    for (const CodedField& field : kCodedFields) {
-        if (const char* text = document::lastText(element, field.element)) {
-            const int code = document::sameText(text, field.texts[0].text) ? 0 : 1;
-            changed |= channel.setIfOtherNumber(field.column, code);
-        }
-    }
-    if (changed) {
-        channel.set(HomeChannels::Estado, 1);
-    }
-}
-
 }  // namespace
 
 bool applyHomeChannels(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<HomeChannels>> channels;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "homechannel")) {
-            const char* message = "No homechannel element found";
-            return fail(command, Failure{.code = error::kInvalidCommand,
-                                         .loggedMessage = message,
-                                         .debugLine = message});
+            return failPlainly(command, {.code = error::kInvalidCommand,
+                                         .loggedMessage = "No homechannel element found"});
         }
         const char* id = document::lastText(element, "id");
         if (id == nullptr) {
-            const char* message = "homechannel has no id field";
-            return fail(
-                command,
-                Failure{.code = error::kInvalidCommand, .message = message, .debugLine = message});
+            return failPlainly(command, {.code = error::kInvalidCommand,
+                                         .message = "homechannel has no id field"});
         }
-        channels.push_back(storedOrNew(command, id));
-        setFields(channels.back(), element);
+        channels.push_back(
+            storedOrNew(command, tarvodb::clause::kByHomeChannel, id, newHomeChannel));
+        setFields(channels.back(), element, kTextFields, kCodedFields);
     }
     return replaceTable(command, channels, "Could not delete homeChannels",
                         "Could not insert homeChannel");

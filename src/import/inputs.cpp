@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,6 @@
 #include "import/child_rules.h"
 #include "import/required_child.h"
 #include "import/sections.h"
-#include "import/table_writes.h"
 #include "platform/debug_log.h"
 
 namespace tarvo_remote_control {
@@ -59,66 +59,56 @@ constexpr InputRule kInputRules[] = {
     {"onid", EntradasGlobal::ONID, " onid: ", "ONID"},
 };
 
-// Children of one type of input. On an input of another type they are only told in the log.
+// Children of one type of input. On an input of another type they only appear in the log, where
+// they have a label. A `frequency` is logged and remembered once, whatever the type.
 constexpr ValueRule<NimGlobal> kSatelliteRules[] = {
-    {"frequency", NimGlobal::fe, Compare::text, nullptr},
-    {"diseqc", NimGlobal::DiSEqC, Compare::text, nullptr},
+    {"frequency", NimGlobal::fe, Compare::text, kNotLogged},
+    {"diseqc", NimGlobal::DiSEqC, Compare::text, kNotLogged},
     {"scramblingID", NimGlobal::ScramblingID, Compare::numberStoredText, " scramblingID: "},
 };
 
 constexpr ValueRule<NimCOFDMGlobal> kTerrestrialRules[] = {
-    {"frequency", NimCOFDMGlobal::Frequency, Compare::text, nullptr},
+    {"frequency", NimCOFDMGlobal::Frequency, Compare::text, kNotLogged},
     {"autoScan", NimCOFDMGlobal::trackingStatusEn, Compare::text, " autoScan: "},
     {"onidScan", NimCOFDMGlobal::ONID_Tracking, Compare::text, " onidScan: "},
     {"tsidScan", NimCOFDMGlobal::TSID_Tracking, Compare::text, " tsidScan: "},
 };
 
 constexpr ValueRule<NimQAMGlobal> kCableRules[] = {
-    {"frequency", NimQAMGlobal::Frequency, Compare::text, nullptr},
+    {"frequency", NimQAMGlobal::Frequency, Compare::text, kNotLogged},
     {"symbolRate", NimQAMGlobal::SymbolRate, Compare::numberStoredText, " symbolRate: "},
     {"constelacion", NimQAMGlobal::Constelacion, Compare::numberStoredText, " constelacion: "},
 };
-
-using ReadCode = std::optional<int> (*)(document::CodeTable, const char*);
 
 // "auto" or a number.
 std::optional<int> automaticOrNumber(document::CodeTable texts, const char* text) {
     return document::codeOfExactly(texts, text).value_or(tarvodb::toInt(text));
 }
 
-// A child whose text stands for a code. A text that does not is recorded under `errorCode` and
-// always logged as an input's error.
-template <class Table>
-struct CodedRule {
-    const char* element;
-    typename Table::Column column;
-    document::CodeTable texts;
-    ReadCode read;
-    const char* label;
-    int errorCode = error::kModuleInput;
-};
-
+// `PLSmode` and `bandwidth` are recorded as an output's error and logged as an input's: kept.
 constexpr CodedRule<NimGlobal> kSatelliteCodes[] = {
-    {"band", NimGlobal::banda_FI, document::kBand, document::codeOf, " band: "},
+    {"band", NimGlobal::banda_FI, document::kBand, document::codeOfAnyCase,
+     " band: ", error::kModuleInput, error::kModuleInput},
     {"PLSmode", NimGlobal::ModoPLS, document::kPlsModeImported, document::codeOfExactly,
-     " PLSmode: ", error::kModuleOutput},
-    {"streamID", NimGlobal::StreamID, document::kAutomaticId, automaticOrNumber, " streamID: "},
+     " PLSmode: ", error::kModuleOutput, error::kModuleInput},
+    {"streamID", NimGlobal::StreamID, document::kAutomaticId, automaticOrNumber,
+     " streamID: ", error::kModuleInput, error::kModuleInput},
 };
 
 constexpr CodedRule<NimCOFDMGlobal> kTerrestrialCodes[] = {
     {"bandwidth", NimCOFDMGlobal::Bandwidth, document::kInputBandwidth, document::codeOfExactly,
-     " bandwidth: ", error::kModuleOutput},
+     " bandwidth: ", error::kModuleOutput, error::kModuleInput},
     {"hierarchy", NimCOFDMGlobal::Hierarchy, document::kHierarchy, document::codeOfExactly,
-     " hierarchy: "},
-    {"PLPID", NimCOFDMGlobal::PLP_ID, document::kAutomaticId, automaticOrNumber, " PLPID: "},
+     " hierarchy: ", error::kModuleInput, error::kModuleInput},
+    {"PLPID", NimCOFDMGlobal::PLP_ID, document::kAutomaticId, automaticOrNumber,
+     " PLPID: ", error::kModuleInput, error::kModuleInput},
 };
 
-bool failOnValue(CmdSetConfiguration& command, const char* element,
-                 int errorCode = error::kModuleInput) {
-    return fail(command,
-                Failure{.code = errorCode,
-                        .message = std::string("Invalid value for module/input/") + element,
-                        .loggedCode = error::kModuleInput});
+constexpr std::span<const CodedRule<NimQAMGlobal>> kCableCodes{};
+
+bool failOnInputValue(CmdSetConfiguration& command, const char* element) {
+    return failOnValue(command, std::string("input/") + element, error::kModuleInput,
+                       error::kModuleInput);
 }
 
 // The first satellite tuner of an input, if it has one. Read anew, so that it is what is stored.
@@ -156,19 +146,14 @@ struct Tuners {
 };
 
 Record<EntradasGlobal>* inputNumbered(std::vector<Record<EntradasGlobal>>& inputs, int number) {
-    for (auto& input : inputs) {
-        if (input[EntradasGlobal::fk_idEntrada].asInt() == number) {
-            return &input;
-        }
-    }
-    return nullptr;
+    return rowWithNumber(inputs, EntradasGlobal::fk_idEntrada, number);
 }
 
 bool isFedThroughLoop(const Record<NimGlobal>& satellite) {
     return satellite[NimGlobal::RFIN_LOOP].asInt() == 1;
 }
 
-// Input 2 can be fed through input 1's loop: it then shares input 1's polarity and band.
+// Input 2 can be fed through input 1's loop: it then shares input 1's DiSEqC position and band.
 void followLoop(Change<NimGlobal>& second, const Record<NimGlobal>& first) {
     second.copy(NimGlobal::DiSEqC, first[NimGlobal::DiSEqC]);
     second.copy(NimGlobal::banda_FI, first[NimGlobal::banda_FI]);
@@ -176,11 +161,14 @@ void followLoop(Change<NimGlobal>& second, const Record<NimGlobal>& first) {
 
 enum class Outcome {
     stored,
-    failed,
-    outOfRange,  // the frequency cannot be received; the section ends, but does not fail
+    failed,  // the section fails
+    // The satellite tuner cannot receive the frequency: the error is recorded and the input's
+    // tuner rows are not written. The remaining inputs are skipped, but the section does not fail,
+    // so that the import is stored.
+    outOfRange,
 };
 
-// The tuner's input is in its range between these intermediate frequencies, in MHz.
+// The intermediate frequencies that a satellite tuner receives, in MHz, both included.
 constexpr int kLowestIntermediateFrequency = 950;
 constexpr int kHighestIntermediateFrequency = 2150;
 
@@ -226,57 +214,50 @@ class InputImport {
             const char* text = document::textOf(child);
             reportProgress(std::string("Input: ") + rule->progressName + " = " + text);
             input_.setNumber(rule->column, document::numberOf(child));
-            tell(log_, rule->label, child);
+            appendToLog(log_, rule->label, child);
             return true;
         }
         if (document::hasName(child, "frequency")) {
             frequencyGiven_ = true;
-            tell(log_, " frequency: ", child);
+            appendToLog(log_, " frequency: ", child);
         }
         return applyTunerChild(child, InputType::satellite, satellite_, kSatelliteRules,
                                kSatelliteCodes) &&
                applyTunerChild(child, InputType::terrestrial, terrestrial_, kTerrestrialRules,
                                kTerrestrialCodes) &&
-               applyTunerChild(child, InputType::cable, cable_, kCableRules);
+               applyTunerChild(child, InputType::cable, cable_, kCableRules, kCableCodes);
     }
 
-    // Applies a child that `rules` name to the tuner when that is of the input's type.
-    template <class Table, std::size_t Size>
-    bool applyTunerChild(const XmlNode& child, InputType tunerType,
-                         std::optional<Change<Table>>& tuner,
-                         const ValueRule<Table> (&rules)[Size]) {
-        if (const auto* rule = ruleOf(rules, child)) {
-            if (type_ == tunerType) {
-                setValue(*tuner, rule->column, rule->compare, document::textOf(child));
-            }
-            tell(log_, rule->label, child);
-        }
-        return true;
-    }
-
-    template <class Table, std::size_t Size, std::size_t CodeSize>
+    // Applies a child that has a rule to the tuner, when that is of the input's type.
+    template <class Table, class Codes, std::size_t Size>
     bool applyTunerChild(const XmlNode& child, InputType tunerType,
                          std::optional<Change<Table>>& tuner, const ValueRule<Table> (&rules)[Size],
-                         const CodedRule<Table> (&codes)[CodeSize]) {
-        if (const auto* code = ruleOf(codes, child)) {
-            if (type_ == tunerType) {
-                const auto value = code->read(code->texts, document::textOf(child));
-                if (!value) {
-                    return failOnValue(command_, code->element, code->errorCode);
-                }
-                tuner->setNumber(code->column, *value);
+                         const Codes& codes) {
+        const bool applies = type_ == tunerType;
+        if (const auto* rule = ruleOf(rules, child)) {
+            if (applies) {
+                setValue(*tuner, *rule, child);
             }
-            tell(log_, code->label, child);
-            return true;
+            appendToLog(log_, rule->label, child);
+        } else if (const auto* coded = ruleOf(codes, child)) {
+            if (applies) {
+                const auto code =
+                    readCode(command_, *coded, child, std::string("input/") + coded->element);
+                if (!code) {
+                    return false;
+                }
+                tuner->setNumber(coded->column, *code);
+            }
+            appendToLog(log_, coded->label, child);
         }
-        return applyTunerChild(child, tunerType, tuner, rules);
+        return true;
     }
 
     // A switched-off input's tuners stand by.
     bool applyActive(const XmlNode& child) {
         const int active = document::numberOf(child);
         if (active != 0 && active != 1) {
-            return failOnValue(command_, "active");
+            return failOnInputValue(command_, "active");
         }
         if (!input_.row.setIfOtherNumber(EntradasGlobal::Activo, active)) {
             return true;
@@ -301,16 +282,16 @@ class InputImport {
         if (satellite_) {
             const int loop = inputId_ == 1 ? 0 : document::numberOf(child);
             if (loop != 0 && loop != 1) {
-                return failOnValue(command_, "rfLoop");
+                return failOnInputValue(command_, "rfLoop");
             }
             satellite_->setNumber(NimGlobal::RFIN_LOOP, loop);
         }
-        tell(log_, " rfLoop: ", child);
+        appendToLog(log_, " rfLoop: ", child);
         return true;
     }
 
     Outcome save() {
-        bool saved = saveRow(input_, "Could not update eg");
+        bool saved = saveIfChanged(command_, input_, EntradasGlobal::Estado, "Could not update eg");
         if (satelliteChanged()) {
             satellite_->row.set(NimGlobal::Estado, 1);
             if (!tuneSatellite()) {
@@ -319,25 +300,18 @@ class InputImport {
             saved &= updateRecord(command_, satellite_->row, "Could not update nim");
         }
         if (terrestrial_) {
-            saved &= saveRow(*terrestrial_, "Could not update nimCOFDM");
+            saved &= saveIfChanged(command_, *terrestrial_, NimCOFDMGlobal::Estado,
+                                   "Could not update nimCOFDM");
         }
         if (cable_) {
-            saved &= saveRow(*cable_, "Could not update nimQAM");
+            saved &=
+                saveIfChanged(command_, *cable_, NimQAMGlobal::Estado, "Could not update nimQAM");
         }
         return saved ? Outcome::stored : Outcome::failed;
     }
 
-    template <class Table>
-    bool saveRow(Change<Table>& change, const char* message) {
-        if (!change.changed) {
-            return true;
-        }
-        change.row.set(Table::Estado, 1);
-        return updateRecord(command_, change.row, message);
-    }
-
-    // Brings DiSEqC, band and the two frequencies of the satellite tuner in line. False when the
-    // tuner cannot receive the frequency.
+    // Brings DiSEqC position, band and the two frequencies of the satellite tuner in line. False
+    // when the frequency is out of range: see Outcome::outOfRange.
     bool tuneSatellite() {
         if (inputId_ == 2 && isFedThroughLoop(satellite_->row)) {
             if (const auto first = firstInputsSatelliteTuner()) {
@@ -370,6 +344,8 @@ class InputImport {
                    : std::optional(settings.front()[configuracionWebGlobal::valor].asInt());
     }
 
+    // With a frequency given, the intermediate frequency follows it; otherwise the received
+    // frequency follows the stored intermediate one. Wide sums: a document may give any number.
     bool setFrequencies(int oscillator) {
         Record<NimGlobal>& row = satellite_->row;
         if (!frequencyGiven_) {
@@ -451,8 +427,9 @@ class InputsImport {
         return tuners;
     }
 
-    // An input 2 that the document left alone must follow an input 1 that it changed, as far as
-    // the module's inputs are satellite ones.
+    // After a change of input 1's satellite tuner, an input 2 that is fed through its loop takes
+    // over DiSEqC position and band, as far as the module's inputs are satellite ones. Its
+    // frequencies are not computed anew.
     bool updateLoopedInput() {
         platform::debugLog(LOG_DEBUG, "input 1 changed, need to check input 2");
         std::optional<Record<NimGlobal>> first;
@@ -474,11 +451,7 @@ class InputsImport {
         }
         Change<NimGlobal> change(*second);
         followLoop(change, *first);
-        if (!change.changed) {
-            return true;
-        }
-        second->set(NimGlobal::Estado, 1);
-        return updateRecord(command_, *second, "Could not update nim2");
+        return saveIfChanged(command_, change, NimGlobal::Estado, "Could not update nim2");
     }
 
     CmdSetConfiguration& command_;

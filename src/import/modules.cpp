@@ -1,6 +1,4 @@
 // The modules of the headend: which element is which module, and the module's own settings.
-#include <syslog.h>
-
 #include <algorithm>
 #include <compare>
 #include <map>
@@ -11,8 +9,6 @@
 #include "device/device_identity.h"
 #include "import/child_rules.h"
 #include "import/sections.h"
-#include "import/table_writes.h"
-#include "platform/debug_log.h"
 
 namespace tarvo_remote_control {
 
@@ -112,7 +108,7 @@ void assignByKind(Entry& entry, FreeModules& modules) {
     }
 }
 
-// A document must tell of as many modules as the headend has.
+// A document must have as many `mac` elements as the headend has modules; not on RNB-K408.
 bool checkAmount(CmdSetConfiguration& command, std::size_t headendModules, std::size_t macElements,
                  const std::vector<Entry>& entries) {
     if (!documentTellsKinds() || macElements == headendModules) {
@@ -129,11 +125,20 @@ bool checkAmount(CmdSetConfiguration& command, std::size_t headendModules, std::
                                      errorMessage(error::kModuleAmount) + ", " + counts});
 }
 
-constexpr ValueRule<RedesModulos> kNumberRules[] = {
-    {"attenuation", RedesModulos::Atenuacion, Compare::number, "attenuation: "},
-    {"dvbNetworkId", RedesModulos::RED, Compare::number, " dvbNetworkId: "},
-    {"modoSalidaRF", RedesModulos::ModoSalidaRF, Compare::number, " modoSalidaRF: "},
+// Children that are numbers; the log tells the number.
+struct NumberRule {
+    const char* element;
+    RedesModulos::Column column;
+    const char* label;
 };
+
+constexpr NumberRule kNumberRules[] = {
+    {"attenuation", RedesModulos::Atenuacion, "attenuation: "},
+    {"dvbNetworkId", RedesModulos::RED, " dvbNetworkId: "},
+};
+
+constexpr NumberRule kRfOutputModeRule{"modoSalidaRF", RedesModulos::ModoSalidaRF,
+                                       " modoSalidaRF: "};
 
 // Writes one module's settings and the sections inside it.
 class ModuleImport {
@@ -144,11 +149,8 @@ class ModuleImport {
     bool apply(const XmlNode& element) {
         const bool applied = applyChildren(element);
         logChange("New Module parameters: " + log_);
-        if (!applied || !change_.changed) {
-            return applied;
-        }
-        change_.row.set(RedesModulos::estado, 1);
-        return updateRecord(command_, change_.row, "Could not save 'module'");
+        return applied &&
+               saveIfChanged(command_, change_, RedesModulos::estado, "Could not save 'module'");
     }
 
   private:
@@ -163,17 +165,17 @@ class ModuleImport {
 
     bool applyChild(const XmlNode& child) {
         if (const auto* rule = ruleOf(kNumberRules, child)) {
-            const int number = document::numberOf(child);
-            change_.setNumber(rule->column, number);
-            log_ += rule->label + std::to_string(number);
-            if (rule->column == RedesModulos::ModoSalidaRF) {
-                rfOutputMode_ = number;
-            }
+            applyNumber(*rule, child);
+            return true;
+        }
+        if (document::hasName(child, kRfOutputModeRule.element)) {
+            applyNumber(kRfOutputModeRule, child);
+            rfOutputMode_ = document::numberOf(child);
             return true;
         }
         if (document::hasName(child, "name")) {
             change_.setText(RedesModulos::LabelName, document::textOf(child));
-            tell(log_, " name: ", child);
+            appendToLog(log_, " name: ", child);
             return true;
         }
         if (document::hasName(child, "inputs")) {
@@ -186,6 +188,12 @@ class ModuleImport {
             return applyServices(command_, mac_, child);
         }
         return true;
+    }
+
+    void applyNumber(const NumberRule& rule, const XmlNode& child) {
+        const int number = document::numberOf(child);
+        change_.setNumber(rule.column, number);
+        log_ += rule.label + std::to_string(number);
     }
 
     CmdSetConfiguration& command_;

@@ -8,7 +8,6 @@
 #include "import/child_rules.h"
 #include "import/required_child.h"
 #include "import/sections.h"
-#include "import/table_writes.h"
 
 namespace tarvo_remote_control {
 
@@ -36,26 +35,30 @@ constexpr ValueRule<RFOutGlobal> kRfRules[] = {
     {"symbolRate", RFOutGlobal::Symbol_Rate, Compare::text, " symbolRate: "},
 };
 
-// A child with a coded text. Its error message ends with the element's name and `errorSuffix`.
-struct CodedRule {
-    const char* element;
-    RFOutGlobal::Column column;
-    document::CodeTable texts;
-    const char* label;
-    const char* errorSuffix = "";
+// A coded text of an output, in any letter case.
+constexpr CodedRule<RFOutGlobal> codedText(const char* element, RFOutGlobal::Column column,
+                                           document::CodeTable texts, const char* label) {
+    return {element,
+            column,
+            texts,
+            document::codeOfAnyCase,
+            label,
+            error::kModuleOutput,
+            error::kModuleOutput};
+}
+
+constexpr CodedRule<RFOutGlobal> kCodedRules[] = {
+    codedText("modeOFDM", RFOutGlobal::Modo_OFDM, document::kModeOFDM, " modeOFDM: "),
+    codedText("bandwidth", RFOutGlobal::Ancho_Banda, document::kOutputBandwidth, " bandwidth: "),
+    codedText("guardInterval", RFOutGlobal::Intervalo_Guarda, document::kGuardInterval,
+              " guardInterval: "),
+    codedText("codeRate", RFOutGlobal::Code_Rate, document::kCodeRate, " codeRate: "),
+    codedText("formatIQ", RFOutGlobal::Espectro_Salida, document::kSpectrum, "formatIQ: "),
 };
 
-constexpr CodedRule kCodedRules[] = {
-    {"modeOFDM", RFOutGlobal::Modo_OFDM, document::kModeOFDM, " modeOFDM: "},
-    {"bandwidth", RFOutGlobal::Ancho_Banda, document::kOutputBandwidth, " bandwidth: "},
-    {"guardInterval", RFOutGlobal::Intervalo_Guarda, document::kGuardInterval, " guardInterval: "},
-    {"codeRate", RFOutGlobal::Code_Rate, document::kCodeRate, " codeRate: "},
-    {"formatIQ", RFOutGlobal::Espectro_Salida, document::kSpectrum, "formatIQ: "},
-};
-
-CodedRule constellationRule(int rfOutputMode) {
-    return {"constellation", RFOutGlobal::Constelacion, document::constellationOf(rfOutputMode),
-            " constellation: ", rfOutputMode == 0 ? " DVBT" : " DVBC"};
+CodedRule<RFOutGlobal> constellationRule(int rfOutputMode) {
+    return codedText("constellation", RFOutGlobal::Constelacion,
+                     document::constellationOf(rfOutputMode), " constellation: ");
 }
 
 // Writes one `output` element.
@@ -66,9 +69,8 @@ class OutputImport {
         : command_(command), outputId_(outputId), logical_(logical), rf_(rf) {}
 
     bool apply(const XmlNode& element, int rfOutputMode) {
-        const CodedRule constellation = constellationRule(rfOutputMode);
         for (const XmlNode& child : document::childrenOf(element)) {
-            if (!applyChild(child, constellation)) {
+            if (!applyChild(child, rfOutputMode)) {
                 return false;
             }
         }
@@ -78,20 +80,23 @@ class OutputImport {
     }
 
   private:
-    bool applyChild(const XmlNode& child, const CodedRule& constellation) {
+    bool applyChild(const XmlNode& child, int rfOutputMode) {
         if (document::hasName(child, "active")) {
             return applyActive(child);
         }
+        if (document::hasName(child, "constellation")) {
+            return applyCoded(child, constellationRule(rfOutputMode),
+                              rfOutputMode == 0 ? " DVBT" : " DVBC");
+        }
+        if (const auto* rule = ruleOf(kCodedRules, child)) {
+            return applyCoded(child, *rule);
+        }
         if (const auto* rule = ruleOf(kTransportStreamRules, child)) {
-            setValue(logical_, rule->column, rule->compare, document::textOf(child));
-            tell(log_, rule->label, child);
+            setValue(logical_, *rule, child);
+            appendToLog(log_, rule->label, child);
         } else if (const auto* rfRule = ruleOf(kRfRules, child)) {
-            setValue(rf_, rfRule->column, rfRule->compare, document::textOf(child));
-            tell(log_, rfRule->label, child);
-        } else if (const auto* codedRule = ruleOf(kCodedRules, child)) {
-            return applyCoded(child, *codedRule);
-        } else if (document::hasName(child, constellation.element)) {
-            return applyCoded(child, constellation);
+            setValue(rf_, *rfRule, child);
+            appendToLog(log_, rfRule->label, child);
         }
         return true;
     }
@@ -99,7 +104,8 @@ class OutputImport {
     bool applyActive(const XmlNode& child) {
         const int active = document::numberOf(child);
         if (active != 0 && active != 1) {
-            return fail(command_, error::kModuleOutput, "Invalid value for module/output/active");
+            return failOnValue(command_, "output/active", error::kModuleOutput,
+                               error::kModuleOutput);
         }
         // A modulator that is on holds 3: it never equals 1, so that "on" always is a change.
         if (rf_.row[RFOutGlobal::Modo_Salida_Modulacion].asInt() != active) {
@@ -107,22 +113,23 @@ class OutputImport {
             rf_.changed = true;
         }
         givenActive_ = active;
-        tell(log_, " active: ", child);
+        appendToLog(log_, " active: ", child);
         return true;
     }
 
-    bool applyCoded(const XmlNode& child, const CodedRule& rule) {
-        const std::optional<int> code = document::codeOf(rule.texts, document::textOf(child));
+    // An error message tells the constellation's table too.
+    bool applyCoded(const XmlNode& child, const CodedRule<RFOutGlobal>& rule,
+                    const char* errorSuffix = "") {
+        const auto code =
+            readCode(command_, rule, child, std::string("output/") + rule.element + errorSuffix);
         if (!code) {
-            return fail(
-                command_, error::kModuleOutput,
-                std::string("Invalid value for module/output/") + rule.element + rule.errorSuffix);
+            return false;
         }
         rf_.setNumber(rule.column, *code);
         if (rule.column == RFOutGlobal::Modo_OFDM) {
             givenModeOfdm_ = *code;
         }
-        tell(log_, rule.label, child);
+        appendToLog(log_, rule.label, child);
         return true;
     }
 
@@ -132,22 +139,15 @@ class OutputImport {
         if (!DeviceIdentity::instance().isLMV() || outputId_ != 2) {
             return;
         }
-        constexpr int k8K = 1;
-        const bool off = givenModeOfdm_ == k8K && givenActive_ == 0;
+        const bool off = givenModeOfdm_ == document::kMode8K && givenActive_ == 0;
         logical_.setNumber(SalidasLogicasGlobal::Activo, off ? 0 : 1);
     }
 
     bool save() {
-        bool saved = true;
-        if (logical_.changed) {
-            logical_.row.set(SalidasLogicasGlobal::Estado, 1);
-            saved = updateRecord(command_, logical_.row, "Could not update sg");
-        }
-        if (rf_.changed) {
-            rf_.row.set(RFOutGlobal::Estado, 1);
-            saved &= updateRecord(command_, rf_.row, "Could not update rfog");
-        }
-        return saved;
+        const bool logicalSaved =
+            saveIfChanged(command_, logical_, SalidasLogicasGlobal::Estado, "Could not update sg");
+        return saveIfChanged(command_, rf_, RFOutGlobal::Estado, "Could not update rfog") &&
+               logicalSaved;
     }
 
     CmdSetConfiguration& command_;
@@ -158,16 +158,6 @@ class OutputImport {
     int givenModeOfdm_ = 0;
     std::string log_;
 };
-
-Record<SalidasLogicasGlobal>* logicalOutput(std::vector<Record<SalidasLogicasGlobal>>& outputs,
-                                            int outputId) {
-    for (auto& output : outputs) {
-        if (output[SalidasLogicasGlobal::fk_idSalidasLogicas].asInt() == outputId) {
-            return &output;
-        }
-    }
-    return nullptr;
-}
 
 std::vector<Record<RFOutGlobal>> rfOutputs(const CmdSetConfiguration& command,
                                            const Record<SalidasLogicasGlobal>& logical) {
@@ -184,7 +174,7 @@ bool applyOutput(CmdSetConfiguration& command, std::vector<Record<SalidasLogicas
     if (!outputId) {
         return false;
     }
-    auto* logical = logicalOutput(outputs, *outputId);
+    auto* logical = rowWithNumber(outputs, SalidasLogicasGlobal::fk_idSalidasLogicas, *outputId);
     std::vector<Record<RFOutGlobal>> rfRows;
     if (logical != nullptr) {
         rfRows = rfOutputs(command, *logical);

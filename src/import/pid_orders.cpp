@@ -2,7 +2,6 @@
 //
 // As with services, a stream that the document does not list is only marked for removal.
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "db/clauses.h"
@@ -83,9 +82,9 @@ bool insertStream(CmdSetConfiguration& command, const tarvodb::tSqlite3int& idSS
 }  // namespace
 
 bool applyPidOrders(CmdSetConfiguration& command, int idSSG, const XmlNode& section) {
-    const tarvodb::tSqlite3int service(idSSG);
+    const tarvodb::tSqlite3int key(long{idSSG});
     reportProgress("Processing: PIDs --->idSSG: " + std::to_string(idSSG));
-    auto streams = tarvodb::selectByFkIdSSG(command.db(), service);
+    auto streams = tarvodb::selectByFkIdSSG(command.db(), key);
     for (auto& stream : streams) {
         stream.set(Stream::EstadoBorrado, mark::kToBeRemoved);
         stream.set(Stream::EstadoPID, mark::kChanged);
@@ -100,7 +99,7 @@ bool applyPidOrders(CmdSetConfiguration& command, int idSSG, const XmlNode& sect
             stream->set(Stream::Orden, given.order);
             stream->set(Stream::EstadoBorrado, mark::kListed);
         } else {
-            inserted &= insertStream(command, service, given);
+            inserted &= insertStream(command, key, given);
         }
     }
     if (!inserted) {

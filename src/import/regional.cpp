@@ -10,6 +10,7 @@
 #include "db/clauses.h"
 #include "db/database.h"
 #include "document/settings.h"
+#include "import/reporting.h"
 #include "import/time_zones.h"
 #include "platform/debug_log.h"
 #include "platform/platform.h"
@@ -31,8 +32,7 @@ struct RegionalSettings {
 };
 
 bool failLogged(const std::string& line) {
-    platform::debugLog(LOG_ERR, line);
-    platform::logLine(LOG_NEWS | LOG_ERR, "r9::: " + line);
+    logFault(line);
     return false;
 }
 

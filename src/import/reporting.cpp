@@ -10,14 +10,28 @@
 
 namespace tarvo_remote_control {
 
-bool fail(Command& command, const Failure& failure) {
-    const std::string ownText =
-        failure.message.empty() ? errorMessage(failure.code) : failure.message;
-    const std::string line = "Error " + std::to_string(failure.loggedCode.value_or(failure.code)) +
-                             ", " + failure.loggedMessage.value_or(ownText);
-    command.addError(failure.code, failure.message);
-    platform::debugLog(LOG_ERR, failure.debugLine.value_or(line));
+namespace {
+
+std::string loggedMessage(const Failure& failure) {
+    return failure.loggedMessage.value_or(failure.message.empty() ? errorMessage(failure.code)
+                                                                  : failure.message);
+}
+
+std::string errorLine(const Failure& failure) {
+    return "Error " + std::to_string(failure.loggedCode.value_or(failure.code)) + ", " +
+           loggedMessage(failure);
+}
+
+void logNewsError(const std::string& line) {
     platform::logLine(LOG_NEWS | LOG_ERR, "r9::: " + line);
+}
+
+}  // namespace
+
+bool fail(Command& command, const Failure& failure) {
+    command.addError(failure.code, failure.message);
+    platform::debugLog(LOG_ERR, failure.debugLine.value_or(errorLine(failure)));
+    logNewsError(errorLine(failure));
     return false;
 }
 
@@ -25,8 +39,20 @@ bool fail(Command& command, int code, const std::string& message) {
     return fail(command, Failure{.code = code, .message = message});
 }
 
+bool failPlainly(Command& command, const Failure& failure) {
+    platform::debugLog(LOG_ERR, loggedMessage(failure));
+    command.addError(failure.code, failure.message);
+    logNewsError(errorLine(failure));
+    return false;
+}
+
 bool failOnElement(Command& command, const std::string& message) {
     return fail(command, Failure{.code = error::kInvalidCommand, .loggedMessage = message});
+}
+
+void logFault(const std::string& line) {
+    platform::debugLog(LOG_ERR, line);
+    logNewsError(line);
 }
 
 void logChange(const std::string& text) {

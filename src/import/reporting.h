@@ -24,9 +24,15 @@ struct Failure {
 bool fail(Command& command, const Failure& failure);
 bool fail(Command& command, int code, const std::string& message = "");
 
+// As fail, for the errors whose debug line is the logged message alone and comes first.
+bool failPlainly(Command& command, const Failure& failure);
+
 // Error 101 for a child that is not the element that its parent holds: recorded without a detail,
 // logged with `message`.
 bool failOnElement(Command& command, const std::string& message);
+
+// Logs a fault that is not recorded as an error.
+void logFault(const std::string& line);
 
 // Logs an accepted change.
 void logChange(const std::string& text);

@@ -58,7 +58,8 @@ std::optional<GivenScrambling> read(CmdSetConfiguration& command, const XmlNode&
             }
         }
         if (document::hasName(child, "mode")) {
-            given.mode = document::codeOf(document::kScramblingMode, document::textOf(child));
+            given.mode =
+                document::codeOfAnyCase(document::kScramblingMode, document::textOf(child));
             if (!given.mode) {
                 // A bad mode has this text and these two codes on purpose.
                 fail(command, Failure{.code = error::kInvalidCommand,
@@ -124,7 +125,7 @@ void setKeys(Record<ScramblingKeysGlobal>& keys, const GivenScrambling& given) {
     const auto setText = [&keys](Keys::Column column, const char* text) {
         return text != nullptr && keys.set(column, text);
     };
-    // The form derived from a control word is of no use once that has changed.
+    // The form derived from a changed control word is cleared; the key tool makes it again.
     const auto setControlWord = [&](Keys::Column column, Keys::Column derived, const char* text) {
         const bool changed = setText(column, text);
         if (changed) {

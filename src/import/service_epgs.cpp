@@ -110,9 +110,10 @@ int insertSatellite(CmdSetConfiguration& command, const XmlNode& element) {
             return 0;
         }
         if (document::hasName(child, "polarity")) {
-            const char* vertical = document::codeText(document::kPolarity, 0);
-            satellite.put(Service_EPG_Satellite::Polaridad,
-                          document::sameText(document::textOf(child), vertical) ? 0 : 1);
+            // What is not vertical counts as horizontal.
+            satellite.put(
+                Service_EPG_Satellite::Polaridad,
+                document::codeOfAnyCase(document::kPolarity, document::textOf(child)).value_or(1));
         }
     }
     return insertRecord(command, satellite, "Could not insert svcEPG") ? satellite.key().asInt()

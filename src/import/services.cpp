@@ -12,7 +12,6 @@
 #include "import/required_child.h"
 #include "import/sections.h"
 #include "import/status_marks.h"
-#include "import/table_writes.h"
 
 namespace tarvo_remote_control {
 
@@ -39,30 +38,40 @@ constexpr RequiredNumber kOutputSid{.element = "outputSid",
 
 constexpr int kHighestServiceId = 65535;
 
-// The labels are the ones that readers of the log know, with and without a leading blank.
-constexpr ValueRule<Service> kRules[] = {
-    {"lcn", Service::LCN, Compare::number, " lcn: "},
-    {"olcn", Service::OLCN, Compare::number, " olcn: "},
-    {"forcedLcn", Service::LCNForzado, Compare::number, " forcedLcn: "},
-    {"simulcastLcn", Service::SimulcastLCN, Compare::number, " simulcastLcn: "},
-    {"inputId", Service::fk_idEntrada, Compare::number, "inputId: "},
-    {"inputSid", Service::OSID, Compare::number, " inputSid: "},
-    {"outputSid", Service::SID, Compare::number, " outputSid: "},
-    {"inputName", Service::NombreEntrada, Compare::text, "outputSid: "},
-    {"forcedName", Service::NombreForzado, Compare::number, " forcedName: "},
-    {"outputName", Service::NombreSalida, Compare::text, " outputName: "},
-    {"idEPG", Service::idEPG, Compare::number, " idEPG: "},
-    {"serviceTypeDVB", Service::Tipo, Compare::number, " serviceTypeDVB: "},
-    {"serviceTypeCanal", Service::Service_Type, Compare::number, " serviceTypeCanal: "},
-    {"videoFormat", Service::VideoFormat, Compare::number, " videoFormat: "},
-    {"cloned", Service::DuplicadoClonado, Compare::number, " cloned: "},
-    {"decrypt", Service::Descifrar, Compare::number, "decrypt: "},
-    {"transcoding", Service::Transcoding, Compare::number, "transcoding: "},
-    {"videoPeakBitrate", Service::Video_peak_bitrate, Compare::number, "videoPeakBitrate: "},
+// What a child does besides being compared and stored.
+enum class Special {
+    none,
+    lcn,        // another LCN must be above 0; on RNB-K408 it is forced
+    serviceId,  // at most 65535
+    decrypt,    // decides the service's place in the device's order of work
 };
 
-// Of a service that has no row yet. The columns that are not listed stay NULL or are set from the
-// element.
+struct Rule : ValueRule<Service> {
+    Special special = Special::none;
+};
+
+constexpr Rule kRules[] = {
+    {{"lcn", Service::LCN, Compare::number, " lcn: "}, Special::lcn},
+    {{"olcn", Service::OLCN, Compare::number, " olcn: "}},
+    {{"forcedLcn", Service::LCNForzado, Compare::number, " forcedLcn: "}},
+    {{"simulcastLcn", Service::SimulcastLCN, Compare::number, " simulcastLcn: "}},
+    {{"inputId", Service::fk_idEntrada, Compare::number, "inputId: "}},
+    {{"inputSid", Service::OSID, Compare::number, " inputSid: "}, Special::serviceId},
+    {{"outputSid", Service::SID, Compare::number, " outputSid: "}, Special::serviceId},
+    {{"inputName", Service::NombreEntrada, Compare::text, "outputSid: "}},  // kept as it is
+    {{"forcedName", Service::NombreForzado, Compare::number, " forcedName: "}},
+    {{"outputName", Service::NombreSalida, Compare::text, " outputName: "}},
+    {{"idEPG", Service::idEPG, Compare::number, " idEPG: "}},
+    {{"serviceTypeDVB", Service::Tipo, Compare::number, " serviceTypeDVB: "}},
+    {{"serviceTypeCanal", Service::Service_Type, Compare::number, " serviceTypeCanal: "}},
+    {{"videoFormat", Service::VideoFormat, Compare::number, " videoFormat: "}},
+    {{"cloned", Service::DuplicadoClonado, Compare::number, " cloned: "}},
+    {{"decrypt", Service::Descifrar, Compare::number, "decrypt: "}, Special::decrypt},
+    {{"transcoding", Service::Transcoding, Compare::number, "transcoding: "}},
+    {{"videoPeakBitrate", Service::Video_peak_bitrate, Compare::number, "videoPeakBitrate: "}},
+};
+
+// Of a service that has no row yet; newService sets the other columns, but for the key.
 struct Default {
     Service::Column column;
     int value;
@@ -141,32 +150,42 @@ class ServiceImport {
         return true;
     }
 
-    bool applyRule(const ValueRule<Service>& rule, const XmlNode& child) {
+    bool applyRule(const Rule& rule, const XmlNode& child) {
         const int number = document::numberOf(child);
-        const bool isOtherNumber = service_.row[rule.column].asInt() != number;
-        if (!isAllowed(rule, number, isOtherNumber)) {
-            return false;
+        switch (rule.special) {
+            case Special::none:
+                break;
+            case Special::lcn:
+                if (!applyLcn(number)) {
+                    return false;
+                }
+                break;
+            case Special::serviceId:
+                if (number > kHighestServiceId) {
+                    return fail(command_, error::kInvalidValue,
+                                std::string(rule.element) + " value cannot be greater than 65535");
+                }
+                break;
+            case Special::decrypt:
+                service_.setNumber(Service::Orden, number == 1 ? 1 : 2);
+                break;
         }
-        setValue(service_, rule.column, rule.compare, document::textOf(child));
-        if (rule.column == Service::LCN && isOtherNumber && DeviceIdentity::instance().isRNB()) {
-            service_.setNumber(Service::LCNForzado, 1);
-        }
-        if (rule.column == Service::Descifrar) {
-            service_.setNumber(Service::Orden, number == 1 ? 1 : 2);
-        }
-        tell(log_, rule.label, child);
+        setValue(service_, rule, child);
+        appendToLog(log_, rule.label, child);
         return true;
     }
 
-    bool isAllowed(const ValueRule<Service>& rule, int number, bool isOtherNumber) {
-        if (rule.column == Service::LCN && isOtherNumber && number < 1) {
-            command_.addError(error::kInvalidValue, "LCN value cannot be 0");  // never logged
+    bool applyLcn(int lcn) {
+        if (service_.row[Service::LCN].asInt() == lcn) {
+            return true;
+        }
+        if (lcn < 1) {
+            // The one refusal that the import does not log.
+            command_.addError(error::kInvalidValue, "LCN value cannot be 0");
             return false;
         }
-        if ((rule.column == Service::OSID || rule.column == Service::SID) &&
-            number > kHighestServiceId) {
-            return fail(command_, error::kInvalidValue,
-                        std::string(rule.element) + " value cannot be greater than 65535");
+        if (DeviceIdentity::instance().isRNB()) {
+            service_.setNumber(Service::LCNForzado, 1);
         }
         return true;
     }

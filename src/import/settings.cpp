@@ -76,10 +76,8 @@ bool applyMaintenances(CmdSetConfiguration& command, const XmlNode& section) {
     bool written = true;
     for (const XmlNode& maintenance : document::childrenOf(section)) {
         if (!document::hasName(maintenance, document::kMaintenance.element)) {
-            const char* message = "No maintenance element found";
-            return fail(command, Failure{.code = error::kInvalidCommand,
-                                         .loggedMessage = message,
-                                         .debugLine = message});
+            return failPlainly(command, {.code = error::kInvalidCommand,
+                                         .loggedMessage = "No maintenance element found"});
         }
         // Nothing is written of an element that is not complete.
         for (const Setting& setting : document::kMaintenance.settings) {

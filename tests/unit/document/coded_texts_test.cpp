@@ -62,7 +62,7 @@ TEST(CodedTexts, HaveTheCodeOfEachText) {
     for (const NamedTable& each : kTables) {
         SCOPED_TRACE(each.name);
         for (const auto& [code, text] : each.rows) {
-            EXPECT_EQ(codeOf(each.table, text.c_str()), code);
+            EXPECT_EQ(codeOfAnyCase(each.table, text.c_str()), code);
             EXPECT_EQ(codeOfExactly(each.table, text.c_str()), code);
         }
     }
@@ -85,18 +85,18 @@ TEST(CodedTexts, HaveNoCodeForAnotherText) {
         const std::string first = each.rows.begin()->second;
         for (const std::string& text :
              {std::string(), first + " ", " " + first, first.substr(1), first + "x"}) {
-            EXPECT_EQ(codeOf(each.table, text.c_str()), std::nullopt) << text;
+            EXPECT_EQ(codeOfAnyCase(each.table, text.c_str()), std::nullopt) << text;
             EXPECT_EQ(codeOfExactly(each.table, text.c_str()), std::nullopt) << text;
         }
     }
 }
 
 TEST(CodedTexts, IgnoreLetterCaseUnlessComparedExactly) {
-    EXPECT_EQ(codeOf(kBand, "HIGH"), 1);
+    EXPECT_EQ(codeOfAnyCase(kBand, "HIGH"), 1);
     EXPECT_EQ(codeOfExactly(kBand, "HIGH"), std::nullopt);
-    EXPECT_EQ(codeOf(kConstellationDvbC, "256 qam"), 4);
+    EXPECT_EQ(codeOfAnyCase(kConstellationDvbC, "256 qam"), 4);
     EXPECT_EQ(codeOfExactly(kConstellationDvbC, "256 qam"), std::nullopt);
-    EXPECT_EQ(codeOf(kInputBandwidth, "8 mhz"), 2);
+    EXPECT_EQ(codeOfAnyCase(kInputBandwidth, "8 mhz"), 2);
     EXPECT_EQ(codeOfExactly(kInputBandwidth, "8 mhz"), std::nullopt);
 }
 
