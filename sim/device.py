@@ -21,7 +21,7 @@ import tempfile
 import threading
 import time
 from collections.abc import Mapping, Sequence
-from contextlib import closing
+from contextlib import closing, suppress
 from dataclasses import dataclass
 from datetime import datetime, timezone
 from pathlib import Path
@@ -206,7 +206,8 @@ class Running:
         while self.process.poll() is None:
             for first in _children(self.process.pid):
                 for program in _children(first):
-                    os.kill(program, signal_number)
+                    with suppress(ProcessLookupError):  # it has just ended by itself
+                        os.kill(program, signal_number)
                     return
             time.sleep(0.001)
 

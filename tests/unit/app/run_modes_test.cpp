@@ -1,0 +1,207 @@
+#include "app/run_modes.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <string>
+
+#include "db/database.h"
+#include "support/fake_device.h"
+
+namespace app {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* kDocument = "/tmp/document.xml";
+constexpr const char* kDeclaration = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
+constexpr const char* kNoConfiguration = "No 'configuration' element found\n";
+
+// An accepted change of one setting, and a CAM list of one module.
+constexpr const char* kConfiguration =
+    "<configuration><identification><location>roof</location></identification></configuration>";
+constexpr const char* kRefused = "<configuration><maintenances><x/></maintenances></configuration>";
+constexpr const char* kCamList =
+    "<vsecureCAMList><cam><serialNumber>7</serialNumber></cam></vsecureCAMList>";
+
+class RunModes : public test::DeviceTest {
+  protected:
+    RunModes() { becomeModel("RNB-K408"); }
+
+    int import(const std::string& text) {
+        device.writeFile(kDocument, text);
+        return importConfiguration(kDocument);
+    }
+
+    [[nodiscard]] std::vector<test::Row> locations() const {
+        return device.query(tarvodb::kConfigDatabase,
+                            "SELECT valor FROM configuracionWebGlobal "
+                            "WHERE nombre = 'identificacion_localizacion'");
+    }
+
+    [[nodiscard]] std::vector<test::Row> cams() const {
+        return device.query(tarvodb::kVsecureDatabase, "SELECT idCliente FROM VSecure");
+    }
+};
+
+const test::Row kRoof = {"roof"};
+const test::Row kCam = {"7"};
+
+TEST_F(RunModes, ExportHasTheConfigurationAsItsRoot) {
+    becomeModel("QRA-310");
+
+    EXPECT_EQ(exportConfiguration(kOutputFile), 0);
+
+    const std::string text = device.readFile("/tmp/ConfigurationXML.xml").value_or("");
+    EXPECT_THAT(text,
+                StartsWith(std::string(kDeclaration) + "<configuration>\n\t<identification>"));
+    EXPECT_THAT(text, testing::EndsWith("\n</configuration>\n"));
+    EXPECT_EQ(out(), text + "\n");
+    EXPECT_EQ(err(), "");
+}
+
+TEST_F(RunModes, ExportOfAnRnbIsABackupOfConfigurationAndCamList) {
+    device.execute(tarvodb::kVsecureDatabase, "INSERT INTO VSecure (idCliente) VALUES ('7')");
+
+    EXPECT_EQ(exportConfiguration(kOutputFile), 0);
+
+    const std::string text = device.readFile(kOutputFile).value_or("");
+    EXPECT_THAT(text, StartsWith(std::string(kDeclaration) + "<backup>\n\t<configuration>\n"));
+    EXPECT_THAT(text, HasSubstr("\n\t</configuration>\n"
+                                "\t<vsecureCAMList>\n"
+                                "\t\t<cam>\n"
+                                "\t\t\t<serialNumber>7</serialNumber>\n"
+                                "\t\t\t<hasPublicKey>0</hasPublicKey>\n"
+                                "\t\t\t<publicKey/>\n"
+                                "\t\t\t<manufacturer/>\n"
+                                "\t\t\t<registerDate/>\n"
+                                "\t\t\t<ekShared/>\n"
+                                "\t\t\t<description/>\n"
+                                "\t\t</cam>\n"
+                                "\t</vsecureCAMList>\n"
+                                "</backup>\n"));
+    EXPECT_EQ(out(), text + "\n");
+}
+
+TEST_F(RunModes, ExportWithAnErrorPrintsNothingAndKeepsAnEarlierFile) {
+    device.writeFile(kOutputFile, "earlier");
+    device.failOpens(tarvodb::kConfigDatabase);
+
+    EXPECT_EQ(exportConfiguration(kOutputFile), 3);
+
+    EXPECT_EQ(out(), "");
+    EXPECT_EQ(err(), "Error: 102\n");
+    EXPECT_EQ(device.readFile(kOutputFile), "earlier");
+    EXPECT_EQ(device.sleeps().size(), 10);
+}
+
+TEST_F(RunModes, ExportOfAnRnbWithoutItsCamDatabaseIsAnError) {
+    device.failOpens(tarvodb::kVsecureDatabase);
+
+    EXPECT_EQ(exportConfiguration(kOutputFile), 3);
+
+    EXPECT_EQ(out(), "");
+    EXPECT_EQ(err(), "Error: 102\n");
+    EXPECT_FALSE(device.exists(kOutputFile));
+    EXPECT_THAT(device.sleeps(), ElementsAre());  // the list is built once
+}
+
+TEST_F(RunModes, ExportThatCannotCreateItsFileHasPrintedTheDocument) {
+    becomeModel("QRA-310");
+    std::filesystem::create_directory(device.path(kOutputFile));
+
+    EXPECT_EQ(exportConfiguration(kOutputFile), 1);
+
+    EXPECT_THAT(out(), StartsWith(kDeclaration));
+    EXPECT_EQ(err(), "Unable to create ConfigurationXML file\n");
+}
+
+TEST_F(RunModes, ImportTakesAConfigurationAtTheTop) {
+    EXPECT_EQ(import(kConfiguration), 0);
+    EXPECT_THAT(locations(), ElementsAre(kRoof));
+}
+
+TEST_F(RunModes, ImportTakesConfigurationAndCamListOfABackup) {
+    EXPECT_EQ(import(std::string("<backup>") + kCamList + kConfiguration + "</backup>"), 0);
+    EXPECT_THAT(locations(), ElementsAre(kRoof));
+    EXPECT_THAT(cams(), ElementsAre(kCam));
+}
+
+TEST_F(RunModes, ImportOfABackupWithoutCamListIsComplete) {
+    EXPECT_EQ(import(std::string("<backup>") + kConfiguration + "</backup>"), 0);
+    EXPECT_THAT(locations(), ElementsAre(kRoof));
+}
+
+TEST_F(RunModes, ImportIgnoresACamListOutsideABackup) {
+    EXPECT_EQ(import(std::string(kConfiguration) + kCamList), 0);
+    EXPECT_THAT(locations(), ElementsAre(kRoof));
+    EXPECT_THAT(cams(), ElementsAre());
+}
+
+TEST_F(RunModes, ImportLeavesTheCamListOfAFailedConfigurationAlone) {
+    EXPECT_EQ(import(std::string("<backup>") + kRefused + kCamList + "</backup>"), 2);
+    EXPECT_THAT(cams(), ElementsAre());
+}
+
+TEST_F(RunModes, ImportReportsAFailedCamListAfterAStoredConfiguration) {
+    device.failOpens(tarvodb::kVsecureDatabase);
+    EXPECT_EQ(import(std::string("<backup>") + kConfiguration + kCamList + "</backup>"), 3);
+    EXPECT_EQ(err(), "Error: 102\n");
+    EXPECT_THAT(locations(), ElementsAre(kRoof));
+}
+
+TEST_F(RunModes, ImportComparesTheOuterNamesExactly) {
+    for (const char* text : {"<Configuration/>", "<Backup><configuration/></Backup>",
+                             "<backup><CONFIGURATION/></backup>", "<backup/><configuration/>"}) {
+        EXPECT_EQ(import(text), 1) << text;
+    }
+    EXPECT_EQ(import("<other/><configuration/>"), 0);
+}
+
+TEST_F(RunModes, ImportOfAMissingFileFindsNoConfiguration) {
+    EXPECT_EQ(importConfiguration("/tmp/nowhere.xml"), 1);
+    EXPECT_EQ(err(), kNoConfiguration);
+}
+
+TEST_F(RunModes, MalformedXmlIsThrownWithFileLineAndColumn) {
+    try {
+        import("<configuration>\n  < a/>\n</configuration>");
+        FAIL() << "accepted";
+    } catch (const document::ParseError& error) {
+        EXPECT_STREQ(error.what(), "/tmp/document.xml:2:4: expected element name");
+    }
+    EXPECT_FALSE(device.exists("/tmp/Errors_ConfigurationXML.xml"));
+}
+
+TEST_F(RunModes, ASuccessfulImportIsNotTriedAgain) {
+    device.writeFile(kDocument, kConfiguration);
+    EXPECT_EQ(importWithRetries(kDocument), 0);
+    EXPECT_THAT(device.sleeps(), ElementsAre());
+}
+
+TEST_F(RunModes, AFailedImportIsTriedThreeTimesEachFollowedByASecond) {
+    device.writeFile(kDocument, "<none/>");
+    EXPECT_EQ(importWithRetries(kDocument), 1);
+    EXPECT_EQ(err(), std::string(kNoConfiguration) + kNoConfiguration + kNoConfiguration);
+    EXPECT_THAT(device.sleeps(), ElementsAre("1", "1", "1"));
+}
+
+TEST_F(RunModes, ASecondTrySeesWhatTheFirstLeft) {
+    const std::string script = "/tarvo/script/WAN_from_DB.sh";
+    device.shellResults[script] = 256;
+    device.writeFile(kDocument,
+                     "<configuration><network><ip>10.0.0.9</ip></network></configuration>");
+
+    EXPECT_EQ(importWithRetries(kDocument), 0);
+
+    EXPECT_THAT(device.shellCommands(), ElementsAre(script));
+    EXPECT_THAT(device.sleeps(), ElementsAre("1"));
+    EXPECT_EQ(err(), "Error: 203\n");
+}
+
+}  // namespace
+
+}  // namespace app
