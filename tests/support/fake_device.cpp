@@ -37,8 +37,8 @@ const fs::path& emptyDatabases() {
                  {"config_global", "temp_global", "vsec_global", "remote_control"}) {
                 sqlite3* db = nullptr;
                 sqlite3_open((path / schema).c_str(), &db);
-                const std::string sql =
-                    contentOf(fs::path(TARVO_SIM_FOLDER) / "schema" / (schema + std::string(".sql")));
+                const std::string sql = contentOf(fs::path(TARVO_SIM_FOLDER) / "schema" /
+                                                  (schema + std::string(".sql")));
                 if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
                     throw std::runtime_error(sqlite3_errmsg(db));
                 }
@@ -56,7 +56,8 @@ const fs::path& emptyDatabases() {
 FakeDevice::FakeDevice() {
     std::string name = (fs::temp_directory_path() / "tarvo-test-XXXXXX").string();
     folder_ = mkdtemp(name.data());
-    for (const char* folder : {"tarvo/DB", "tarvo/conf/timezone", "tarvo/datosWeb/tablasSI", "tmp"}) {
+    for (const char* folder :
+         {"tarvo/DB", "tarvo/conf/timezone", "tarvo/datosWeb/tablasSI", "tmp"}) {
         fs::create_directories(folder_ / folder);
     }
     const std::pair<const char*, const char*> databases[] = {
@@ -85,6 +86,7 @@ fs::path FakeDevice::path(const std::string& devicePath) const {
 void FakeDevice::execute(const std::string& database, const std::string& sql) {
     sqlite3* db = nullptr;
     sqlite3_open(path(database).c_str(), &db);
+    sqlite3_exec(db, "PRAGMA synchronous = OFF", nullptr, nullptr, nullptr);
     char* message = nullptr;
     const int result = sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &message);
     EXPECT_EQ(result, SQLITE_OK) << (message == nullptr ? "" : message) << " in " << sql;
@@ -123,7 +125,9 @@ std::optional<std::string> FakeDevice::readFile(const std::string& devicePath) c
     return exists(devicePath) ? std::optional(contentOf(path(devicePath))) : std::nullopt;
 }
 
-bool FakeDevice::exists(const std::string& devicePath) const { return fs::exists(path(devicePath)); }
+bool FakeDevice::exists(const std::string& devicePath) const {
+    return fs::exists(path(devicePath));
+}
 
 void FakeDevice::removeFile(const std::string& devicePath) const {
     fs::remove_all(path(devicePath));
