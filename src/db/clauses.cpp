@@ -1,5 +1,7 @@
 #include "db/clauses.h"
 
+#include <string>
+
 namespace tarvodb {
 
 namespace {

@@ -2,7 +2,6 @@
 // and "_" and "%" in a value are wildcards.
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "db/operations.h"

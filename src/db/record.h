@@ -3,6 +3,7 @@
 
 #include <bitset>
 #include <cstddef>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>

@@ -5,7 +5,7 @@
 namespace tarvodb {
 
 void renameSiTableFiles(const std::string& oldId, const std::string& newId) {
-    for (const char* table : {"NIT_table_", "SDT_table_"}) {
+    for (const char* table : {kNitTable, kSdtTable}) {
         const std::string stem = std::string(kSiTableFolder) + table;
         platform::renameFile(stem + oldId, stem + newId);
     }

@@ -6,6 +6,9 @@
 namespace tarvodb {
 
 inline constexpr const char* kSiTableFolder = "/tarvo/datosWeb/tablasSI/";
+// A network's NIT is in the file of this name followed by the network identifier.
+inline constexpr const char* kNitTable = "NIT_table_";
+inline constexpr const char* kSdtTable = "SDT_table_";
 
 // Renames the NIT and SDT files of a network from its old to its new network identifier (as text)
 // and brings the change to the disk. A file that is not there is no error.

@@ -5,7 +5,6 @@
 
 #include <cstdlib>
 #include <memory>
-#include <string_view>
 #include <utility>
 #include <vector>
 

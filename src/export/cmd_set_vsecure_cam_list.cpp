@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 #include <syslog.h>
 
-#include <algorithm>
 #include <cctype>
 #include <string>
 #include <vector>

@@ -66,7 +66,7 @@ void appendTableVersions(CmdGetConfiguration& command, XmlNode* node, const std:
         appendVersion("InputVersionNIT", siTableFile("NIT_table_CPLUS"), kReceivedVersionByte);
         appendVersion("InputVersionBAT", siTableFile("BAT_table_CPLUS"), kReceivedVersionByte);
     }
-    const std::string outputNit = siTableFile("NIT_table_" + nid);
+    const std::string outputNit = siTableFile(tarvodb::kNitTable + nid);
     appendVersion("OutputVersionNIT", outputNit, kGeneratedVersionByte);
     if (const auto time = platform::modificationTime(outputNit)) {
         command.append(node, "OutputNITDate",

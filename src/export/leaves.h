@@ -1,7 +1,7 @@
 // How columns of a row become leaf elements.
 #pragma once
 
-#include <span>
+#include <vector>
 
 #include "db/record.h"
 #include "document/coded_texts.h"

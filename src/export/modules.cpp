@@ -3,6 +3,7 @@
 
 #include "db/clauses.h"
 #include "export/leaves.h"
+#include "export/module_kind.h"
 #include "export/sections.h"
 
 namespace tarvo_remote_control {
@@ -44,11 +45,6 @@ const char* cardRightsText(int hours) {
     return "Less than 24 hours";
 }
 
-bool hasCam(const Record<RedesModulos>& module) {
-    const int model = module[RedesModulos::Modelo].asInt();
-    return module[RedesModulos::Familia].asInt() == 36 && model != 2 && model != 13;
-}
-
 // The last row of a module counts; without a row the CAM reads as all empty.
 Record<CAMInfoGlobal> camInfo(const CmdGetConfiguration& command, const char* mac) {
     auto rows = doSelect<CAMInfoGlobal>(command.stateDb(), tarvodb::clause::kByMac, mac);
@@ -75,13 +71,15 @@ void appendCam(CmdGetConfiguration& command, XmlNode* node, const char* mac) {
 
 XmlNode* moduleElement(CmdGetConfiguration& command, const Record<RedesModulos>& module) {
     const char* mac = module[RedesModulos::MAC].textOrEmpty();
+    const int family = module[RedesModulos::Familia].asInt();
+    const int model = module[RedesModulos::Modelo].asInt();
     XmlNode* node = command.createNode("module");
     appendLeaves(command, node, module, kIdentityLeaves);
     if (!CmdGetConfiguration::device().isRNB()) {
         appendLeaves(command, node, module, kIdentityLeavesExceptRnb);
     }
     appendLeaf(command, node, module, {"serialNumber", RedesModulos::NumeroSerie});
-    if (hasCam(module)) {
+    if (tellsCam(family, model)) {
         appendCam(command, node, mac);
     }
     appendLeaf(command, node, module, {"hwVersion", RedesModulos::HWVersion});
@@ -93,8 +91,7 @@ XmlNode* moduleElement(CmdGetConfiguration& command, const Record<RedesModulos>&
     appendLeaf(command, node, module, {"dvbNetworkId", RedesModulos::RED});
     node->append_node(inputsSection(command, mac));
     node->append_node(outputsSection(command, mac, module[RedesModulos::ModoSalidaRF].asInt()));
-    node->append_node(servicesSection(command, mac, module[RedesModulos::Familia].asInt(),
-                                      module[RedesModulos::Modelo].asInt()));
+    node->append_node(servicesSection(command, mac, family, model));
     return node;
 }
 

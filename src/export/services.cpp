@@ -1,6 +1,7 @@
 // A module's output services with their elementary streams and live state.
 #include "db/clauses.h"
 #include "export/leaves.h"
+#include "export/module_kind.h"
 #include "export/sections.h"
 
 namespace tarvo_remote_control {
@@ -104,12 +105,12 @@ XmlNode* serviceElement(CmdGetConfiguration& command, const char* mac,
 }  // namespace
 
 XmlNode* servicesSection(CmdGetConfiguration& command, const char* mac, int family, int model) {
-    const bool isCamModule = family == 36 && model != 2;
+    const bool onCamModule = descramblesServices(family, model);
     XmlNode* section = command.createNode("services");
     for (const auto& service :
          tarvodb::doSelect<Service>(command.configDb(), tarvodb::clause::kByMac, mac)) {
         if (service[Service::SSU].asInt() == 0 && service[Service::EstadoBorrado].asInt() == 0) {
-            section->append_node(serviceElement(command, mac, service, isCamModule));
+            section->append_node(serviceElement(command, mac, service, onCamModule));
         }
     }
     return section;

@@ -43,7 +43,7 @@ bool saveIfChanged(CmdSetConfiguration& command, Change<Table>& change,
     if (!change.changed) {
         return true;
     }
-    change.row.set(status, 1);
+    change.row.set(status, mark::kChanged);
     return updateRecord(command, change.row, message);
 }
 

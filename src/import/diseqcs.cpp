@@ -47,7 +47,7 @@ Record<DiSEqCGlobal> newDiseqc(const char* id) {
     diseqc.put(DiSEqCGlobal::Orbita, 0);
     diseqc.put(DiSEqCGlobal::Polaridad, 0);
     diseqc.put(DiSEqCGlobal::Banda, 0);
-    diseqc.put(DiSEqCGlobal::Estado, 1);
+    diseqc.put(DiSEqCGlobal::Estado, mark::kChanged);
     return diseqc;
 }
 

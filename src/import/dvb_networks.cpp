@@ -141,7 +141,7 @@ class NetworkChange {
         if (field.label != nullptr) {
             log_ += field.label + network_[field.column].asString() + ",";
         }
-        network_.set(RedesCabecera::estado, 1);
+        network_.set(RedesCabecera::estado, mark::kChanged);
     }
 
     Record<RedesCabecera>& network_;
@@ -151,7 +151,7 @@ class NetworkChange {
 Record<RedesCabecera> newNetwork(const char* id) {
     Record<RedesCabecera> network;
     network.put(RedesCabecera::idRed, id);
-    network.put(RedesCabecera::estado, 1);
+    network.put(RedesCabecera::estado, mark::kChanged);
     return network;
 }
 

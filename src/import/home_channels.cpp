@@ -34,7 +34,7 @@ Record<HomeChannels> newHomeChannel(const char* id) {
     channel.put(HomeChannels::SymbolRate, 27500);
     channel.put(HomeChannels::ONID, 1);
     channel.put(HomeChannels::TSID, 1072);
-    channel.put(HomeChannels::Estado, 1);
+    channel.put(HomeChannels::Estado, mark::kChanged);
     return channel;
 }
 

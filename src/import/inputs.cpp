@@ -1,7 +1,6 @@
 // A module's inputs with their tuners.
 #include <syslog.h>
 
-#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -9,9 +8,9 @@
 
 #include "db/clauses.h"
 #include "document/input_type.h"
-#include "document/settings.h"
 #include "import/child_rules.h"
 #include "import/required_child.h"
+#include "import/satellite_tuning.h"
 #include "import/sections.h"
 #include "platform/debug_log.h"
 
@@ -19,8 +18,6 @@ namespace tarvo_remote_control {
 
 using document::InputType;
 using document::XmlNode;
-using tarvodb::configuracionWebGlobal;
-using tarvodb::DiSEqCGlobal;
 using tarvodb::EntradasGlobal;
 using tarvodb::NimCOFDMGlobal;
 using tarvodb::NimGlobal;
@@ -111,13 +108,8 @@ bool failOnInputValue(CmdSetConfiguration& command, const char* element) {
                        error::kModuleInput);
 }
 
-// The first satellite tuner of an input, if it has one. Read anew, so that it is what is stored.
-std::optional<Record<NimGlobal>> satelliteTuner(const CmdSetConfiguration& command,
-                                                const Record<EntradasGlobal>& input) {
-    auto rows = tarvodb::selectByFkIdEntradasGlobal(command.db(), input.key());
-    return rows.empty() ? std::nullopt : std::optional(std::move(rows.front()));
-}
-
+// The first tuner row of an input, if it has one. Read anew each time, so that it is what is
+// stored.
 template <class Table>
 std::optional<Record<Table>> tuner(const CmdSetConfiguration& command,
                                    const Record<EntradasGlobal>& input) {
@@ -149,16 +141,6 @@ Record<EntradasGlobal>* inputNumbered(std::vector<Record<EntradasGlobal>>& input
     return rowWithNumber(inputs, EntradasGlobal::fk_idEntrada, number);
 }
 
-bool isFedThroughLoop(const Record<NimGlobal>& satellite) {
-    return satellite[NimGlobal::RFIN_LOOP].asInt() == 1;
-}
-
-// Input 2 can be fed through input 1's loop: it then shares input 1's DiSEqC position and band.
-void followLoop(Change<NimGlobal>& second, const Record<NimGlobal>& first) {
-    second.copy(NimGlobal::DiSEqC, first[NimGlobal::DiSEqC]);
-    second.copy(NimGlobal::banda_FI, first[NimGlobal::banda_FI]);
-}
-
 enum class Outcome {
     stored,
     failed,  // the section fails
@@ -167,10 +149,6 @@ enum class Outcome {
     // so that the import is stored.
     outOfRange,
 };
-
-// The intermediate frequencies that a satellite tuner receives, in MHz, both included.
-constexpr int kLowestIntermediateFrequency = 950;
-constexpr int kHighestIntermediateFrequency = 2150;
 
 // Writes one `input` element.
 class InputImport {
@@ -293,8 +271,9 @@ class InputImport {
     Outcome save() {
         bool saved = saveIfChanged(command_, input_, EntradasGlobal::Estado, "Could not update eg");
         if (satelliteChanged()) {
-            satellite_->row.set(NimGlobal::Estado, 1);
-            if (!tuneSatellite()) {
+            satellite_->row.set(NimGlobal::Estado, mark::kChanged);
+            takeOverFromLoop();
+            if (!tuneSatellite(command_, *satellite_, frequencyGiven_)) {
                 return saved ? Outcome::outOfRange : Outcome::failed;
             }
             saved &= updateRecord(command_, satellite_->row, "Could not update nim");
@@ -310,58 +289,18 @@ class InputImport {
         return saved ? Outcome::stored : Outcome::failed;
     }
 
-    // Brings DiSEqC position, band and the two frequencies of the satellite tuner in line. False
-    // when the frequency is out of range: see Outcome::outOfRange.
-    bool tuneSatellite() {
-        if (inputId_ == 2 && isFedThroughLoop(satellite_->row)) {
-            if (const auto first = firstInputsSatelliteTuner()) {
-                followLoop(*satellite_, *first);
-            }
+    // Lets input 2 follow input 1 when it is fed through input 1's loop.
+    void takeOverFromLoop() {
+        if (inputId_ != 2 || !isFedThroughLoop(satellite_->row)) {
+            return;
         }
-        const auto positions =
-            tarvodb::doSelect<DiSEqCGlobal>(command_.db(), tarvodb::clause::kByDiseqcPosition,
-                                            satellite_->row[NimGlobal::DiSEqC].textOrEmpty());
-        if (!positions.empty()) {
-            satellite_->copy(NimGlobal::banda_FI, positions.front()[DiSEqCGlobal::Banda]);
+        const auto* firstInput = inputNumbered(inputs_, 1);
+        if (firstInput == nullptr) {
+            return;
         }
-        const auto oscillator = oscillatorFrequency();
-        return !oscillator || setFrequencies(*oscillator);
-    }
-
-    [[nodiscard]] std::optional<Record<NimGlobal>> firstInputsSatelliteTuner() const {
-        const auto* first = inputNumbered(inputs_, 1);
-        return first == nullptr ? std::nullopt : satelliteTuner(command_, *first);
-    }
-
-    // The local oscillator of the tuner's band in MHz; nothing when it is not set up.
-    [[nodiscard]] std::optional<int> oscillatorFrequency() const {
-        const bool highBand = satellite_->row[NimGlobal::banda_FI].asInt() == 1;
-        const auto settings = tarvodb::selectByNombre(
-            command_.db(), tarvodb::tSqlite3parent(highBand ? document::kHighBandOscillatorKey
-                                                            : document::kLowBandOscillatorKey));
-        return settings.empty()
-                   ? std::nullopt
-                   : std::optional(settings.front()[configuracionWebGlobal::valor].asInt());
-    }
-
-    // With a frequency given, the intermediate frequency follows it; otherwise the received
-    // frequency follows the stored intermediate one. Wide sums: a document may give any number.
-    bool setFrequencies(int oscillator) {
-        Record<NimGlobal>& row = satellite_->row;
-        if (!frequencyGiven_) {
-            const auto received = std::int64_t{row[NimGlobal::Frequency].asInt()} + oscillator;
-            row.set(NimGlobal::fe, static_cast<int>(received));
-            return true;
+        if (const auto first = tuner<NimGlobal>(command_, *firstInput)) {
+            followLoop(*satellite_, *first);
         }
-        const auto intermediate = std::int64_t{row[NimGlobal::fe].asInt()} - oscillator;
-        if (intermediate < kLowestIntermediateFrequency ||
-            intermediate > kHighestIntermediateFrequency) {
-            return fail(command_, error::kModuleInput,
-                        "Resulting intermediate frequency is out of range. Please check frequency "
-                        "and diseqc/band/rfLoop values.");
-        }
-        row.set(NimGlobal::Frequency, static_cast<int>(intermediate));
-        return true;
     }
 
     CmdSetConfiguration& command_;
@@ -421,15 +360,15 @@ class InputsImport {
 
     [[nodiscard]] Tuners tunersOf(const Record<EntradasGlobal>& input) const {
         Tuners tuners;
-        tuners.satellite = satelliteTuner(command_, input);
+        tuners.satellite = tuner<NimGlobal>(command_, input);
         tuners.terrestrial = tuner<NimCOFDMGlobal>(command_, input);
         tuners.cable = tuner<NimQAMGlobal>(command_, input);
         return tuners;
     }
 
     // After a change of input 1's satellite tuner, an input 2 that is fed through its loop takes
-    // over DiSEqC position and band, as far as the module's inputs are satellite ones. Its
-    // frequencies are not computed anew.
+    // over DiSEqC position and band. The first input that is not a satellite one ends the search.
+    // The frequencies of input 2 are not computed anew.
     bool updateLoopedInput() {
         platform::debugLog(LOG_DEBUG, "input 1 changed, need to check input 2");
         std::optional<Record<NimGlobal>> first;
@@ -441,9 +380,9 @@ class InputsImport {
             }
             const int number = input[EntradasGlobal::fk_idEntrada].asInt();
             if (number == 1) {
-                first = satelliteTuner(command_, input);
+                first = tuner<NimGlobal>(command_, input);
             } else if (number == 2) {
-                second = satelliteTuner(command_, input);
+                second = tuner<NimGlobal>(command_, input);
             }
         }
         if (!first || !second || !isFedThroughLoop(*second)) {

@@ -1,11 +1,12 @@
 // Elements that stand for one row each, found by the row's key.
 #pragma once
 
-#include <vector>
+#include <utility>
 
 #include "db/operations.h"
 #include "document/coded_texts.h"
 #include "import/cmd_set_configuration.h"
+#include "import/status_marks.h"
 
 namespace tarvo_remote_control {
 
@@ -16,7 +17,8 @@ struct TextField {
     typename Table::Column column;
 };
 
-// An element whose text stands for 0 or 1. A text that is not in the table counts as 1.
+// An element whose text stands for 0 or 1. A text that is not in the table counts as 1, unless the
+// handler refuses it before.
 template <class Table>
 struct CodedField {
     const char* element;
@@ -52,7 +54,7 @@ void setFields(tarvodb::Record<Table>& row, const document::XmlNode& element,
         }
     }
     if (changed) {
-        row.set(Table::Estado, 1);
+        row.set(Table::Estado, mark::kChanged);
     }
 }
 

@@ -1,5 +1,4 @@
 // A module's logical outputs with their RF modulators.
-#include <optional>
 #include <string>
 #include <vector>
 

@@ -6,7 +6,6 @@
 
 #include "db/clauses.h"
 #include "import/sections.h"
-#include "import/status_marks.h"
 #include "import/table_writes.h"
 
 namespace tarvo_remote_control {

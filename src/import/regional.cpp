@@ -66,7 +66,7 @@ std::optional<RegionalSettings> readSettings() {
 
 std::string offsetsCommand(const std::string& country) {
     std::string command = "/tarvo/script/get_time_offsets.sh 0";
-    const auto zones = timeZonesOf(country);
+    const TimeZones& zones = timeZonesOf(country);
     for (const char* zone : zones) {
         command += std::string(" \"") + zone + "\"";
     }

@@ -83,14 +83,15 @@ bool write(CmdSetConfiguration& command, Record<Table>& record, bool isNew,
     if (isNew) {
         return insertRecord(command, record, insertMessage);
     }
-    return record[Table::Estado].asInt() != 1 || updateRecord(command, record, updateMessage);
+    return record[Table::Estado].asInt() != mark::kChanged ||
+           updateRecord(command, record, updateMessage);
 }
 
 Record<ScramblingGlobal> newSystem() {
     Record<ScramblingGlobal> system;
     system.put(ScramblingGlobal::ScramblingName, kSystem);
     system.put(ScramblingGlobal::Mode, 0);
-    system.put(ScramblingGlobal::Estado, 1);
+    system.put(ScramblingGlobal::Estado, mark::kChanged);
     return system;
 }
 
@@ -100,7 +101,7 @@ bool writeSystem(CmdSetConfiguration& command, const GivenScrambling& given) {
     const bool isNew = stored.empty();
     Record<ScramblingGlobal> system = isNew ? newSystem() : std::move(stored.front());
     if (given.active && system.setIfOtherNumber(ScramblingGlobal::Mode, *given.active)) {
-        system.set(ScramblingGlobal::Estado, 1);
+        system.set(ScramblingGlobal::Estado, mark::kChanged);
     }
     return write(command, system, isNew, "Could not insert ScramblingG",
                  "Could not update ScramblingG");
@@ -116,7 +117,7 @@ Record<ScramblingKeysGlobal> newKeys() {
          {Keys::Odd, Keys::Even, Keys::K_Shared, Keys::EK_Odd, Keys::EK_Even, Keys::Date}) {
         keys.put(text, "");
     }
-    keys.put(Keys::Estado, 1);
+    keys.put(Keys::Estado, mark::kChanged);
     return keys;
 }
 
@@ -139,7 +140,7 @@ void setKeys(Record<ScramblingKeysGlobal>& keys, const GivenScrambling& given) {
     changed |= setControlWord(Keys::Even, Keys::EK_Even, given.evenKey);
     changed |= setText(Keys::Date, given.date);
     if (changed) {
-        keys.set(Keys::Estado, 1);
+        keys.set(Keys::Estado, mark::kChanged);
     }
 }
 

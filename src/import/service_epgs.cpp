@@ -1,5 +1,4 @@
 // The services of the programme guide, rebuilt from the document.
-#include <optional>
 #include <string>
 
 #include "document/coded_texts.h"

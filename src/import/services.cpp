@@ -11,7 +11,6 @@
 #include "import/child_rules.h"
 #include "import/required_child.h"
 #include "import/sections.h"
-#include "import/status_marks.h"
 
 namespace tarvo_remote_control {
 

@@ -8,6 +8,7 @@
 #include "db/operations.h"
 #include "import/cmd_set_configuration.h"
 #include "import/reporting.h"
+#include "import/status_marks.h"
 
 namespace tarvo_remote_control {
 
