@@ -10,8 +10,9 @@ namespace app {
 // Where the export is written besides standard output.
 inline constexpr const char* kOutputFile = "/tmp/ConfigurationXML.xml";
 
-// Prints the configuration document and writes it to `outputPath`. On an error nothing is printed
-// and an earlier output file stays.
+// Prints the configuration document and writes it to `outputPath`. When a command recorded an error
+// nothing is printed and an earlier output file stays; a file that cannot be created is reported
+// after the document was printed.
 int exportConfiguration(const std::string& outputPath);
 
 // One try of writing the document in file `path` back. Throws document::ParseError, its message

@@ -72,8 +72,9 @@ class Command {
     // Inserts or updates the command's row, or removes it when the status is toBeRemoved. False
     // when nothing was stored; a removal counts as done whatever became of it.
     bool save();
-    // Takes the state from a stored row; the result document too when the command is done. Throws
-    // document::ParseError when the stored result is no XML.
+    // Takes row id, due time, schedule and status from a stored row, and the result document when
+    // the command is done; command id and command document stay. Throws document::ParseError when
+    // the stored result is no XML.
     void load(const tarvodb::Record<tarvodb::RCCommand>& record);
 
   protected:

@@ -32,6 +32,7 @@ class ResultDocument {
     void reset();
 
     void setCommandId(int id);
+    // What a command says of its own outcome; toXml replaces it by its own 1 or 0.
     void setResult(int value);
     void appendToData(document::XmlNode* element);
 

@@ -57,8 +57,9 @@ bool deleteId(const Row& row, sqlite3* db);
 }  // namespace core
 
 // The rows of the table, in the order that SQLite returns. `clause` is a format text that is
-// appended to the select (null for none); `arguments` fill its %Q and %q directives, a null one is
-// SQL NULL for %Q. A failed select gives no rows, like an empty table.
+// appended to the select (null for none) and must not come from outside the program; `arguments`
+// fill its %Q and %q directives, a null one is SQL NULL for %Q. A failed select gives no rows, like
+// an empty table, after six seconds.
 template <class Table, std::convertible_to<const char*>... Arguments>
 std::vector<Record<Table>> doSelect(sqlite3* db, const char* clause = nullptr,
                                     Arguments... arguments) {

@@ -26,7 +26,9 @@ class DeviceIdentity {
 
     // Fills what is still empty from the scripts, and the settings from the configuration
     // database, whose faults only leave the previous values in place. Returns whether anything
-    // changed (always for the first load). Throws ReadConfigError when a script gives nothing.
+    // changed (always for the first load). Throws ReadConfigError when a script does not answer
+    // with a value and OK, or the host name is empty. Takes 12 seconds when the database cannot be
+    // read.
     bool load();
 
     [[nodiscard]] bool isRemoteControlActive() const { return remoteControlActive_; }

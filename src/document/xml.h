@@ -32,14 +32,15 @@ void parseCopy(XmlDocument& document, const std::string& text);
 // The tree as text, indented unless `flags` has kNoIndenting.
 std::string printed(const XmlNode& node, int flags = 0);
 
-// The text of an element, "" when it has none: its first plain text, or its CDATA section when it
-// begins with one. Lives as long as the tree.
+// The text of an element, "" when it has none: its first plain text or, without one, the CDATA
+// section that it begins with. Lives as long as the tree.
 const char* textOf(const XmlNode& node);
 
 // The text of an element read as a decimal integer, 0 when it is no number.
 int numberOf(const XmlNode& node);
 
-// Names in imported documents are compared without regard to letter case.
+// Names in imported documents are compared without regard to letter case, but for the outermost
+// ones (findSibling).
 bool sameText(const char* a, const char* b);
 bool hasName(const XmlNode& node, const char* name);
 

@@ -30,7 +30,7 @@ class CmdGetConfiguration : public Command {
 
     // For the section writers:
 
-    // Open while execute runs.
+    // Open while the sections are built.
     [[nodiscard]] sqlite3* configDb() const { return configDb_.get(); }
     [[nodiscard]] sqlite3* stateDb() const { return stateDb_.get(); }
 

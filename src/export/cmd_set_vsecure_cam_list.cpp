@@ -99,7 +99,7 @@ bool CmdSetVsecureCAMList::apply(const XmlNode* list, bool partial) {
         return fail(error::kDatabase);
     }
     db.reset();
-    // RNB-K408 regenerates its keys when the scrambling settings change, the others here.
+    // RNB-K408 regenerates its keys after an import of scrambling settings, the others here.
     if (!DeviceIdentity::instance().isRNB() && platform::runShell(kRegenerateScramblingKeys) != 0) {
         return fail(error::kScramblingKey);
     }

@@ -1,5 +1,6 @@
 // The section writers: each reads the rows that its section stands for and returns the section's
-// new, unattached element.
+// new, unattached element, which the command's result document owns. A failed select gives a
+// section without rows.
 #pragma once
 
 #include "export/cmd_get_configuration.h"

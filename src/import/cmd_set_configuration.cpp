@@ -126,7 +126,7 @@ bool CmdSetConfiguration::runPostActions() {
         return fail(*this, error::kNetwork);
     }
     if (isRequested(PostAction::regional)) {
-        applyCountryChanged();  // reports to the system log alone
+        applyCountryChanged();  // its failure is no error of the import
     }
     if (isRequested(PostAction::scramblingKeys) && DeviceIdentity::instance().isRNB() &&
         platform::runShell(kRegenerateScramblingKeys) != 0) {

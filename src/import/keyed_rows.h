@@ -26,7 +26,8 @@ struct CodedField {
     document::CodeTable texts;
 };
 
-// The first row that `clause` finds for `id`, otherwise what `newRow` makes of `id`.
+// The first row that `clause` finds for `id`, otherwise what `newRow` makes of `id`; the latter
+// also when the select fails.
 template <class Table>
 tarvodb::Record<Table> storedOrNew(const CmdSetConfiguration& command, const char* clause,
                                    const char* id,

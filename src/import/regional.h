@@ -4,8 +4,10 @@
 namespace tarvo_remote_control {
 
 // Brings the device's clock in line with the stored regional settings: the time-zone file, the
-// file that the Time Offset Table is built from, and the scheduler. Failures go to the system log
-// and leave the files written so far in place. Returns whether everything succeeded.
+// file that the Time Offset Table is built from, and the scheduler. A failure leaves the files
+// written so far in place and goes to the system log, but for a database that does not open, a
+// setting that is missing and a time-zone file that cannot be written. Returns whether everything
+// succeeded.
 bool applyCountryChanged();
 
 }  // namespace tarvo_remote_control

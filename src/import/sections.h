@@ -1,7 +1,7 @@
 // The section handlers: each writes one section of a document into the configuration database,
 // inside the import's transaction. False when the section failed and the caller must roll back;
 // what went wrong is recorded and logged then, but for failed writes of maturityRating and
-// maintenances.
+// maintenances (neither) and a refused LCN (only recorded).
 #pragma once
 
 #include "import/cmd_set_configuration.h"

@@ -70,7 +70,7 @@ constexpr Rule kRules[] = {
     {{"videoPeakBitrate", Service::Video_peak_bitrate, Compare::number, "videoPeakBitrate: "}},
 };
 
-// Of a service that has no row yet; newService sets the other columns, but for the key.
+// Of a service that has no row yet; newService adds what the element and its module tell.
 struct Default {
     Service::Column column;
     int value;
@@ -179,7 +179,7 @@ class ServiceImport {
             return true;
         }
         if (lcn < 1) {
-            // The one refusal that the import does not log.
+            // The one refusal of a configuration that is not logged.
             command_.addError(error::kInvalidValue, "LCN value cannot be 0");
             return false;
         }

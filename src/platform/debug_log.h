@@ -5,7 +5,8 @@
 
 namespace platform {
 
-// Process-wide debug mask. Nothing in the program sets it: a debugger or a special build does.
+// Process-wide debug mask. Nothing in the program sets it; it is there for a developer's build or
+// debugger, and its lines are part of the contract then.
 inline unsigned debugMask = 0;
 
 // The bit of debugMask that turns debugLog on.

@@ -20,7 +20,8 @@ namespace platform {
 sqlite3* openDatabase(const std::string& path);
 
 // Opens the SQLite file at `path` with SQLite itself and returns SQLite's result code. SQLite
-// hands out a handle also when it fails; the caller owns it either way.
+// hands out a handle also when it fails; the caller owns it either way. For the device identity,
+// which is read from such a handle too.
 int openDatabaseFile(const std::string& path, sqlite3** db);
 
 // Null is ignored.
@@ -36,7 +37,8 @@ int getTable(sqlite3* db, const char* sql, char*** cells, int* rows, int* column
 
 // --- Processes -------------------------------------------------------------------------------
 
-// Runs `command` through the shell, waits for it and returns the result of system(): 0 is success.
+// Runs `command` through the shell, waits for it and returns the result of system(), a wait status:
+// 0 is success, 256 an exit status of 1.
 int runShell(const std::string& command);
 
 // Runs `command` through the shell and returns the first lines of its output, line ends included.
@@ -51,7 +53,8 @@ void sleepSeconds(unsigned seconds);
 // The whole content, or nothing when the file cannot be opened.
 std::optional<std::string> readFile(const std::string& path);
 
-// Replaces the file's content. False when it cannot be opened for writing.
+// Replaces the file's content. False when it cannot be opened for writing; that a full disk took
+// only part of the content is not told.
 bool writeFile(const std::string& path, const std::string& content);
 
 // Failures of these two are ignored: a file that is not there needs no work.
