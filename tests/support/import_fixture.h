@@ -54,6 +54,13 @@ struct Outcome {
 
 class ImportTest : public DeviceTest {
   protected:
+    // Runs statements on the configuration database.
+    void rows(const std::string& sql) { device.execute(tarvodb::kConfigDatabase, sql); }
+
+    [[nodiscard]] std::vector<Row> stored(const std::string& select) const {
+        return device.query(tarvodb::kConfigDatabase, select);
+    }
+
     // Imports a `configuration` element with these children. What happened on the device before is
     // forgotten, so that statements() and the like are those of this import.
     void importConfiguration(const std::string& sections) {
@@ -69,18 +76,21 @@ class ImportTest : public DeviceTest {
     [[nodiscard]] const std::string& result() const { return outcome().result; }
     [[nodiscard]] const std::set<int>& codes() const { return outcome().codes; }
 
-    // "59: ..." the error lines, "61: ..." the lines of changes.
+    // The log lines of errors and of accepted changes, with their priorities.
+    [[nodiscard]] std::vector<std::string> errorLines() const { return logLinesOf("59: "); }
+    [[nodiscard]] std::vector<std::string> changeLines() const { return logLinesOf("61: "); }
+
+  private:
     [[nodiscard]] std::vector<std::string> logLinesOf(const std::string& priority) const {
         std::vector<std::string> lines;
         for (const std::string& line : device.logLines()) {
-            if (line.starts_with(priority + ": ")) {
+            if (line.starts_with(priority)) {
                 lines.push_back(line);
             }
         }
         return lines;
     }
 
-  private:
     [[nodiscard]] const Outcome& outcome() const { return outcome_.value(); }
 
     std::optional<Outcome> outcome_;

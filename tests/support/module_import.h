@@ -16,13 +16,6 @@ class ModuleImportTest : public ImportTest {
   protected:
     static constexpr const char* kMac = "02:00:00:00:00:11";
 
-    // Runs statements on the configuration database.
-    void rows(const std::string& sql) { device.execute(tarvodb::kConfigDatabase, sql); }
-
-    [[nodiscard]] std::vector<Row> stored(const std::string& select) const {
-        return device.query(tarvodb::kConfigDatabase, select);
-    }
-
     // A module of the headend, of family 36 and model 2 unless told otherwise.
     void addModule(int id, const std::string& mac, int family = 36, int model = 2, int master = 1) {
         rows(
@@ -60,9 +53,6 @@ class ModuleImportTest : public ImportTest {
                    sql.starts_with("DELETE ");
         });
     }
-
-    [[nodiscard]] std::vector<std::string> errorLines() const { return logLinesOf("59"); }
-    [[nodiscard]] std::vector<std::string> changeLines() const { return logLinesOf("61"); }
 
     // The import failed with this error alone, recorded with its code and logged with
     // `loggedCode` (0: the same), and was rolled back.

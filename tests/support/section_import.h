@@ -16,13 +16,6 @@ class SectionImportTest : public ImportTest {
   protected:
     SectionImportTest() { becomeModel("QRA-310"); }
 
-    // Runs statements on the configuration database.
-    void rows(const std::string& sql) { device.execute(tarvodb::kConfigDatabase, sql); }
-
-    [[nodiscard]] std::vector<Row> stored(const std::string& select) const {
-        return device.query(tarvodb::kConfigDatabase, select);
-    }
-
     // The one cell of a select, "NULL" for SQL NULL.
     [[nodiscard]] std::string cell(const std::string& select) const {
         const auto found = stored(select);
@@ -54,9 +47,6 @@ class SectionImportTest : public ImportTest {
         }
         return found;
     }
-
-    [[nodiscard]] std::vector<std::string> errorLines() const { return logLinesOf("59"); }
-    [[nodiscard]] std::vector<std::string> changeLines() const { return logLinesOf("61"); }
 
     void expectSuccess() {
         EXPECT_EQ(errors(), std::vector<std::string>());
