@@ -1,6 +1,5 @@
 """The program is killed in the middle of an import: the database is then wholly old or new."""
 
-import contextlib
 import fcntl
 import sys
 import termios
@@ -193,16 +192,19 @@ class CrashTest(EndToEndTest):
         device.path(DOCUMENT_FILE).write_bytes(changed_document())
         running = device.start(PROGRAM, [DOCUMENT_FILE], env={"TZ": "UTC"})
         time.sleep(seconds)
-        with contextlib.suppress(ProcessLookupError):  # it may just have ended
-            running.kill()
-        self.assertIn(running.wait(60).status, (0, KILLED))
+        running.kill()
+        status = running.wait(60).status
+        self.assertIn(status, (0, KILLED))  # it may just have ended
         self.assertIn(tables(device), (before, after))
         self.assertTables(after, self.imported(device))
+        self.statuses.append(status)
 
     def test_killed_at_any_moment(self) -> None:
+        self.statuses: list[int] = []
         device = self.device("QRA-310")
         before, after = tables(device), self.imported(device)
         self.each(self.at_a_moment, [(0.004 * number, before, after) for number in range(40)])
+        self.assertIn(KILLED, self.statuses)
 
 
 if __name__ == "__main__":
