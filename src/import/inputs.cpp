@@ -352,9 +352,9 @@ class InputsImport {
             fail(command_, error::kModuleInput, "Input could not be found");
             return Outcome::failed;
         }
-        InputImport import(command_, inputs_, *input, tuners, *inputId, inputType);
-        const Outcome outcome = import.apply(element);
-        firstInputChanged_ |= *inputId == 1 && import.satelliteChanged();
+        InputImport inputImport(command_, inputs_, *input, tuners, *inputId, inputType);
+        const Outcome outcome = inputImport.apply(element);
+        firstInputChanged_ |= *inputId == 1 && inputImport.satelliteChanged();
         return outcome;
     }
 
