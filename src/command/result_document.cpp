@@ -12,7 +12,7 @@ namespace tarvo_remote_control {
 
 using document::XmlNode;
 
-ResultDocument::ResultDocument() { completeShape(appendNew(&document_, "commandResult")); }
+ResultDocument::ResultDocument() { completeShape(); }
 
 XmlNode* ResultDocument::createNode(const char* name, const char* value) {
     return document_.allocate_node(rapidxml::node_element, document_.allocate_string(name),
@@ -30,7 +30,8 @@ XmlNode* ResultDocument::childOrNew(XmlNode* parent, const char* name, const cha
     return child == nullptr ? appendNew(parent, name, value) : child;
 }
 
-void ResultDocument::completeShape(XmlNode* commandResult) {
+void ResultDocument::completeShape() {
+    XmlNode* commandResult = childOrNew(&document_, "commandResult");
     const DeviceIdentity& device = DeviceIdentity::instance();
     childOrNew(commandResult, "id", device.getHostName().c_str());
     childOrNew(commandResult, "mac", device.getMac().c_str());
@@ -76,16 +77,12 @@ void ResultDocument::loadXml(const std::string& text) {
         document::parseCopy(document_, text);
     } catch (const document::ParseError&) {
         document_.remove_all_nodes();
-        completeShape(appendNew(&document_, "commandResult"));
+        completeShape();
         throw;
     }
-    XmlNode* commandResult = findChild(document_, "commandResult");
-    if (commandResult == nullptr) {
-        completeShape(appendNew(&document_, "commandResult"));
-        return;
-    }
-    const bool hasErrors = findChild(*commandResult, "errors") != nullptr;
-    completeShape(commandResult);
+    const XmlNode* loaded = findChild(document_, "commandResult");
+    const bool hasErrors = loaded != nullptr && findChild(*loaded, "errors") != nullptr;
+    completeShape();
     if (hasErrors) {
         readErrorCodes();
     }

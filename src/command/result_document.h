@@ -51,7 +51,8 @@ class ResultDocument {
                                  const char* value = nullptr);
     document::XmlNode* childOrNew(document::XmlNode* parent, const char* name,
                                   const char* value = nullptr);
-    void completeShape(document::XmlNode* commandResult);
+    // Appends what the document lacks, and finds the elements that change later.
+    void completeShape();
     void readErrorCodes();
     void setText(document::XmlNode* node, int value);
 

@@ -51,6 +51,15 @@ bool tryThreeTimes(const char* operation, Statement statement, FaultText faultTe
     return false;
 }
 
+// The same for a statement without rows.
+template <class FaultText>
+bool executeThreeTimes(const char* operation, sqlite3* db, const std::string& sql,
+                       FaultText faultText) {
+    return tryThreeTimes(
+        operation, [&](char** message) { return platform::executeSql(db, sql.c_str(), message); },
+        faultText);
+}
+
 std::string attemptText(const std::string& text, int attempt) {
     return text + std::to_string(attempt);
 }
@@ -111,13 +120,11 @@ bool insert(Row& row, sqlite3* db) {
     }
     const std::string sql = std::string("INSERT INTO ") + table.name + " (" +
                             joinedColumnNames(table) + ")  VALUES (" + values + " )";
-    const bool inserted = tryThreeTimes(
-        "insert", [&](char** message) { return platform::executeSql(db, sql.c_str(), message); },
-        [&](int code, int attempt) {
-            return codedAttemptText(
-                code,
-                std::string("inserting register in table ") + table.name + " . Attempt: ", attempt);
-        });
+    const bool inserted = executeThreeTimes("insert", db, sql, [&](int code, int attempt) {
+        return codedAttemptText(
+            code,
+            std::string("inserting register in table ") + table.name + " . Attempt: ", attempt);
+    });
     if (inserted) {
         // Row ids are 32-bit numbers on the device.
         const auto rowId = static_cast<std::int32_t>(sqlite3_last_insert_rowid(db));
@@ -138,7 +145,7 @@ bool update(Row& row, sqlite3* db) {
         std::string text = row.value(column).asString();
         if (const std::size_t percent = text.find('%'); percent != std::string::npos) {
             text[percent] = ' ';
-            row.replaceText(column, std::move(text));
+            row.putValue(column, tSqlite3parent(std::move(text)));
         }
         assignments += assignments.empty() ? "" : ",";
         assignments += " " + std::string(table.columns[column].name) + " = " +
@@ -149,13 +156,11 @@ bool update(Row& row, sqlite3* db) {
     }
     const std::string sql =
         std::string("UPDATE ") + table.name + " SET " + assignments + keyCondition(row);
-    const bool updated = tryThreeTimes(
-        "update", [&](char** message) { return platform::executeSql(db, sql.c_str(), message); },
-        [&](int, int attempt) {
-            return attemptText(std::string("Error actualizando datos registro en tabla ") +
-                                   table.name + " . intento: ",
-                               attempt);
-        });
+    const bool updated = executeThreeTimes("update", db, sql, [&](int, int attempt) {
+        return attemptText(std::string("Error actualizando datos registro en tabla ") + table.name +
+                               " . intento: ",
+                           attempt);
+    });
     if (updated) {
         row.clearModified();
     }
@@ -164,9 +169,9 @@ bool update(Row& row, sqlite3* db) {
 
 bool deleteAll(const TableInfo& table, sqlite3* db, bool vacuum) {
     const std::string sql = std::string("DELETE FROM ") + table.name;
-    const bool deleted = tryThreeTimes(
-        "deleteAll", [&](char** message) { return platform::executeSql(db, sql.c_str(), message); },
-        [&](int, int) { return std::string("Error eliminando la tabla ") + table.name; });
+    const bool deleted = executeThreeTimes("deleteAll", db, sql, [&](int, int) {
+        return std::string("Error eliminando la tabla ") + table.name;
+    });
     if (deleted && vacuum) {
         platform::executeSql(db, "vacuum", nullptr);
     }
@@ -176,13 +181,11 @@ bool deleteAll(const TableInfo& table, sqlite3* db, bool vacuum) {
 bool deleteId(const Row& row, sqlite3* db) {
     const TableInfo& table = row.table();
     const std::string sql = std::string("DELETE FROM ") + table.name + keyCondition(row);
-    return tryThreeTimes(
-        "deleteId", [&](char** message) { return platform::executeSql(db, sql.c_str(), message); },
-        [&](int code, int attempt) {
-            return codedAttemptText(
-                code,
-                std::string("borrando registro en tabla ") + table.name + " . intento: ", attempt);
-        });
+    return executeThreeTimes("deleteId", db, sql, [&](int code, int attempt) {
+        return codedAttemptText(
+            code,
+            std::string("borrando registro en tabla ") + table.name + " . intento: ", attempt);
+    });
 }
 
 }  // namespace core

@@ -27,8 +27,4 @@ void Row::putValue(std::size_t column, tSqlite3parent value) {
     modified_.set(column);
 }
 
-void Row::replaceText(std::size_t column, std::string text) {
-    values_[column] = tSqlite3parent(std::move(text));
-}
-
 }  // namespace tarvodb

@@ -35,10 +35,8 @@ class Row {
     // Stores a value and marks its column as modified, whatever was there.
     void putValue(std::size_t column, tSqlite3parent value);
 
-    // For the table operations: the key that an insert was given, a text as it goes into an
-    // update's statement, and the end of an update.
+    // For the table operations: the key that an insert was given, and the end of an update.
     void replaceKey(tSqlite3int key) { values_.front() = std::move(key); }
-    void replaceText(std::size_t column, std::string text);
     void clearModified() { modified_.reset(); }
 
   private:

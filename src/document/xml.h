@@ -4,6 +4,7 @@
 // comment is no child at all.
 #pragma once
 
+#include <iterator>
 #include <rapidxml/rapidxml.hpp>
 #include <stdexcept>
 #include <string>
@@ -56,6 +57,18 @@ XmlNode* lastChildNamed(const XmlNode& parent, const char* name);
 
 // The text of the last child of that name; null when there is none.
 const char* lastText(const XmlNode& parent, const char* name);
+
+// The row of a table whose `element` names the node, without regard to case; null when there is
+// none.
+template <class Rows>
+auto* rowFor(const Rows& rows, const XmlNode& node) {
+    for (const auto& row : rows) {
+        if (hasName(node, row.element)) {
+            return &row;
+        }
+    }
+    return static_cast<decltype(&*std::begin(rows))>(nullptr);
+}
 
 // The children of a node in document order, for range-for.
 class Children {

@@ -52,10 +52,8 @@ void setField(Record<VSecure>& cam, const XmlNode& child) {
         }
         return;
     }
-    for (const CamField& field : kPlainCamFields) {
-        if (document::hasName(child, field.element)) {
-            cam.set(field.column, document::textOf(child));
-        }
+    if (const CamField* field = document::rowFor(kPlainCamFields, child)) {
+        cam.set(field->column, document::textOf(child));
     }
 }
 

@@ -130,17 +130,6 @@ std::optional<int> readCode(CmdSetConfiguration& command, const CodedRule<Table>
     return code;
 }
 
-// The rule of a child, null when it has none.
-template <class Rules>
-auto* ruleOf(const Rules& rules, const document::XmlNode& child) {
-    for (const auto& rule : rules) {
-        if (document::hasName(child, rule.element)) {
-            return &rule;
-        }
-    }
-    return static_cast<decltype(&*std::begin(rules))>(nullptr);
-}
-
 // Appends a label and a child's text as the document gives it.
 inline void appendToLog(std::string& log, const char* label, const document::XmlNode& child) {
     if (label != kNotLogged) {

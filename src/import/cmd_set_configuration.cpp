@@ -23,7 +23,7 @@ namespace {
 using SectionHandler = bool (*)(CmdSetConfiguration&, const XmlNode&);
 
 struct Section {
-    const char* name;
+    const char* element;
     SectionHandler handler;
 };
 
@@ -50,10 +50,8 @@ constexpr Section kSections[] = {
 };
 
 bool applySection(CmdSetConfiguration& command, const XmlNode& node) {
-    for (const Section& section : kSections) {
-        if (document::hasName(node, section.name)) {
-            return section.handler(command, node);
-        }
+    if (const Section* section = document::rowFor(kSections, node)) {
+        return section->handler(command, node);
     }
     logFault(std::string("Unknown configuration setting: ") + node.name());
     return true;

@@ -28,12 +28,10 @@ constexpr CodedField<DiSEqCGlobal> kCodedFields[] = {
 // Every coded text of the element must be one, not only the last of its name, which is stored.
 bool validate(CmdSetConfiguration& command, const XmlNode& element) {
     for (const XmlNode& child : document::childrenOf(element)) {
-        for (const auto& field : kCodedFields) {
-            if (document::hasName(child, field.element) &&
-                !document::codeOfAnyCase(field.texts, document::textOf(child))) {
-                return fail(command, error::kInvalidCommand,
-                            std::string("Invalid value for diseqc/") + field.element);
-            }
+        const auto* field = document::rowFor(kCodedFields, child);
+        if (field != nullptr && !document::codeOfAnyCase(field->texts, document::textOf(child))) {
+            return fail(command, error::kInvalidCommand,
+                        std::string("Invalid value for diseqc/") + field->element);
         }
     }
     return true;

@@ -188,7 +188,7 @@ class InputImport {
         if (document::hasName(child, "rfLoop")) {
             return applyLoop(child);
         }
-        if (const InputRule* rule = ruleOf(kInputRules, child)) {
+        if (const InputRule* rule = document::rowFor(kInputRules, child)) {
             const char* text = document::textOf(child);
             reportProgress(std::string("Input: ") + rule->progressName + " = " + text);
             input_.setNumber(rule->column, document::numberOf(child));
@@ -212,12 +212,12 @@ class InputImport {
                          std::optional<Change<Table>>& tuner, const ValueRule<Table> (&rules)[Size],
                          const Codes& codes) {
         const bool applies = type_ == tunerType;
-        if (const auto* rule = ruleOf(rules, child)) {
+        if (const auto* rule = document::rowFor(rules, child)) {
             if (applies) {
                 setValue(*tuner, *rule, child);
             }
             appendToLog(log_, rule->label, child);
-        } else if (const auto* coded = ruleOf(codes, child)) {
+        } else if (const auto* coded = document::rowFor(codes, child)) {
             if (applies) {
                 const auto code =
                     readCode(command_, *coded, child, std::string("input/") + coded->element);

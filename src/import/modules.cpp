@@ -164,7 +164,7 @@ class ModuleImport {
     }
 
     bool applyChild(const XmlNode& child) {
-        if (const auto* rule = ruleOf(kNumberRules, child)) {
+        if (const auto* rule = document::rowFor(kNumberRules, child)) {
             applyNumber(*rule, child);
             return true;
         }

@@ -87,13 +87,13 @@ class OutputImport {
             return applyCoded(child, constellationRule(rfOutputMode),
                               rfOutputMode == 0 ? " DVBT" : " DVBC");
         }
-        if (const auto* rule = ruleOf(kCodedRules, child)) {
+        if (const auto* rule = document::rowFor(kCodedRules, child)) {
             return applyCoded(child, *rule);
         }
-        if (const auto* rule = ruleOf(kTransportStreamRules, child)) {
+        if (const auto* rule = document::rowFor(kTransportStreamRules, child)) {
             setValue(logical_, *rule, child);
             appendToLog(log_, rule->label, child);
-        } else if (const auto* rfRule = ruleOf(kRfRules, child)) {
+        } else if (const auto* rfRule = document::rowFor(kRfRules, child)) {
             setValue(rf_, *rfRule, child);
             appendToLog(log_, rfRule->label, child);
         }

@@ -45,10 +45,8 @@ std::optional<GivenScrambling> read(CmdSetConfiguration& command, const XmlNode&
     constexpr const char* kNoName = "scrambling has no name field";
     GivenScrambling given;
     for (const XmlNode& child : document::childrenOf(element)) {
-        for (const TextField& field : kTextFields) {
-            if (document::hasName(child, field.element)) {
-                given.*field.text = document::textOf(child);
-            }
+        if (const TextField* field = document::rowFor(kTextFields, child)) {
+            given.*field->text = document::textOf(child);
         }
         if (document::hasName(child, "active")) {
             given.active = document::numberOf(child);

@@ -83,16 +83,15 @@ bool passes(CmdSetConfiguration& command, const Field<Table>& field, const char*
 template <class Table, std::size_t Size>
 bool setField(CmdSetConfiguration& command, Record<Table>& record,
               const Field<Table> (&fields)[Size], const XmlNode& element) {
-    for (const Field<Table>& field : fields) {
-        if (!document::hasName(element, field.element)) {
-            continue;
-        }
-        const char* text = document::textOf(element);
-        if (!passes(command, field, text)) {
-            return false;
-        }
-        record.put(field.column, text);
+    const Field<Table>* field = document::rowFor(fields, element);
+    if (field == nullptr) {
+        return true;
     }
+    const char* text = document::textOf(element);
+    if (!passes(command, *field, text)) {
+        return false;
+    }
+    record.put(field->column, text);
     return true;
 }
 

@@ -42,7 +42,7 @@ enum class Special {
     none,
     lcn,        // another LCN must be above 0; on RNB-K408 it is forced
     serviceId,  // at most 65535
-    decrypt,    // decides the service's place in the device's order of work
+    decrypt,    // sets Orden too: 1 when on, else 2
 };
 
 struct Rule : ValueRule<Service> {
@@ -140,7 +140,7 @@ class ServiceImport {
         for (const XmlNode& child : document::childrenOf(element)) {
             if (document::hasName(child, "pidOrders")) {
                 pidOrders_ = &child;
-            } else if (const auto* rule = ruleOf(kRules, child)) {
+            } else if (const auto* rule = document::rowFor(kRules, child)) {
                 if (!applyRule(*rule, child)) {
                     return false;
                 }

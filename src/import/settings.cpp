@@ -42,21 +42,12 @@ bool setConfig(CmdSetConfiguration& command, const Setting& setting, const char*
     return tarvodb::update(row, command.db());
 }
 
-const Setting* settingOf(std::span<const Setting> settings, const XmlNode& element) {
-    for (const Setting& setting : settings) {
-        if (document::hasName(element, setting.element)) {
-            return &setting;
-        }
-    }
-    return nullptr;
-}
-
 }  // namespace
 
 bool applySettings(CmdSetConfiguration& command, const XmlNode& section,
                    std::span<const Setting> settings) {
     for (const XmlNode& child : document::childrenOf(section)) {
-        const Setting* setting = settingOf(settings, child);
+        const Setting* setting = document::rowFor(settings, child);
         if (setting != nullptr && !setConfig(command, *setting, document::textOf(child))) {
             reportProgress(kAddressLine);
             return fail(command, Failure{.code = error::kDatabase,
