@@ -3,45 +3,50 @@
 #include <iostream>
 #include <string>
 
-#include "command/error_codes.h"
 #include "platform/platform.h"
 
 namespace app {
 
 namespace {
 
-namespace error = tarvo_remote_control::error;
+using tarvo_remote_control::ErrorCode;
 
 constexpr const char* kErrorFile = "/tmp/Errors_ConfigurationXML.xml";
 
 struct CodeStatus {
-    int code;
-    int status;
+    ErrorCode code;
+    ExitStatus status;
 };
 
 constexpr CodeStatus kStatuses[] = {
-    {error::kInvalidCommand, 2},   {error::kDatabase, 3},    {error::kInvalidValue, 4},
-    {error::kSetConfiguration, 5}, {error::kModuleInput, 6}, {error::kModuleOutput, 7},
-    {error::kModuleNotFound, 8},   {error::kModuleModel, 9}, {error::kModuleAmount, 10},
+    {ErrorCode::invalidCommand, ExitStatus::invalidCommand},
+    {ErrorCode::database, ExitStatus::database},
+    {ErrorCode::invalidValue, ExitStatus::invalidValue},
+    {ErrorCode::setConfiguration, ExitStatus::setConfiguration},
+    {ErrorCode::moduleInput, ExitStatus::moduleInput},
+    {ErrorCode::moduleOutput, ExitStatus::moduleOutput},
+    {ErrorCode::moduleNotFound, ExitStatus::moduleNotFound},
+    {ErrorCode::moduleModel, ExitStatus::moduleModel},
+    {ErrorCode::moduleAmount, ExitStatus::moduleAmount},
 };
 
-int exitStatusOf(int code) {
+ExitStatus exitStatusOf(ErrorCode code) {
     for (const CodeStatus& row : kStatuses) {
         if (row.code == code) {
             return row.status;
         }
     }
-    return kFailure;
+    return ExitStatus::failure;
 }
 
 }  // namespace
 
-int errorsToExitStatus(const std::set<int>& errors) {
+ExitStatus errorsToExitStatus(const std::set<ErrorCode>& errors) {
     if (errors.empty()) {
-        return kSuccess;
+        return ExitStatus::success;
     }
-    const int lowest = *errors.begin();
-    const std::string report = "Error: " + std::to_string(lowest);
+    const ErrorCode lowest = *errors.begin();
+    const std::string report = "Error: " + std::to_string(number(lowest));
     std::cerr << report << std::endl;
     platform::writeFile(kErrorFile, report);
     return exitStatusOf(lowest);

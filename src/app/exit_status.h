@@ -3,14 +3,26 @@
 
 #include <set>
 
+#include "command/error_codes.h"
+
 namespace app {
 
-// Exit statuses: 0 success, 1 general failure, 2 to 10 by the lowest recorded error code.
-inline constexpr int kSuccess = 0;
-inline constexpr int kFailure = 1;
+enum class ExitStatus : int {
+    success = 0,
+    failure = 1,  // whatever has no status of its own
+    invalidCommand = 2,
+    database = 3,
+    invalidValue = 4,
+    setConfiguration = 5,
+    moduleInput = 6,
+    moduleOutput = 7,
+    moduleNotFound = 8,
+    moduleModel = 9,
+    moduleAmount = 10,
+};
 
 // Reports the lowest of `errors` ("Error: <code>" on standard error and in the error file) and
-// returns its exit status. No errors: no report, kSuccess.
-int errorsToExitStatus(const std::set<int>& errors);
+// returns its exit status. No errors: no report, success.
+ExitStatus errorsToExitStatus(const std::set<tarvo_remote_control::ErrorCode>& errors);
 
 }  // namespace app

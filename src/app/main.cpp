@@ -8,7 +8,7 @@
 
 namespace {
 
-int run(int argc, char** argv) {
+app::ExitStatus run(int argc, char** argv) {
     tarvo_remote_control::DeviceIdentity::instance().load();
     return argc < 2 ? app::exportConfiguration(app::kOutputFile) : app::importWithRetries(argv[1]);
 }
@@ -17,7 +17,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return run(argc, argv);
+        return static_cast<int>(run(argc, argv));
     } catch (const std::exception& error) {
         // A device that does not know itself, or a document that is no XML: an abnormal end, not
         // the exit status of a command error.

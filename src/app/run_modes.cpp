@@ -2,7 +2,6 @@
 
 #include <iostream>
 
-#include "app/exit_status.h"
 #include "device/device_identity.h"
 #include "export/cmd_get_configuration.h"
 #include "export/cmd_get_vsecure_cam_list.h"
@@ -31,25 +30,25 @@ void moveInto(XmlNode& parent, XmlNode* node) {
     parent.append_node(node);
 }
 
-int writeDocument(const XmlNode& root, const std::string& outputPath) {
+ExitStatus writeDocument(const XmlNode& root, const std::string& outputPath) {
     const std::string text =
         std::string(tarvo_remote_control::kXmlDeclaration) + "\n" + document::printed(root);
     std::cout << text << std::endl;
     if (!platform::writeFile(outputPath, text)) {
         std::cerr << "Unable to create ConfigurationXML file" << std::endl;
-        return kFailure;
+        return ExitStatus::failure;
     }
-    return kSuccess;
+    return ExitStatus::success;
 }
 
-int exportBackup(XmlNode* configuration, const std::string& outputPath) {
+ExitStatus exportBackup(XmlNode* configuration, const std::string& outputPath) {
     CmdGetVsecureCAMList command;
     XmlNode* list = command.buildCAMList(true, true, "vsecureCAMList");
-    const int status = errorsToExitStatus(command.errors());
+    const ExitStatus status = errorsToExitStatus(command.errors());
     if (list == nullptr) {
-        return kFailure;
+        return ExitStatus::failure;
     }
-    if (status != kSuccess) {
+    if (status != ExitStatus::success) {
         return status;
     }
     XmlDocument pool;
@@ -61,21 +60,22 @@ int exportBackup(XmlNode* configuration, const std::string& outputPath) {
 
 }  // namespace
 
-int exportConfiguration(const std::string& outputPath) {
+ExitStatus exportConfiguration(const std::string& outputPath) {
     CmdGetConfiguration command;
     command.run();
-    if (const int status = errorsToExitStatus(command.errors()); status != kSuccess) {
+    if (const ExitStatus status = errorsToExitStatus(command.errors());
+        status != ExitStatus::success) {
         return status;
     }
     XmlNode* configuration = command.getConfigurationNode();
     if (configuration == nullptr) {
-        return kFailure;
+        return ExitStatus::failure;
     }
     return DeviceIdentity::instance().isRNB() ? exportBackup(configuration, outputPath)
                                               : writeDocument(*configuration, outputPath);
 }
 
-int importConfiguration(const std::string& path) {
+ExitStatus importConfiguration(const std::string& path) {
     // A file that cannot be read counts as an empty document.
     std::string text = platform::readFile(path).value_or("");
     XmlDocument parsed;
@@ -90,35 +90,35 @@ int importConfiguration(const std::string& path) {
     const XmlNode* configuration = document::findSibling(first, "configuration");
     if (configuration == nullptr) {
         std::cerr << "No 'configuration' element found" << std::endl;
-        return kFailure;
+        return ExitStatus::failure;
     }
-    const int status = applyConfiguration(*configuration);
-    if (status != kSuccess || backup == nullptr) {
+    const ExitStatus status = applyConfiguration(*configuration);
+    if (status != ExitStatus::success || backup == nullptr) {
         return status;
     }
     const XmlNode* list = document::findSibling(first, "vsecureCAMList");
     return list == nullptr ? status : applyVsecureCAMList(*list);
 }
 
-int importWithRetries(const std::string& path) {
+ExitStatus importWithRetries(const std::string& path) {
     constexpr int kTries = 3;
-    int status = kFailure;
-    for (int tries = 0; tries < kTries && status != kSuccess; ++tries) {
+    ExitStatus status = ExitStatus::failure;
+    for (int tries = 0; tries < kTries && status != ExitStatus::success; ++tries) {
         status = importConfiguration(path);
-        if (status != kSuccess) {
+        if (status != ExitStatus::success) {
             platform::sleepSeconds(1);
         }
     }
     return status;
 }
 
-int applyConfiguration(const XmlNode& configuration) {
+ExitStatus applyConfiguration(const XmlNode& configuration) {
     CmdSetConfiguration command;
     command.apply(&configuration);
     return errorsToExitStatus(command.errors());
 }
 
-int applyVsecureCAMList(const XmlNode& list) {
+ExitStatus applyVsecureCAMList(const XmlNode& list) {
     CmdSetVsecureCAMList command;
     command.apply(&list, false);
     return errorsToExitStatus(command.errors());

@@ -1,8 +1,9 @@
-// The two things that the program does. Each returns the exit status (app/exit_status.h).
+// The two things that the program does.
 #pragma once
 
 #include <string>
 
+#include "app/exit_status.h"
 #include "document/xml.h"
 
 namespace app {
@@ -13,18 +14,18 @@ inline constexpr const char* kOutputFile = "/tmp/ConfigurationXML.xml";
 // Prints the configuration document and writes it to `outputPath`. When a command recorded an error
 // nothing is printed and an earlier output file stays; a file that cannot be created is reported
 // after the document was printed.
-int exportConfiguration(const std::string& outputPath);
+ExitStatus exportConfiguration(const std::string& outputPath);
 
 // One try of writing the document in file `path` back. Throws document::ParseError, its message
 // led by the path, when the file is no XML.
-int importConfiguration(const std::string& path);
+ExitStatus importConfiguration(const std::string& path);
 
 // Imports the file; up to three tries, each failed one followed by a second's sleep, because the
 // device's other programs may hold a database for a while.
-int importWithRetries(const std::string& path);
+ExitStatus importWithRetries(const std::string& path);
 
 // The two parts of an import.
-int applyConfiguration(const document::XmlNode& configuration);
-int applyVsecureCAMList(const document::XmlNode& list);
+ExitStatus applyConfiguration(const document::XmlNode& configuration);
+ExitStatus applyVsecureCAMList(const document::XmlNode& list);
 
 }  // namespace app

@@ -2,7 +2,6 @@
 
 #include <syslog.h>
 
-#include "command/error_codes.h"
 #include "platform/debug_log.h"
 #include "platform/platform.h"
 
@@ -40,7 +39,7 @@ void Command::run() {
     constexpr int kMaxRetries = 10;
     status_ = RunStatus::running;
     execute();
-    for (int retry = 1; retry <= kMaxRetries && errors().contains(error::kDatabase); ++retry) {
+    for (int retry = 1; retry <= kMaxRetries && errors().contains(ErrorCode::database); ++retry) {
         platform::debugLog(LOG_ERR, "Command run resulted in a DB error. Retrying (" +
                                         std::to_string(retry) + ")");
         platform::sleepSeconds(1);

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "command/error_codes.h"
 #include "command/result_document.h"
 #include "db/database.h"
 #include "db/record.h"
@@ -45,8 +46,10 @@ class Command {
     virtual void execute() = 0;
 
     // The error codes recorded so far, ascending.
-    [[nodiscard]] const std::set<int>& errors() const { return result_.errors(); }
-    void addError(int code, const std::string& detail = "") { result_.addError(code, detail); }
+    [[nodiscard]] const std::set<ErrorCode>& errors() const { return result_.errors(); }
+    void addError(ErrorCode code, const std::string& detail = "") {
+        result_.addError(code, detail);
+    }
 
     // See ResultDocument::createNode.
     document::XmlNode* createNode(const char* name, const char* value = nullptr) {

@@ -48,9 +48,9 @@ constexpr ErrorText kErrorTexts[] = {
 
 }  // namespace
 
-const char* errorMessage(int code) {
+const char* errorMessage(ErrorCode code) {
     for (const ErrorText& row : kErrorTexts) {
-        if (row.code == code) {
+        if (row.code == number(code)) {
             return row.text;
         }
     }

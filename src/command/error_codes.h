@@ -3,22 +3,25 @@
 
 namespace tarvo_remote_control {
 
-// The codes that this program records, by name.
-namespace error {
-inline constexpr int kInvalidCommand = 101;
-inline constexpr int kDatabase = 102;
-inline constexpr int kInvalidValue = 103;
-inline constexpr int kSetConfiguration = 202;
-inline constexpr int kNetwork = 203;
-inline constexpr int kModuleInput = 401;
-inline constexpr int kModuleOutput = 402;
-inline constexpr int kModuleNotFound = 501;
-inline constexpr int kModuleModel = 502;
-inline constexpr int kModuleAmount = 503;
-inline constexpr int kScramblingKey = 911;
-}  // namespace error
+// The codes that this program records have names; a loaded result document may hold any number.
+enum class ErrorCode : int {
+    invalidCommand = 101,
+    database = 102,
+    invalidValue = 103,
+    setConfiguration = 202,
+    network = 203,
+    moduleInput = 401,
+    moduleOutput = 402,
+    moduleNotFound = 501,
+    moduleModel = 502,
+    moduleAmount = 503,
+    scramblingKey = 911,
+};
+
+// The code as it stands in documents, in the log and on standard error.
+constexpr int number(ErrorCode code) { return static_cast<int>(code); }
 
 // The text of a code, "Unknown Error" for a code that has none.
-const char* errorMessage(int code);
+const char* errorMessage(ErrorCode code);
 
 }  // namespace tarvo_remote_control

@@ -4,7 +4,6 @@
 
 #include <string_view>
 
-#include "command/error_codes.h"
 #include "device/device_identity.h"
 #include "platform/debug_log.h"
 
@@ -43,13 +42,13 @@ void ResultDocument::completeShape() {
     data_ = childOrNew(commandResult, "data");
 }
 
-void ResultDocument::addError(int code, const std::string& detail) {
+void ResultDocument::addError(ErrorCode code, const std::string& detail) {
     errorCodes_.insert(code);
     const std::string text = errorMessage(code) + (detail.empty() ? "" : ": " + detail);
     XmlNode* error = createNode("error");
-    appendNew(error, "id", std::to_string(code).c_str());
+    appendNew(error, "id", std::to_string(number(code)).c_str());
     appendNew(error, "text", text.c_str());
-    platform::debugLog(LOG_ERR, "Command error: " + std::to_string(code) + " " + text);
+    platform::debugLog(LOG_ERR, "Command error: " + std::to_string(number(code)) + " " + text);
     errors_->append_node(error);
 }
 
@@ -94,7 +93,7 @@ void ResultDocument::readErrorCodes() {
         const XmlNode* id = findChild(error, "id");
         if (std::string_view(error.name()) == "error" && id != nullptr &&
             findChild(error, "text") != nullptr) {
-            errorCodes_.insert(document::numberOf(*id));
+            errorCodes_.insert(ErrorCode{document::numberOf(*id)});
         }
     }
 }

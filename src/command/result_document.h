@@ -4,6 +4,7 @@
 #include <set>
 #include <string>
 
+#include "command/error_codes.h"
 #include "document/xml.h"
 
 namespace tarvo_remote_control {
@@ -23,10 +24,10 @@ class ResultDocument {
 
     // Records an error: its code, and an `error` element with the code's text, followed by ": "
     // and `detail` when there is one.
-    void addError(int code, const std::string& detail = "");
+    void addError(ErrorCode code, const std::string& detail = "");
 
     // The codes recorded so far, ascending.
-    [[nodiscard]] const std::set<int>& errors() const { return errorCodes_; }
+    [[nodiscard]] const std::set<ErrorCode>& errors() const { return errorCodes_; }
 
     // Forgets errors and data, and sets the outcome back to 1, for another run of the command.
     void reset();
@@ -61,7 +62,7 @@ class ResultDocument {
     document::XmlNode* result_ = nullptr;
     document::XmlNode* errors_ = nullptr;
     document::XmlNode* data_ = nullptr;
-    std::set<int> errorCodes_;
+    std::set<ErrorCode> errorCodes_;
 };
 
 // The line that every document starts with, without a line end.

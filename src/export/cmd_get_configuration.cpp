@@ -35,7 +35,7 @@ void CmdGetConfiguration::execute() {
 
     if (!openDatabases()) {
         configurationNode_ = nullptr;
-        addError(error::kDatabase);
+        addError(ErrorCode::database);
         return;
     }
     loadGlobalSettings();

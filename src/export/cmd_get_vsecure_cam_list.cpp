@@ -28,7 +28,7 @@ XmlNode* CmdGetVsecureCAMList::buildCAMList(bool includePublicKeys, bool fullRec
     XmlNode* list = createNode(listName);
     const tarvodb::Database db = tarvodb::openDatabase(tarvodb::kVsecureDatabase);
     if (!db) {
-        addError(error::kDatabase);
+        addError(ErrorCode::database);
         return list;
     }
     for (const auto& row : tarvodb::doSelect<VSecure>(db.get())) {

@@ -70,36 +70,36 @@ void CmdSetVsecureCAMList::execute() {
 }
 
 bool CmdSetVsecureCAMList::apply(const XmlNode* list, bool partial) {
-    const auto fail = [this](int code, const char* detail = "") {
+    const auto fail = [this](ErrorCode code, const char* detail = "") {
         addError(code, detail);
         return false;
     };
     if (list == nullptr) {
-        return fail(error::kInvalidCommand, "No 'list' element found");
+        return fail(ErrorCode::invalidCommand, "No 'list' element found");
     }
     tarvodb::Database db = tarvodb::openDatabase(tarvodb::kVsecureDatabase);
     if (!db) {
-        return fail(error::kDatabase);
+        return fail(ErrorCode::database);
     }
     const auto runSql = [&db](const char* sql) {
         return platform::executeSql(db.get(), sql, nullptr) == SQLITE_OK;
     };
     if (!runSql("BEGIN TRANSACTION")) {
-        return fail(error::kDatabase);
+        return fail(ErrorCode::database);
     }
     if (!writeList(db.get(), *list, partial)) {
         if (!runSql("ROLLBACK")) {
-            addError(error::kDatabase);
+            addError(ErrorCode::database);
         }
         return false;
     }
     if (!runSql("COMMIT")) {
-        return fail(error::kDatabase);
+        return fail(ErrorCode::database);
     }
     db.reset();
     // RNB-K408 regenerates its keys after an import of scrambling settings, the others here.
     if (!DeviceIdentity::instance().isRNB() && platform::runShell(kRegenerateScramblingKeys) != 0) {
-        return fail(error::kScramblingKey);
+        return fail(ErrorCode::scramblingKey);
     }
     return true;
 }
@@ -107,7 +107,7 @@ bool CmdSetVsecureCAMList::apply(const XmlNode* list, bool partial) {
 bool CmdSetVsecureCAMList::writeList(sqlite3* db, const XmlNode& list, bool partial) {
     bool written = true;
     if (!partial && !tarvodb::deleteAll<VSecure>(db)) {
-        addError(error::kDatabase);
+        addError(ErrorCode::database);
         written = false;
     }
     for (const XmlNode& cam : document::childrenOf(list)) {
@@ -116,11 +116,11 @@ bool CmdSetVsecureCAMList::writeList(sqlite3* db, const XmlNode& list, bool part
         }
         const XmlNode* serialNumber = document::childNamed(cam, "serialNumber");
         if (serialNumber == nullptr) {
-            addError(error::kInvalidCommand, "No 'serialNumber' element found");
+            addError(ErrorCode::invalidCommand, "No 'serialNumber' element found");
             return false;
         }
         if (!writeCam(db, cam, document::textOf(*serialNumber), partial)) {
-            addError(error::kDatabase);
+            addError(ErrorCode::database);
             written = false;
         }
     }

@@ -43,7 +43,7 @@ bool saveIfChanged(CmdSetConfiguration& command, Change<Table>& change,
     if (!change.changed) {
         return true;
     }
-    change.row.set(status, mark::kChanged);
+    change.row.set(status, StatusMark::changed);
     return updateRecord(command, change.row, message);
 }
 
@@ -106,13 +106,13 @@ struct CodedRule {
     document::CodeTable texts;
     ReadCode read;
     const char* label;
-    int recordedCode;
-    int loggedCode;
+    ErrorCode recordedCode;
+    ErrorCode loggedCode;
 };
 
 // Error "Invalid value for module/<path>".
-inline bool failOnValue(CmdSetConfiguration& command, const std::string& path, int recordedCode,
-                        int loggedCode) {
+inline bool failOnValue(CmdSetConfiguration& command, const std::string& path,
+                        ErrorCode recordedCode, ErrorCode loggedCode) {
     return fail(command, Failure{.code = recordedCode,
                                  .message = "Invalid value for module/" + path,
                                  .loggedCode = loggedCode});

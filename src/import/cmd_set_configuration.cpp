@@ -67,26 +67,26 @@ void CmdSetConfiguration::execute() {
 
 void CmdSetConfiguration::apply(const XmlNode* configuration) {
     if (configuration == nullptr) {
-        fail(*this, error::kInvalidCommand);
+        fail(*this, ErrorCode::invalidCommand);
         return;
     }
     db_ = tarvodb::openDatabase(tarvodb::kConfigDatabase);
     if (!db_) {
-        fail(*this, error::kDatabase, "Could not open DB");
+        fail(*this, ErrorCode::database, "Could not open DB");
         return;
     }
     if (tarvodb::execWithRetries(db(), "BEGIN TRANSACTION") != SQLITE_OK) {
-        fail(*this, error::kDatabase, "Could not start transaction");
+        fail(*this, ErrorCode::database, "Could not start transaction");
         return;
     }
     if (!applySections(*configuration)) {
         rollbackAndClose();
-        fail(*this, error::kSetConfiguration);
+        fail(*this, ErrorCode::setConfiguration);
         result().setResult(1);
         return;
     }
     if (tarvodb::execWithRetries(db(), "COMMIT") != SQLITE_OK) {
-        fail(*this, error::kDatabase, "Could not commit transaction");
+        fail(*this, ErrorCode::database, "Could not commit transaction");
         rollbackAndClose();
         return;
     }
@@ -106,7 +106,7 @@ bool CmdSetConfiguration::applySections(const XmlNode& configuration) {
 
 void CmdSetConfiguration::rollbackAndClose() {
     if (tarvodb::execWithRetries(db(), "ROLLBACK") != SQLITE_OK) {
-        fail(*this, error::kDatabase, "Could not rollback transaction");
+        fail(*this, ErrorCode::database, "Could not rollback transaction");
     }
     db_.reset();
 }
@@ -121,14 +121,14 @@ void CmdSetConfiguration::request(PostAction action) {
 bool CmdSetConfiguration::runPostActions() {
     if (isRequested(PostAction::network) &&
         platform::runShell("/tarvo/script/WAN_from_DB.sh") != 0) {
-        return fail(*this, error::kNetwork);
+        return fail(*this, ErrorCode::network);
     }
     if (isRequested(PostAction::regional)) {
         applyCountryChanged();  // its failure is no error of the import
     }
     if (isRequested(PostAction::scramblingKeys) && DeviceIdentity::instance().isRNB() &&
         platform::runShell(kRegenerateScramblingKeys) != 0) {
-        return fail(*this, error::kScramblingKey);
+        return fail(*this, ErrorCode::scramblingKey);
     }
     return true;
 }

@@ -30,7 +30,7 @@ bool validate(CmdSetConfiguration& command, const XmlNode& element) {
     for (const XmlNode& child : document::childrenOf(element)) {
         const auto* field = document::rowFor(kCodedFields, child);
         if (field != nullptr && !document::codeOfAnyCase(field->texts, document::textOf(child))) {
-            return fail(command, error::kInvalidCommand,
+            return fail(command, ErrorCode::invalidCommand,
                         std::string("Invalid value for diseqc/") + field->element);
         }
     }
@@ -45,7 +45,7 @@ Record<DiSEqCGlobal> newDiseqc(const char* id) {
     diseqc.put(DiSEqCGlobal::Orbita, 0);
     diseqc.put(DiSEqCGlobal::Polaridad, 0);
     diseqc.put(DiSEqCGlobal::Banda, 0);
-    diseqc.put(DiSEqCGlobal::Estado, mark::kChanged);
+    diseqc.put(DiSEqCGlobal::Estado, StatusMark::changed);
     return diseqc;
 }
 
@@ -70,7 +70,7 @@ bool applyDiseqcs(CmdSetConfiguration& command, const XmlNode& section) {
         }
         const char* id = document::lastText(element, "id");
         if (id == nullptr) {
-            return fail(command, error::kInvalidCommand, "diseqc has no id field");
+            return fail(command, ErrorCode::invalidCommand, "diseqc has no id field");
         }
         diseqcs.push_back(storedOrNew(command, tarvodb::clause::kByDiseqc, id, newDiseqc));
         setFields(diseqcs.back(), element, kTextFields, kCodedFields);

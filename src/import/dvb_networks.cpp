@@ -66,17 +66,17 @@ bool validate(CmdSetConfiguration& command, const XmlNode& element) {
         const bool isBinary = number == 0 || number == 1;
         if (document::hasName(child, kPatternType)) {
             if (!isBinary) {
-                return fail(command, error::kInvalidValue, kBadType);
+                return fail(command, ErrorCode::invalidValue, kBadType);
             }
             type = number;
         } else if (document::hasName(child, kPattern)) {
             if (!isBinary && type == 0) {
-                return fail(command, error::kInvalidValue, kBadPattern);
+                return fail(command, ErrorCode::invalidValue, kBadPattern);
             }
             pattern = number;
         } else if (document::hasName(child, kPatternVersion)) {
             if (number != 0 && pattern == 0) {
-                return fail(command, error::kInvalidValue, kBadPattern);
+                return fail(command, ErrorCode::invalidValue, kBadPattern);
             }
         }
     }
@@ -141,7 +141,7 @@ class NetworkChange {
         if (field.label != nullptr) {
             log_ += field.label + network_[field.column].asString() + ",";
         }
-        network_.set(RedesCabecera::estado, mark::kChanged);
+        network_.set(RedesCabecera::estado, StatusMark::changed);
     }
 
     Record<RedesCabecera>& network_;
@@ -151,7 +151,7 @@ class NetworkChange {
 Record<RedesCabecera> newNetwork(const char* id) {
     Record<RedesCabecera> network;
     network.put(RedesCabecera::idRed, id);
-    network.put(RedesCabecera::estado, mark::kChanged);
+    network.put(RedesCabecera::estado, StatusMark::changed);
     return network;
 }
 
@@ -178,7 +178,7 @@ bool applyDvbNetworks(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<RedesCabecera>> networks;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "dvbNetwork")) {
-            return failPlainly(command, {.code = error::kInvalidCommand,
+            return failPlainly(command, {.code = ErrorCode::invalidCommand,
                                          .loggedMessage = "No dvbNetwork element found"});
         }
         if (!validate(command, element)) {
@@ -186,9 +186,9 @@ bool applyDvbNetworks(CmdSetConfiguration& command, const XmlNode& section) {
         }
         const char* id = document::lastText(element, "id");
         if (id == nullptr) {
-            return failPlainly(command, {.code = error::kInvalidCommand,
+            return failPlainly(command, {.code = ErrorCode::invalidCommand,
                                          .message = "dvbNetwork has no id field",
-                                         .loggedCode = error::kInvalidValue});
+                                         .loggedCode = ErrorCode::invalidValue});
         }
         networks.push_back(changedNetwork(command, element, id));
     }

@@ -34,7 +34,7 @@ Record<HomeChannels> newHomeChannel(const char* id) {
     channel.put(HomeChannels::SymbolRate, 27500);
     channel.put(HomeChannels::ONID, 1);
     channel.put(HomeChannels::TSID, 1072);
-    channel.put(HomeChannels::Estado, mark::kChanged);
+    channel.put(HomeChannels::Estado, StatusMark::changed);
     return channel;
 }
 
@@ -44,12 +44,12 @@ bool applyHomeChannels(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<HomeChannels>> channels;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "homechannel")) {
-            return failPlainly(command, {.code = error::kInvalidCommand,
+            return failPlainly(command, {.code = ErrorCode::invalidCommand,
                                          .loggedMessage = "No homechannel element found"});
         }
         const char* id = document::lastText(element, "id");
         if (id == nullptr) {
-            return failPlainly(command, {.code = error::kInvalidCommand,
+            return failPlainly(command, {.code = ErrorCode::invalidCommand,
                                          .message = "homechannel has no id field"});
         }
         channels.push_back(

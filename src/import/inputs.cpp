@@ -27,7 +27,7 @@ using tarvodb::Record;
 namespace {
 
 constexpr RequiredNumber kInputId{.element = "inputId",
-                                  .errorCode = error::kModuleInput,
+                                  .errorCode = ErrorCode::moduleInput,
                                   .missing = "Input has no inputId field",
                                   .lowest = 1,
                                   .highest = 2,
@@ -35,7 +35,7 @@ constexpr RequiredNumber kInputId{.element = "inputId",
 
 constexpr RequiredNumber kType{
     .element = "type",
-    .errorCode = error::kModuleInput,
+    .errorCode = ErrorCode::moduleInput,
     .missing = "Input has no type field",
     .lowest = 0,
     .highest = 2,
@@ -85,27 +85,27 @@ std::optional<int> automaticOrNumber(document::CodeTable texts, const char* text
 // `PLSmode` and `bandwidth` are recorded as an output's error and logged as an input's: kept.
 constexpr CodedRule<NimGlobal> kSatelliteCodes[] = {
     {"band", NimGlobal::banda_FI, document::kBand, document::codeOfAnyCase,
-     " band: ", error::kModuleInput, error::kModuleInput},
+     " band: ", ErrorCode::moduleInput, ErrorCode::moduleInput},
     {"PLSmode", NimGlobal::ModoPLS, document::kPlsModeImported, document::codeOfExactly,
-     " PLSmode: ", error::kModuleOutput, error::kModuleInput},
+     " PLSmode: ", ErrorCode::moduleOutput, ErrorCode::moduleInput},
     {"streamID", NimGlobal::StreamID, document::kAutomaticId, automaticOrNumber,
-     " streamID: ", error::kModuleInput, error::kModuleInput},
+     " streamID: ", ErrorCode::moduleInput, ErrorCode::moduleInput},
 };
 
 constexpr CodedRule<NimCOFDMGlobal> kTerrestrialCodes[] = {
     {"bandwidth", NimCOFDMGlobal::Bandwidth, document::kInputBandwidth, document::codeOfExactly,
-     " bandwidth: ", error::kModuleOutput, error::kModuleInput},
+     " bandwidth: ", ErrorCode::moduleOutput, ErrorCode::moduleInput},
     {"hierarchy", NimCOFDMGlobal::Hierarchy, document::kHierarchy, document::codeOfExactly,
-     " hierarchy: ", error::kModuleInput, error::kModuleInput},
+     " hierarchy: ", ErrorCode::moduleInput, ErrorCode::moduleInput},
     {"PLPID", NimCOFDMGlobal::PLP_ID, document::kAutomaticId, automaticOrNumber,
-     " PLPID: ", error::kModuleInput, error::kModuleInput},
+     " PLPID: ", ErrorCode::moduleInput, ErrorCode::moduleInput},
 };
 
 constexpr std::span<const CodedRule<NimQAMGlobal>> kCableCodes{};
 
 bool failOnInputValue(CmdSetConfiguration& command, const char* element) {
-    return failOnValue(command, std::string("input/") + element, error::kModuleInput,
-                       error::kModuleInput);
+    return failOnValue(command, std::string("input/") + element, ErrorCode::moduleInput,
+                       ErrorCode::moduleInput);
 }
 
 // The first tuner row of an input, if it has one. Read anew each time, so that it is what is
@@ -271,7 +271,7 @@ class InputImport {
     Outcome save() {
         bool saved = saveIfChanged(command_, input_, EntradasGlobal::Estado, "Could not update eg");
         if (satelliteChanged()) {
-            satellite_->row.set(NimGlobal::Estado, mark::kChanged);
+            satellite_->row.set(NimGlobal::Estado, StatusMark::changed);
             takeOverFromLoop();
             if (!tuneSatellite(command_, *satellite_, frequencyGiven_)) {
                 return saved ? Outcome::outOfRange : Outcome::failed;
@@ -337,7 +337,7 @@ class InputsImport {
   private:
     Outcome applyInput(const XmlNode& element) {
         if (!document::hasName(element, "input")) {
-            fail(command_, error::kInvalidCommand, "No input element found");
+            fail(command_, ErrorCode::invalidCommand, "No input element found");
             return Outcome::failed;
         }
         const auto inputId = requiredNumber(command_, element, kInputId);
@@ -349,7 +349,7 @@ class InputsImport {
         auto* input = inputNumbered(inputs_, *inputId);
         Tuners tuners = input == nullptr ? Tuners{} : tunersOf(*input);
         if (!tuners.has(inputType)) {
-            fail(command_, error::kModuleInput, "Input could not be found");
+            fail(command_, ErrorCode::moduleInput, "Input could not be found");
             return Outcome::failed;
         }
         InputImport inputImport(command_, inputs_, *input, tuners, *inputId, inputType);
@@ -404,7 +404,7 @@ bool applyInputs(CmdSetConfiguration& command, const char* mac, const XmlNode& s
     reportProgress("Processing: Inputs");
     auto inputs = tarvodb::doSelect<EntradasGlobal>(command.db(), tarvodb::clause::kByMac, mac);
     if (inputs.empty()) {
-        return fail(command, error::kDatabase, "No module inputs found");
+        return fail(command, ErrorCode::database, "No module inputs found");
     }
     return InputsImport(command, std::move(inputs)).apply(section);
 }

@@ -55,7 +55,7 @@ void setFields(tarvodb::Record<Table>& row, const document::XmlNode& element,
         }
     }
     if (changed) {
-        row.set(Table::Estado, mark::kChanged);
+        row.set(Table::Estado, StatusMark::changed);
     }
 }
 

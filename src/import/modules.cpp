@@ -89,7 +89,7 @@ bool assignByMac(CmdSetConfiguration& command, Entry& entry, FreeModules& module
     }
     const ModuleKind& kind = found->second;
     if (kind.family != entry.kind.family || kind.model != entry.kind.model) {
-        return fail(command, error::kModuleModel, entry.mac);
+        return fail(command, ErrorCode::moduleModel, entry.mac);
     }
     entry.assigned = true;
     modules.erase(found);
@@ -120,9 +120,9 @@ bool checkAmount(CmdSetConfiguration& command, std::size_t headendModules, std::
                                "\nxmlAssignedModules: " + std::to_string(macElements) +
                                "\nnotAssignedModules: " + std::to_string(notAssigned) + "\n";
     return fail(command,
-                Failure{.code = error::kModuleAmount,
-                        .debugLine = "Error " + std::to_string(error::kModuleAmount) + ", " +
-                                     errorMessage(error::kModuleAmount) + ", " + counts});
+                Failure{.code = ErrorCode::moduleAmount,
+                        .debugLine = "Error " + std::to_string(number(ErrorCode::moduleAmount)) +
+                                     ", " + errorMessage(ErrorCode::moduleAmount) + ", " + counts});
 }
 
 // Children that are numbers; the log tells the number.
@@ -208,7 +208,7 @@ bool applyModule(CmdSetConfiguration& command, const Entry& entry) {
     const char* mac = entry.mac.c_str();
     auto rows = tarvodb::doSelect<RedesModulos>(command.db(), tarvodb::clause::kByMac, mac);
     if (rows.empty()) {
-        return fail(command, error::kDatabase, "Could not locate module");
+        return fail(command, ErrorCode::database, "Could not locate module");
     }
     return ModuleImport(command, rows.front(), mac).apply(*entry.element);
 }
@@ -218,7 +218,7 @@ bool applyModule(CmdSetConfiguration& command, const Entry& entry) {
 bool applyModules(CmdSetConfiguration& command, const XmlNode& section) {
     const auto rows = tarvodb::doSelect<RedesModulos>(command.db());
     if (rows.empty()) {
-        return fail(command, error::kDatabase, "No modules found");
+        return fail(command, ErrorCode::database, "No modules found");
     }
     FreeModules modules = headendModules(rows);
     std::vector<Entry> entries;
@@ -241,7 +241,7 @@ bool applyModules(CmdSetConfiguration& command, const XmlNode& section) {
         }
     }
     if (!std::all_of(entries.begin(), entries.end(), [](const Entry& e) { return e.assigned; })) {
-        return fail(command, error::kModuleNotFound);
+        return fail(command, ErrorCode::moduleNotFound);
     }
     return std::all_of(entries.begin(), entries.end(),
                        [&](const Entry& entry) { return applyModule(command, entry); });

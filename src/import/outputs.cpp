@@ -18,7 +18,7 @@ using tarvodb::SalidasLogicasGlobal;
 namespace {
 
 constexpr RequiredNumber kOutputId{.element = "outputId",
-                                   .errorCode = error::kModuleOutput,
+                                   .errorCode = ErrorCode::moduleOutput,
                                    .missing = "Output has no outputId field",
                                    .lowest = 1,
                                    .highest = 2,
@@ -42,8 +42,8 @@ constexpr CodedRule<RFOutGlobal> codedText(const char* element, RFOutGlobal::Col
             texts,
             document::codeOfAnyCase,
             label,
-            error::kModuleOutput,
-            error::kModuleOutput};
+            ErrorCode::moduleOutput,
+            ErrorCode::moduleOutput};
 }
 
 constexpr CodedRule<RFOutGlobal> kCodedRules[] = {
@@ -103,8 +103,8 @@ class OutputImport {
     bool applyActive(const XmlNode& child) {
         const int active = document::numberOf(child);
         if (active != 0 && active != 1) {
-            return failOnValue(command_, "output/active", error::kModuleOutput,
-                               error::kModuleOutput);
+            return failOnValue(command_, "output/active", ErrorCode::moduleOutput,
+                               ErrorCode::moduleOutput);
         }
         // A modulator that is on holds 3: it never equals 1, so that "on" always is a change.
         if (rf_.row[RFOutGlobal::Modo_Salida_Modulacion].asInt() != active) {
@@ -167,7 +167,7 @@ std::vector<Record<RFOutGlobal>> rfOutputs(const CmdSetConfiguration& command,
 bool applyOutput(CmdSetConfiguration& command, std::vector<Record<SalidasLogicasGlobal>>& outputs,
                  int rfOutputMode, const XmlNode& element) {
     if (!document::hasName(element, "output")) {
-        return fail(command, error::kInvalidCommand, "No output element found");
+        return fail(command, ErrorCode::invalidCommand, "No output element found");
     }
     const auto outputId = requiredNumber(command, element, kOutputId);
     if (!outputId) {
@@ -179,9 +179,9 @@ bool applyOutput(CmdSetConfiguration& command, std::vector<Record<SalidasLogicas
         rfRows = rfOutputs(command, *logical);
     }
     if (rfRows.empty()) {
-        return fail(command, Failure{.code = error::kModuleOutput,
+        return fail(command, Failure{.code = ErrorCode::moduleOutput,
                                      .message = "Output could not be found",
-                                     .loggedCode = error::kInvalidCommand});
+                                     .loggedCode = ErrorCode::invalidCommand});
     }
     return OutputImport(command, *outputId, *logical, rfRows.front()).apply(element, rfOutputMode);
 }
@@ -194,7 +194,7 @@ bool applyOutputs(CmdSetConfiguration& command, const char* mac, int rfOutputMod
     auto outputs =
         tarvodb::doSelect<SalidasLogicasGlobal>(command.db(), tarvodb::clause::kByMac, mac);
     if (outputs.empty()) {
-        return fail(command, error::kDatabase, "No module outputs found");
+        return fail(command, ErrorCode::database, "No module outputs found");
     }
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!applyOutput(command, outputs, rfOutputMode, element)) {

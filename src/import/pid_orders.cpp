@@ -61,7 +61,7 @@ bool insertStream(CmdSetConfiguration& command, const tarvodb::tSqlite3int& idSS
     const auto services =
         tarvodb::doSelect<Service>(command.db(), tarvodb::clause::kByService, idSSG.text());
     if (services.empty()) {
-        return fail(command, error::kDatabase, kMessage);
+        return fail(command, ErrorCode::database, kMessage);
     }
     const Record<Service>& service = services.front();
     Record<Stream> stream;
@@ -73,8 +73,8 @@ bool insertStream(CmdSetConfiguration& command, const tarvodb::tSqlite3int& idSS
     stream.put(Stream::fk_idSSG, idSSG);
     stream.put(Stream::Orden, given.order);
     stream.put(Stream::Tipo, given.type);
-    stream.put(Stream::EstadoBorrado, mark::kListed);
-    stream.put(Stream::EstadoPID, mark::kChanged);
+    stream.put(Stream::EstadoBorrado, RemovalMark::listed);
+    stream.put(Stream::EstadoPID, StatusMark::changed);
     return insertRecord(command, stream, kMessage);
 }
 
@@ -85,18 +85,18 @@ bool applyPidOrders(CmdSetConfiguration& command, int idSSG, const XmlNode& sect
     reportProgress("Processing: PIDs --->idSSG: " + std::to_string(idSSG));
     auto streams = tarvodb::selectByFkIdSSG(command.db(), key);
     for (auto& stream : streams) {
-        stream.set(Stream::EstadoBorrado, mark::kToBeRemoved);
-        stream.set(Stream::EstadoPID, mark::kChanged);
+        stream.set(Stream::EstadoBorrado, RemovalMark::toBeRemoved);
+        stream.set(Stream::EstadoPID, StatusMark::changed);
     }
     bool inserted = true;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "pidOrder")) {
-            return fail(command, error::kInvalidCommand, "No pidOrder element found");
+            return fail(command, ErrorCode::invalidCommand, "No pidOrder element found");
         }
         const GivenStream given = read(element);
         if (auto* stream = streamOf(streams, given)) {
             stream->set(Stream::Orden, given.order);
-            stream->set(Stream::EstadoBorrado, mark::kListed);
+            stream->set(Stream::EstadoBorrado, RemovalMark::listed);
         } else {
             inserted &= insertStream(command, key, given);
         }

@@ -15,7 +15,7 @@ bool applyPreferredLanguages(CmdSetConfiguration& command, const XmlNode& sectio
     }
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "language")) {
-            return fail(command, error::kInvalidCommand, "language expected");
+            return fail(command, ErrorCode::invalidCommand, "language expected");
         }
         const char* code = document::textOf(element);
         tarvodb::Record<AudioLanguageListGlobal> language;

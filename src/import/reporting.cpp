@@ -4,7 +4,6 @@
 
 #include <iostream>
 
-#include "command/error_codes.h"
 #include "platform/debug_log.h"
 #include "platform/platform.h"
 
@@ -18,7 +17,7 @@ std::string loggedMessage(const Failure& failure) {
 }
 
 std::string errorLine(const Failure& failure) {
-    return "Error " + std::to_string(failure.loggedCode.value_or(failure.code)) + ", " +
+    return "Error " + std::to_string(number(failure.loggedCode.value_or(failure.code))) + ", " +
            loggedMessage(failure);
 }
 
@@ -35,7 +34,7 @@ bool fail(Command& command, const Failure& failure) {
     return false;
 }
 
-bool fail(Command& command, int code, const std::string& message) {
+bool fail(Command& command, ErrorCode code, const std::string& message) {
     return fail(command, Failure{.code = code, .message = message});
 }
 
@@ -47,7 +46,7 @@ bool failPlainly(Command& command, const Failure& failure) {
 }
 
 bool failOnElement(Command& command, const std::string& message) {
-    return fail(command, Failure{.code = error::kInvalidCommand, .loggedMessage = message});
+    return fail(command, Failure{.code = ErrorCode::invalidCommand, .loggedMessage = message});
 }
 
 void logFault(const std::string& line) {

@@ -6,15 +6,16 @@
 #include <string>
 
 #include "command/command.h"
+#include "command/error_codes.h"
 
 namespace tarvo_remote_control {
 
 // An error as it is recorded and, where the two differ, as it is logged.
 struct Failure {
-    int code;
+    ErrorCode code;
     // The detail of the recorded error. Where it is empty, the code's own text is logged.
     std::string message = {};
-    std::optional<int> loggedCode = {};
+    std::optional<ErrorCode> loggedCode = {};
     std::optional<std::string> loggedMessage = {};
     // The line of the debug log; "Error <code>, <message>" otherwise.
     std::optional<std::string> debugLine = {};
@@ -22,7 +23,7 @@ struct Failure {
 
 // Records and logs an error. Returns false, so that a handler can end with it.
 bool fail(Command& command, const Failure& failure);
-bool fail(Command& command, int code, const std::string& message = "");
+bool fail(Command& command, ErrorCode code, const std::string& message = "");
 
 // As fail, for the errors whose debug line is the logged message alone and comes first.
 bool failPlainly(Command& command, const Failure& failure);

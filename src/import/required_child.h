@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "command/error_codes.h"
 #include "import/cmd_set_configuration.h"
 
 namespace tarvo_remote_control {
@@ -10,7 +11,7 @@ namespace tarvo_remote_control {
 // A number that an element must give in a child, and the errors (of one code) when it does not.
 struct RequiredNumber {
     const char* element;
-    int errorCode;
+    ErrorCode errorCode;
     const char* missing;
     int lowest;
     int highest;

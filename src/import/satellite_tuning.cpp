@@ -66,7 +66,7 @@ bool tuneSatellite(CmdSetConfiguration& command, Change<NimGlobal>& tuner, bool 
     const auto intermediate = std::int64_t{row[NimGlobal::fe].asInt()} - *oscillator;
     if (intermediate < kLowestIntermediateFrequency ||
         intermediate > kHighestIntermediateFrequency) {
-        return fail(command, error::kModuleInput,
+        return fail(command, ErrorCode::moduleInput,
                     "Resulting intermediate frequency is out of range. Please check frequency and "
                     "diseqc/band/rfLoop values.");
     }

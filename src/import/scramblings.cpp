@@ -51,7 +51,7 @@ std::optional<GivenScrambling> read(CmdSetConfiguration& command, const XmlNode&
         if (document::hasName(child, "active")) {
             given.active = document::numberOf(child);
             if (given.active != 0 && given.active != 1) {
-                fail(command, error::kInvalidValue, "scrambling/active should be 0/1");
+                fail(command, ErrorCode::invalidValue, "scrambling/active should be 0/1");
                 return std::nullopt;
             }
         }
@@ -60,15 +60,15 @@ std::optional<GivenScrambling> read(CmdSetConfiguration& command, const XmlNode&
                 document::codeOfAnyCase(document::kScramblingMode, document::textOf(child));
             if (!given.mode) {
                 // A bad mode has this text and these two codes on purpose.
-                fail(command, Failure{.code = error::kInvalidCommand,
+                fail(command, Failure{.code = ErrorCode::invalidCommand,
                                       .message = kNoName,
-                                      .loggedCode = error::kInvalidValue});
+                                      .loggedCode = ErrorCode::invalidValue});
                 return std::nullopt;
             }
         }
     }
     if (given.name == nullptr) {
-        fail(command, error::kInvalidCommand, kNoName);
+        fail(command, ErrorCode::invalidCommand, kNoName);
         return std::nullopt;
     }
     return given;
@@ -81,7 +81,7 @@ bool write(CmdSetConfiguration& command, Record<Table>& record, bool isNew,
     if (isNew) {
         return insertRecord(command, record, insertMessage);
     }
-    return record[Table::Estado].asInt() != mark::kChanged ||
+    return !holds(record[Table::Estado], StatusMark::changed) ||
            updateRecord(command, record, updateMessage);
 }
 
@@ -89,7 +89,7 @@ Record<ScramblingGlobal> newSystem() {
     Record<ScramblingGlobal> system;
     system.put(ScramblingGlobal::ScramblingName, kSystem);
     system.put(ScramblingGlobal::Mode, 0);
-    system.put(ScramblingGlobal::Estado, mark::kChanged);
+    system.put(ScramblingGlobal::Estado, StatusMark::changed);
     return system;
 }
 
@@ -99,7 +99,7 @@ bool writeSystem(CmdSetConfiguration& command, const GivenScrambling& given) {
     const bool isNew = stored.empty();
     Record<ScramblingGlobal> system = isNew ? newSystem() : std::move(stored.front());
     if (given.active && system.setIfOtherNumber(ScramblingGlobal::Mode, *given.active)) {
-        system.set(ScramblingGlobal::Estado, mark::kChanged);
+        system.set(ScramblingGlobal::Estado, StatusMark::changed);
     }
     return write(command, system, isNew, "Could not insert ScramblingG",
                  "Could not update ScramblingG");
@@ -115,7 +115,7 @@ Record<ScramblingKeysGlobal> newKeys() {
          {Keys::Odd, Keys::Even, Keys::K_Shared, Keys::EK_Odd, Keys::EK_Even, Keys::Date}) {
         keys.put(text, "");
     }
-    keys.put(Keys::Estado, mark::kChanged);
+    keys.put(Keys::Estado, StatusMark::changed);
     return keys;
 }
 
@@ -138,7 +138,7 @@ void setKeys(Record<ScramblingKeysGlobal>& keys, const GivenScrambling& given) {
     changed |= setControlWord(Keys::Even, Keys::EK_Even, given.evenKey);
     changed |= setText(Keys::Date, given.date);
     if (changed) {
-        keys.set(Keys::Estado, mark::kChanged);
+        keys.set(Keys::Estado, StatusMark::changed);
     }
 }
 

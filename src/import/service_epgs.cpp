@@ -69,11 +69,11 @@ bool passes(CmdSetConfiguration& command, const Field<Table>& field, const char*
         case Check::present:
             // An element without text reads as the empty text, which is a value.
             return text != nullptr ||
-                   fail(command, error::kInvalidValue, name + " value can't be NULL");
+                   fail(command, ErrorCode::invalidValue, name + " value can't be NULL");
         case Check::identifier:
             const int number = tarvodb::toInt(text);
             return (number >= 1 && number <= 65535) ||
-                   fail(command, error::kInvalidValue,
+                   fail(command, ErrorCode::invalidValue,
                         name + " value must be a value between [1-65535]");
     }
     return true;
@@ -142,7 +142,7 @@ bool insertChildren(CmdSetConfiguration& command, const ChildList<Table, Size>& 
     bool inserted = true;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, list.element)) {
-            return fail(command, error::kInvalidCommand, list.wrongElement);
+            return fail(command, ErrorCode::invalidCommand, list.wrongElement);
         }
         Record<Table> record;
         record.put(Table::fk_idService_EPG, serviceId);
@@ -206,7 +206,7 @@ bool applyServiceEpgs(CmdSetConfiguration& command, const XmlNode& section) {
     bool stored = emptyTables(command);
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "serviceEPG")) {
-            return fail(command, error::kInvalidCommand, "No serviceEPG element found");
+            return fail(command, ErrorCode::invalidCommand, "No serviceEPG element found");
         }
         const Outcome outcome = insertService(command, element);
         if (outcome == Outcome::failed) {

@@ -22,14 +22,14 @@ using Service = tarvodb::ServiciosSalidaGlobal;
 namespace {
 
 constexpr RequiredNumber kOutputId{.element = "outputId",
-                                   .errorCode = error::kInvalidCommand,
+                                   .errorCode = ErrorCode::invalidCommand,
                                    .missing = "Service has no outputId field",
                                    .lowest = 1,
                                    .highest = 2,
                                    .outOfRange = "Service outputId should be 1 or 2"};
 
 constexpr RequiredNumber kOutputSid{.element = "outputSid",
-                                    .errorCode = error::kInvalidCommand,
+                                    .errorCode = ErrorCode::invalidCommand,
                                     .missing = "Service has no outputSid field",
                                     .lowest = 1,
                                     .highest = std::numeric_limits<int>::max(),
@@ -120,9 +120,9 @@ class ServiceImport {
     bool apply(const XmlNode& element) {
         bool applied = applyChildren(element);
         if (isNew_ || service_.changed) {
-            service_.row.set(Service::EstadoServicio, mark::kChanged);
+            service_.row.set(Service::EstadoServicio, StatusMark::changed);
         }
-        service_.row.set(Service::EstadoBorrado, mark::kListed);
+        service_.row.set(Service::EstadoBorrado, RemovalMark::listed);
         if (isNew_) {
             applied &= insertRecord(command_, service_.row, "Could not insert service");
         }
@@ -161,7 +161,7 @@ class ServiceImport {
                 break;
             case Special::serviceId:
                 if (number > kHighestServiceId) {
-                    return fail(command_, error::kInvalidValue,
+                    return fail(command_, ErrorCode::invalidValue,
                                 std::string(rule.element) + " value cannot be greater than 65535");
                 }
                 break;
@@ -180,7 +180,7 @@ class ServiceImport {
         }
         if (lcn < 1) {
             // The one refusal of a configuration that is not logged.
-            command_.addError(error::kInvalidValue, "LCN value cannot be 0");
+            command_.addError(ErrorCode::invalidValue, "LCN value cannot be 0");
             return false;
         }
         if (DeviceIdentity::instance().isRNB()) {
@@ -199,7 +199,7 @@ class ServiceImport {
 bool applyService(CmdSetConfiguration& command, const char* mac,
                   std::vector<Record<Service>>& services, const XmlNode& element) {
     if (!document::hasName(element, "service")) {
-        return fail(command, error::kInvalidCommand, "No service element found");
+        return fail(command, ErrorCode::invalidCommand, "No service element found");
     }
     const auto outputId = requiredNumber(command, element, kOutputId);
     const auto outputSid = outputId ? requiredNumber(command, element, kOutputSid) : std::nullopt;
@@ -216,8 +216,8 @@ bool applyService(CmdSetConfiguration& command, const char* mac,
 // Marks the streams of a service that is to be removed. The first failure ends it.
 bool removeStreams(CmdSetConfiguration& command, const Record<Service>& service) {
     for (auto& pid : tarvodb::selectByFkIdSSG(command.db(), service.key())) {
-        pid.set(PIDsSalidaGlobal::EstadoBorrado, mark::kToBeRemoved);
-        pid.set(PIDsSalidaGlobal::EstadoPID, mark::kChanged);
+        pid.set(PIDsSalidaGlobal::EstadoBorrado, RemovalMark::toBeRemoved);
+        pid.set(PIDsSalidaGlobal::EstadoPID, StatusMark::changed);
         if (!updateRecord(command, pid, "Could not update pidIt")) {
             return false;
         }
@@ -229,11 +229,11 @@ bool removeStreams(CmdSetConfiguration& command, const Record<Service>& service)
 bool saveServices(CmdSetConfiguration& command, std::vector<Record<Service>>& services) {
     bool saved = true;
     for (auto& service : services) {
-        if (service[Service::EstadoBorrado].asInt() != mark::kListed) {
+        if (!holds(service[Service::EstadoBorrado], RemovalMark::listed)) {
             service.set(Service::Seleccionado, 0);
             service.set(Service::Orden, 0);
             service.set(Service::LCN, 0);
-            service.set(Service::EstadoServicio, mark::kChanged);
+            service.set(Service::EstadoServicio, StatusMark::changed);
             saved &= removeStreams(command, service);
         }
         if (!updateRecord(command, service, "Could not update service")) {
@@ -249,7 +249,7 @@ bool applyServices(CmdSetConfiguration& command, const char* mac, const XmlNode&
     reportProgress("Processing: Services");
     auto services = tarvodb::doSelect<Service>(command.db(), tarvodb::clause::kByMac, mac);
     for (auto& service : services) {
-        service.set(Service::EstadoBorrado, mark::kToBeRemoved);
+        service.set(Service::EstadoBorrado, RemovalMark::toBeRemoved);
     }
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!applyService(command, mac, services, element)) {

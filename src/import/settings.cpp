@@ -50,7 +50,7 @@ bool applySettings(CmdSetConfiguration& command, const XmlNode& section,
         const Setting* setting = document::rowFor(settings, child);
         if (setting != nullptr && !setConfig(command, *setting, document::textOf(child))) {
             reportProgress(kAddressLine);
-            return fail(command, Failure{.code = error::kDatabase,
+            return fail(command, Failure{.code = ErrorCode::database,
                                          .message = "Could not set value",
                                          .loggedMessage = std::string("Could not set ") +
                                                           section.name() + "/" + child.name()});
@@ -67,13 +67,13 @@ bool applyMaintenances(CmdSetConfiguration& command, const XmlNode& section) {
     bool written = true;
     for (const XmlNode& maintenance : document::childrenOf(section)) {
         if (!document::hasName(maintenance, document::kMaintenance.element)) {
-            return failPlainly(command, {.code = error::kInvalidCommand,
+            return failPlainly(command, {.code = ErrorCode::invalidCommand,
                                          .loggedMessage = "No maintenance element found"});
         }
         // Nothing is written of an element that is not complete.
         for (const Setting& setting : document::kMaintenance.settings) {
             if (document::lastText(maintenance, setting.element) == nullptr) {
-                return fail(command, error::kInvalidValue);
+                return fail(command, ErrorCode::invalidValue);
             }
         }
         for (const Setting& setting : document::kMaintenance.settings) {

@@ -1,13 +1,31 @@
 // The marks in the status columns, for the device's own software to act on.
 #pragma once
 
-namespace tarvo_remote_control::mark {
+#include <concepts>
+
+#include "db/value.h"
+
+namespace tarvo_remote_control {
 
 // Estado, estado, EstadoServicio, EstadoPID: changed and still to be applied.
-inline constexpr int kChanged = 1;
+enum class StatusMark : int { changed = 1 };
 
 // EstadoBorrado
-inline constexpr int kListed = 0;
-inline constexpr int kToBeRemoved = 2;
+enum class RemovalMark : int { listed = 0, toBeRemoved = 2 };
 
-}  // namespace tarvo_remote_control::mark
+template <class T>
+concept Mark = std::same_as<T, StatusMark> || std::same_as<T, RemovalMark>;
+
+// The mark as a column stores it; db/record.h finds this one by the mark's type.
+template <Mark T>
+tarvodb::tSqlite3parent columnValue(T mark) {
+    return tarvodb::columnValue(static_cast<int>(mark));
+}
+
+// Whether a status column holds the mark. NULL reads as 0.
+template <Mark T>
+bool holds(const tarvodb::tSqlite3parent& column, T mark) {
+    return column.asInt() == static_cast<int>(mark);
+}
+
+}  // namespace tarvo_remote_control

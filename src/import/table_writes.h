@@ -15,21 +15,21 @@ namespace tarvo_remote_control {
 // Empties the table; error 102 with `message` when that fails.
 template <class Table>
 bool emptyTable(CmdSetConfiguration& command, const std::string& message) {
-    return tarvodb::deleteAll<Table>(command.db()) || fail(command, error::kDatabase, message);
+    return tarvodb::deleteAll<Table>(command.db()) || fail(command, ErrorCode::database, message);
 }
 
 // Inserts the record; error 102 with `message` when that fails.
 template <class Table>
 bool insertRecord(CmdSetConfiguration& command, tarvodb::Record<Table>& record,
                   const std::string& message) {
-    return tarvodb::insert(record, command.db()) || fail(command, error::kDatabase, message);
+    return tarvodb::insert(record, command.db()) || fail(command, ErrorCode::database, message);
 }
 
 // Updates the record; error 102 with `message` when that fails.
 template <class Table>
 bool updateRecord(CmdSetConfiguration& command, tarvodb::Record<Table>& record,
                   const std::string& message) {
-    return tarvodb::update(record, command.db()) || fail(command, error::kDatabase, message);
+    return tarvodb::update(record, command.db()) || fail(command, ErrorCode::database, message);
 }
 
 // Replaces the table's rows by `records`, in their order. A failure does not stop the rest, so

@@ -34,7 +34,10 @@ struct Outcome {
     // The children of `data`, without line ends.
     std::string data;
 
-    explicit Outcome(tarvo_remote_control::Command& command) : codes(command.errors()) {
+    explicit Outcome(tarvo_remote_control::Command& command) {
+        for (const auto code : command.errors()) {
+            codes.insert(number(code));
+        }
         // The tree is reached from a node in it: resultXml() would set `result` anew.
         document::XmlNode* probe = command.createNode("probe");
         command.result().appendToData(probe);

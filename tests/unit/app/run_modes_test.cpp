@@ -31,7 +31,7 @@ class RunModes : public test::DeviceTest {
   protected:
     RunModes() { becomeModel("RNB-K408"); }
 
-    int import(const std::string& text) {
+    ExitStatus import(const std::string& text) {
         device.writeFile(kDocument, text);
         return importConfiguration(kDocument);
     }
@@ -53,7 +53,7 @@ const test::Row kCam = {"7"};
 TEST_F(RunModes, ExportHasTheConfigurationAsItsRoot) {
     becomeModel("QRA-310");
 
-    EXPECT_EQ(exportConfiguration(kOutputFile), 0);
+    EXPECT_EQ(exportConfiguration(kOutputFile), ExitStatus::success);
 
     const std::string text = device.readFile("/tmp/ConfigurationXML.xml").value_or("");
     EXPECT_THAT(text,
@@ -66,7 +66,7 @@ TEST_F(RunModes, ExportHasTheConfigurationAsItsRoot) {
 TEST_F(RunModes, ExportOfAnRnbIsABackupOfConfigurationAndCamList) {
     device.execute(tarvodb::kVsecureDatabase, "INSERT INTO VSecure (idCliente) VALUES ('7')");
 
-    EXPECT_EQ(exportConfiguration(kOutputFile), 0);
+    EXPECT_EQ(exportConfiguration(kOutputFile), ExitStatus::success);
 
     const std::string text = device.readFile(kOutputFile).value_or("");
     EXPECT_THAT(text, StartsWith(std::string(kDeclaration) + "<backup>\n\t<configuration>\n"));
@@ -90,7 +90,7 @@ TEST_F(RunModes, ExportWithAnErrorPrintsNothingAndKeepsAnEarlierFile) {
     device.writeFile(kOutputFile, "earlier");
     device.failOpens(tarvodb::kConfigDatabase);
 
-    EXPECT_EQ(exportConfiguration(kOutputFile), 3);
+    EXPECT_EQ(exportConfiguration(kOutputFile), ExitStatus::database);
 
     EXPECT_EQ(out(), "");
     EXPECT_EQ(err(), "Error: 102\n");
@@ -101,7 +101,7 @@ TEST_F(RunModes, ExportWithAnErrorPrintsNothingAndKeepsAnEarlierFile) {
 TEST_F(RunModes, ExportOfAnRnbWithoutItsCamDatabaseIsAnError) {
     device.failOpens(tarvodb::kVsecureDatabase);
 
-    EXPECT_EQ(exportConfiguration(kOutputFile), 3);
+    EXPECT_EQ(exportConfiguration(kOutputFile), ExitStatus::database);
 
     EXPECT_EQ(out(), "");
     EXPECT_EQ(err(), "Error: 102\n");
@@ -113,42 +113,45 @@ TEST_F(RunModes, ExportThatCannotCreateItsFileHasPrintedTheDocument) {
     becomeModel("QRA-310");
     std::filesystem::create_directory(device.path(kOutputFile));
 
-    EXPECT_EQ(exportConfiguration(kOutputFile), 1);
+    EXPECT_EQ(exportConfiguration(kOutputFile), ExitStatus::failure);
 
     EXPECT_THAT(out(), StartsWith(kDeclaration));
     EXPECT_EQ(err(), "Unable to create ConfigurationXML file\n");
 }
 
 TEST_F(RunModes, ImportTakesAConfigurationAtTheTop) {
-    EXPECT_EQ(import(kConfiguration), 0);
+    EXPECT_EQ(import(kConfiguration), ExitStatus::success);
     EXPECT_THAT(locations(), ElementsAre(kRoof));
 }
 
 TEST_F(RunModes, ImportTakesConfigurationAndCamListOfABackup) {
-    EXPECT_EQ(import(std::string("<backup>") + kCamList + kConfiguration + "</backup>"), 0);
+    EXPECT_EQ(import(std::string("<backup>") + kCamList + kConfiguration + "</backup>"),
+              ExitStatus::success);
     EXPECT_THAT(locations(), ElementsAre(kRoof));
     EXPECT_THAT(cams(), ElementsAre(kCam));
 }
 
 TEST_F(RunModes, ImportOfABackupWithoutCamListIsComplete) {
-    EXPECT_EQ(import(std::string("<backup>") + kConfiguration + "</backup>"), 0);
+    EXPECT_EQ(import(std::string("<backup>") + kConfiguration + "</backup>"), ExitStatus::success);
     EXPECT_THAT(locations(), ElementsAre(kRoof));
 }
 
 TEST_F(RunModes, ImportIgnoresACamListOutsideABackup) {
-    EXPECT_EQ(import(std::string(kConfiguration) + kCamList), 0);
+    EXPECT_EQ(import(std::string(kConfiguration) + kCamList), ExitStatus::success);
     EXPECT_THAT(locations(), ElementsAre(kRoof));
     EXPECT_THAT(cams(), ElementsAre());
 }
 
 TEST_F(RunModes, ImportLeavesTheCamListOfAFailedConfigurationAlone) {
-    EXPECT_EQ(import(std::string("<backup>") + kRefused + kCamList + "</backup>"), 2);
+    EXPECT_EQ(import(std::string("<backup>") + kRefused + kCamList + "</backup>"),
+              ExitStatus::invalidCommand);
     EXPECT_THAT(cams(), ElementsAre());
 }
 
 TEST_F(RunModes, ImportReportsAFailedCamListAfterAStoredConfiguration) {
     device.failOpens(tarvodb::kVsecureDatabase);
-    EXPECT_EQ(import(std::string("<backup>") + kConfiguration + kCamList + "</backup>"), 3);
+    EXPECT_EQ(import(std::string("<backup>") + kConfiguration + kCamList + "</backup>"),
+              ExitStatus::database);
     EXPECT_EQ(err(), "Error: 102\n");
     EXPECT_THAT(locations(), ElementsAre(kRoof));
 }
@@ -156,13 +159,13 @@ TEST_F(RunModes, ImportReportsAFailedCamListAfterAStoredConfiguration) {
 TEST_F(RunModes, ImportComparesTheOuterNamesExactly) {
     for (const char* text : {"<Configuration/>", "<Backup><configuration/></Backup>",
                              "<backup><CONFIGURATION/></backup>", "<backup/><configuration/>"}) {
-        EXPECT_EQ(import(text), 1) << text;
+        EXPECT_EQ(import(text), ExitStatus::failure) << text;
     }
-    EXPECT_EQ(import("<other/><configuration/>"), 0);
+    EXPECT_EQ(import("<other/><configuration/>"), ExitStatus::success);
 }
 
 TEST_F(RunModes, ImportOfAMissingFileFindsNoConfiguration) {
-    EXPECT_EQ(importConfiguration("/tmp/nowhere.xml"), 1);
+    EXPECT_EQ(importConfiguration("/tmp/nowhere.xml"), ExitStatus::failure);
     EXPECT_EQ(err(), kNoConfiguration);
 }
 
@@ -178,13 +181,13 @@ TEST_F(RunModes, MalformedXmlIsThrownWithFileLineAndColumn) {
 
 TEST_F(RunModes, ASuccessfulImportIsNotTriedAgain) {
     device.writeFile(kDocument, kConfiguration);
-    EXPECT_EQ(importWithRetries(kDocument), 0);
+    EXPECT_EQ(importWithRetries(kDocument), ExitStatus::success);
     EXPECT_THAT(device.sleeps(), ElementsAre());
 }
 
 TEST_F(RunModes, AFailedImportIsTriedThreeTimesEachFollowedByASecond) {
     device.writeFile(kDocument, "<none/>");
-    EXPECT_EQ(importWithRetries(kDocument), 1);
+    EXPECT_EQ(importWithRetries(kDocument), ExitStatus::failure);
     EXPECT_EQ(err(), std::string(kNoConfiguration) + kNoConfiguration + kNoConfiguration);
     EXPECT_THAT(device.sleeps(), ElementsAre("1", "1", "1"));
 }
@@ -195,7 +198,7 @@ TEST_F(RunModes, ASecondTrySeesWhatTheFirstLeft) {
     device.writeFile(kDocument,
                      "<configuration><network><ip>10.0.0.9</ip></network></configuration>");
 
-    EXPECT_EQ(importWithRetries(kDocument), 0);
+    EXPECT_EQ(importWithRetries(kDocument), ExitStatus::success);
 
     EXPECT_THAT(device.shellCommands(), ElementsAre(script));
     EXPECT_THAT(device.sleeps(), ElementsAre("1"));

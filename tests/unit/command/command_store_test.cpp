@@ -91,7 +91,7 @@ TEST_F(CommandStore, StoresDocumentStatusAndSchedule) {
     ScriptedCommand command(document);
     command.setNextTime(1700000000);
     command.setSchedule("daily 'late' 50%");
-    command.addError(202);
+    command.addError(ErrorCode{202});
     command.setStatus(RunStatus::done);
     EXPECT_TRUE(command.save());
     EXPECT_EQ(
@@ -270,7 +270,7 @@ TEST_F(CommandStore, LoadOfADoneCommandRestoresItsResult) {
     ScriptedCommand command;
     load(command, "7, 42, 2, 0, '', 'c', '" + result + "'");
     EXPECT_EQ(command.status(), RunStatus::done);
-    EXPECT_EQ(command.errors(), std::set<int>{103});
+    EXPECT_EQ(command.errors(), std::set{ErrorCode{103}});
     EXPECT_EQ(command.result().toXml(document::kNoIndenting), result);
 }
 
@@ -306,14 +306,14 @@ TEST_F(CommandStore, ALoadedCommandIsSavedToItsRow) {
 
 TEST_F(CommandStore, AResultThatWasSavedIsLoadedAgain) {
     ScriptedCommand saved;
-    saved.addError(103, "a & 'b' \xff");
+    saved.addError(ErrorCode{103}, "a & 'b' \xff");
     saved.setStatus(RunStatus::done);
     store(saved);
     ScriptedCommand loaded;
     const tarvodb::Database db = tarvodb::openDatabase(kCommandDatabase);
     loaded.load(tarvodb::doSelect<RCCommand>(db.get()).at(0));
     EXPECT_EQ(loaded.resultXml(), saved.resultXml());
-    EXPECT_EQ(loaded.errors(), std::set<int>{103});
+    EXPECT_EQ(loaded.errors(), std::set{ErrorCode{103}});
 }
 
 }  // namespace tarvo_remote_control

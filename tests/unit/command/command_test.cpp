@@ -72,21 +72,21 @@ TEST_F(CommandRun, ExecutesOnceWhileRunningAndIsThenDone) {
 
 TEST_F(CommandRun, IsNotRepeatedForOtherErrors) {
     ScriptedCommand command([](ScriptedCommand& self) {
-        self.addError(101);
-        self.addError(202, "detail");
+        self.addError(ErrorCode{101});
+        self.addError(ErrorCode{202}, "detail");
     });
     command.run();
     EXPECT_EQ(command.executions, 1);
-    EXPECT_EQ(command.errors(), (std::set<int>{101, 202}));
+    EXPECT_EQ(command.errors(), (std::set{ErrorCode{101}, ErrorCode{202}}));
     EXPECT_TRUE(device.sleeps().empty());
 }
 
 TEST_F(CommandRun, IsRepeatedTenTimesWhileTheDatabaseCannotBeAccessed) {
-    ScriptedCommand command([](ScriptedCommand& self) { self.addError(102); });
+    ScriptedCommand command([](ScriptedCommand& self) { self.addError(ErrorCode{102}); });
     command.run();
     EXPECT_EQ(command.executions, 11);
     EXPECT_EQ(device.events(), Lines(10, "sleep: 1"));
-    EXPECT_EQ(command.errors(), std::set<int>{102});
+    EXPECT_EQ(command.errors(), std::set{ErrorCode{102}});
     EXPECT_EQ(command.status(), RunStatus::done);
 }
 
@@ -94,20 +94,20 @@ TEST_F(CommandRun, StopsAsSoonAsTheDatabaseCanBeAccessed) {
     ScriptedCommand command([](ScriptedCommand& self) {
         EXPECT_TRUE(self.errors().empty());
         EXPECT_EQ(self.status(), RunStatus::running);
-        self.addError(self.executions <= 2 ? 102 : 103);
+        self.addError(self.executions <= 2 ? ErrorCode::database : ErrorCode::invalidValue);
     });
     command.run();
     EXPECT_EQ(command.executions, 3);
     EXPECT_EQ(device.sleeps(), (Lines{"1", "1"}));
-    EXPECT_EQ(command.errors(), std::set<int>{103});
+    EXPECT_EQ(command.errors(), std::set{ErrorCode{103}});
 }
 
 TEST_F(CommandRun, ForgetsErrorsAndDataBeforeEachRepetition) {
     ScriptedCommand command([](ScriptedCommand& self) {
         self.result().appendToData(self.createNode("try", std::to_string(self.executions).c_str()));
         if (self.executions == 1) {
-            self.addError(501);
-            self.addError(102);
+            self.addError(ErrorCode{501});
+            self.addError(ErrorCode{102});
         }
     });
     command.run();
@@ -118,7 +118,7 @@ TEST_F(CommandRun, LogsEachRepetitionWithTheDebugBit) {
     platform::debugMask = platform::kDebugLogBit;
     ScriptedCommand command([](ScriptedCommand& self) {
         if (self.executions <= 2) {
-            self.addError(102);
+            self.addError(ErrorCode{102});
         }
     });
     command.run();

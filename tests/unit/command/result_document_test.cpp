@@ -159,18 +159,18 @@ TEST_F(ResultOfCommand, OutcomeIsANumberUntilPrintingSetsIt) {
 
 TEST_F(ResultOfCommand, AnErrorWithoutDetailHasTheTextOfItsCode) {
     ResultDocument result;
-    result.addError(202);
+    result.addError(ErrorCode{202});
     EXPECT_EQ(flat(result),
               documentWith("0",
                            "<errors><error><id>202</id><text>Could not set configuration</text>"
                            "</error></errors>",
                            "<data/>"));
-    EXPECT_EQ(result.errors(), std::set<int>{202});
+    EXPECT_EQ(result.errors(), std::set{ErrorCode{202}});
 }
 
 TEST_F(ResultOfCommand, AnErrorsDetailFollowsTheTextOfItsCode) {
     ResultDocument result;
-    result.addError(103, "port");
+    result.addError(ErrorCode{103}, "port");
     EXPECT_EQ(
         flat(result),
         documentWith("0", "<errors>" + errorElement("103", "Invalid value: port") + "</errors>",
@@ -179,18 +179,18 @@ TEST_F(ResultOfCommand, AnErrorsDetailFollowsTheTextOfItsCode) {
 
 TEST_F(ResultOfCommand, AnUnknownErrorIsRecordedAsSuch) {
     ResultDocument result;
-    result.addError(999);
+    result.addError(ErrorCode{999});
     EXPECT_EQ(flat(result),
               documentWith("0", "<errors>" + errorElement("999", "Unknown Error") + "</errors>",
                            "<data/>"));
-    EXPECT_EQ(result.errors(), std::set<int>{999});
+    EXPECT_EQ(result.errors(), std::set{ErrorCode{999}});
 }
 
 TEST_F(ResultOfCommand, ErrorsStandInTheirOrderAndTheirCodesAscend) {
     ResultDocument result;
-    result.addError(401, "");
-    result.addError(102, "");
-    EXPECT_EQ(*result.errors().begin(), 102);
+    result.addError(ErrorCode{401}, "");
+    result.addError(ErrorCode{102}, "");
+    EXPECT_EQ(*result.errors().begin(), ErrorCode::database);
     EXPECT_EQ(flat(result),
               documentWith("0",
                            "<errors>" + errorElement("401", "Invalid module input") +
@@ -200,9 +200,9 @@ TEST_F(ResultOfCommand, ErrorsStandInTheirOrderAndTheirCodesAscend) {
 
 TEST_F(ResultOfCommand, ARepeatedErrorIsASecondElementOfOneCode) {
     ResultDocument result;
-    result.addError(103, "a");
-    result.addError(103, "b");
-    EXPECT_EQ(result.errors(), std::set<int>{103});
+    result.addError(ErrorCode{103}, "a");
+    result.addError(ErrorCode{103}, "b");
+    EXPECT_EQ(result.errors(), std::set{ErrorCode{103}});
     EXPECT_EQ(flat(result), documentWith("0",
                                          "<errors>" + errorElement("103", "Invalid value: a") +
                                              errorElement("103", "Invalid value: b") + "</errors>",
@@ -211,7 +211,7 @@ TEST_F(ResultOfCommand, ARepeatedErrorIsASecondElementOfOneCode) {
 
 TEST_F(ResultOfCommand, ErrorZeroIsAnErrorToo) {
     ResultDocument result;
-    result.addError(0);
+    result.addError(ErrorCode{0});
     EXPECT_EQ(
         flat(result),
         documentWith("0", "<errors>" + errorElement("0", "No error") + "</errors>", "<data/>"));
@@ -219,11 +219,11 @@ TEST_F(ResultOfCommand, ErrorZeroIsAnErrorToo) {
 
 TEST_F(ResultOfCommand, ErrorsAreLoggedWithTheDebugBit) {
     ResultDocument result;
-    result.addError(501);
+    result.addError(ErrorCode{501});
     EXPECT_TRUE(device.logLines().empty());
     platform::debugMask = platform::kDebugLogBit;
-    result.addError(103, "50%s");
-    result.addError(202);
+    result.addError(ErrorCode{103}, "50%s");
+    result.addError(ErrorCode{202});
     EXPECT_EQ(device.logLines(), (Lines{"3: Command error: 103 Invalid value: 50%s",
                                         "3: Command error: 202 Could not set configuration"}));
 }
@@ -231,7 +231,7 @@ TEST_F(ResultOfCommand, ErrorsAreLoggedWithTheDebugBit) {
 TEST_F(ResultOfCommand, ResetForgetsErrorsAndData) {
     ResultDocument result;
     result.setCommandId(7);
-    result.addError(102);
+    result.addError(ErrorCode{102});
     result.appendToData(result.createNode("a"));
     result.toXml();
     result.reset();
@@ -250,10 +250,10 @@ TEST_F(ResultOfCommand, LoadedDocumentReplacesTheOldOne) {
         "<error><id>102</id><text>t</text></error></errors><data><x>1</x></data>"
         "</commandResult>";
     ResultDocument result;
-    result.addError(401);
+    result.addError(ErrorCode{401});
     result.appendToData(result.createNode("old"));
     result.loadXml(stored);
-    EXPECT_EQ(result.errors(), (std::set<int>{102, 103}));
+    EXPECT_EQ(result.errors(), (std::set{ErrorCode{102}, ErrorCode{103}}));
     EXPECT_EQ(flat(result), stored);
 }
 
@@ -267,7 +267,7 @@ TEST_F(ResultOfCommand, LoadedDocumentIsCopied) {
 
 TEST_F(ResultOfCommand, ThatIsIndentedLoadsTheSame) {
     ResultDocument result;
-    result.addError(103, "a");
+    result.addError(ErrorCode{103}, "a");
     EXPECT_EQ(flatAfterLoading(result.toXml()), flat(result));
 }
 
@@ -293,7 +293,7 @@ TEST_F(ResultOfCommand, LoadedElementsAreTheOnesThatAreSetLater) {
         "<commandResult><commandId>3</commandId><result>0</result><errors/><data/>"
         "</commandResult>");
     result.setCommandId(8);
-    result.addError(202);
+    result.addError(ErrorCode{202});
     result.appendToData(result.createNode("x"));
     EXPECT_EQ(flat(result),
               kDeclaration + "<commandResult><commandId>8</commandId><result>0</result><errors>" +
@@ -309,22 +309,22 @@ TEST_F(ResultOfCommand, OnlyLoadedErrorsWithCodeAndTextCount) {
         "</errors>";
     ResultDocument result;
     result.loadXml("<commandResult>" + errors + "</commandResult>");
-    EXPECT_EQ(result.errors(), (std::set<int>{0, 103, 107}));
+    EXPECT_EQ(result.errors(), (std::set{ErrorCode{0}, ErrorCode{103}, ErrorCode{107}}));
     EXPECT_NE(flat(result).find(errors), std::string::npos);
 }
 
 TEST_F(ResultOfCommand, LoadedEmptyErrorsForgetTheOldOnes) {
     ResultDocument result;
-    result.addError(401);
+    result.addError(ErrorCode{401});
     result.loadXml("<commandResult><errors/></commandResult>");
     EXPECT_TRUE(result.errors().empty());
 }
 
 TEST_F(ResultOfCommand, LoadedDocumentWithoutErrorsElementKeepsTheCodes) {
     ResultDocument result;
-    result.addError(401);
+    result.addError(ErrorCode{401});
     result.loadXml("<commandResult><data/></commandResult>");
-    EXPECT_EQ(result.errors(), std::set<int>{401});
+    EXPECT_EQ(result.errors(), std::set{ErrorCode{401}});
 }
 
 TEST_F(ResultOfCommand, LoadedTextThatIsNoXmlIsRefused) {

@@ -429,7 +429,7 @@ TEST_F(ExportedDocument, ReadsEveryRowWithItsRowsBeforeTheNext) {
 TEST_F(ExportedDocument, IsNotMadeWithoutTheConfigurationDatabase) {
     device.failOpens(tarvodb::kConfigDatabase);
     exportConfiguration();
-    EXPECT_EQ(command().errors(), (std::set<int>{102}));
+    EXPECT_EQ(command().errors(), std::set{ErrorCode{102}});
     EXPECT_EQ(errorElements(),
               "<errors><error><id>102</id><text>Could not access database</text></error></errors>");
     EXPECT_EQ(data(), "<data/>");
@@ -447,7 +447,7 @@ TEST_F(ExportedDocument, TellsTheDebugLogThatItIsNotMade) {
 TEST_F(ExportedDocument, IsNotMadeWithoutTheStateDatabase) {
     device.failOpens(tarvodb::kStateDatabase);
     exportConfiguration();
-    EXPECT_EQ(command().errors(), (std::set<int>{102}));
+    EXPECT_EQ(command().errors(), std::set{ErrorCode{102}});
     EXPECT_EQ(errorElements(),
               "<errors><error><id>102</id><text>Could not access database</text></error></errors>");
     EXPECT_EQ(data(), "<data/>");
@@ -460,7 +460,7 @@ TEST_F(ExportedDocument, IsTriedAgainTenTimesWithoutADatabase) {
     device.failOpens(tarvodb::kConfigDatabase);
     CmdGetConfiguration command;
     command.run();
-    EXPECT_EQ(command.errors(), (std::set<int>{102}));
+    EXPECT_EQ(command.errors(), std::set{ErrorCode{102}});
     EXPECT_EQ(device.eventsOf("open: "), Lines(11, "/tarvo/DB/config_global.sqlite"));
     EXPECT_EQ(device.sleeps(), Lines(10, "1"));
 }
@@ -470,7 +470,7 @@ TEST_F(ExportedDocument, StandsOnceInTheDataAfterATryThatFailed) {
     const auto state = device.readFile(tarvodb::kStateDatabase).value();
     makeUnopenable(tarvodb::kStateDatabase);
     exportConfiguration();
-    ASSERT_EQ(command().errors(), (std::set<int>{102}));
+    ASSERT_EQ(command().errors(), std::set{ErrorCode{102}});
 
     device.removeFile(tarvodb::kStateDatabase);
     device.writeFile(tarvodb::kStateDatabase, state);

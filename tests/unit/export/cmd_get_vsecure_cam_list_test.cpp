@@ -77,7 +77,7 @@ class GetVsecureCamList : public test::DeviceTest {
     }
 
     // Of the last command.
-    std::set<int> errors_;
+    std::set<ErrorCode> errors_;
 };
 
 std::string inCommandForm(const std::string& cams) {
@@ -208,7 +208,7 @@ TEST_F(GetVsecureCamList, AListThatCannotBeOpenedIsEmptyWithAnError) {
     CmdGetVsecureCAMList command;
     const document::XmlNode* list = command.buildCAMList(true, true, "vsecureCAMList");
     EXPECT_EQ(document::printed(*list, document::kNoIndenting), "<vsecureCAMList/>");
-    EXPECT_EQ(command.errors(), std::set<int>{102});
+    EXPECT_EQ(command.errors(), std::set{ErrorCode{102}});
     EXPECT_NE(command.result()
                   .toXml(document::kNoIndenting)
                   .find("<errors><error><id>102</id><text>Could not access database</text></error>"
@@ -309,7 +309,7 @@ TEST_F(GetVsecureCamList, WithoutCommandDocumentNoKeysAreIncluded) {
 TEST_F(GetVsecureCamList, TheCommandFormAnswersWithAnEmptyListWhenTheDatabaseCannotBeOpened) {
     device.failOpens(tarvodb::kVsecureDatabase);
     EXPECT_EQ(answerTo("<includePublicKeys>1</includePublicKeys>"), inCommandForm(""));
-    EXPECT_EQ(errors_, std::set<int>{102});
+    EXPECT_EQ(errors_, std::set{ErrorCode{102}});
 }
 
 TEST_F(GetVsecureCamList, TheCommandFormIsTheSameOnEveryModel) {
