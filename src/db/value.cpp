@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace tarvodb {
@@ -17,10 +16,6 @@ std::string formatted(const char* format, Number number) {
 }
 
 }  // namespace
-
-int toInt(const char* text) {
-    return text == nullptr ? 0 : std::atoi(text);  // NOLINT(cert-err34-c): no digits mean 0
-}
 
 tSqlite3parent::tSqlite3parent(const char* text) {
     if (text != nullptr) {

@@ -6,11 +6,9 @@
 #include <string>
 #include <utility>
 
-namespace tarvodb {
+#include "text/to_int.h"
 
-// The number that a column text or a document text stands for, as atoi reads it: 0 when it does
-// not begin with one or `text` is null.
-int toInt(const char* text);
+namespace tarvodb {
 
 // The value of a text column, and what the values of both kinds of column have in common.
 class tSqlite3parent {
@@ -30,7 +28,7 @@ class tSqlite3parent {
     // The text where SQL NULL counts as the empty text. Valid as long as this value is unchanged.
     [[nodiscard]] const char* textOrEmpty() const { return text_ ? text_->c_str() : ""; }
 
-    [[nodiscard]] int asInt() const { return toInt(text()); }
+    [[nodiscard]] int asInt() const { return text::toInt(text()); }
 
     // Compares as asString does, so that SQL NULL and the empty text are the same.
     [[nodiscard]] bool readsSameAs(const tSqlite3parent& other) const;

@@ -3,10 +3,11 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <rapidxml/rapidxml_print.hpp>
+
+#include "text/to_int.h"
 
 namespace document {
 
@@ -56,9 +57,7 @@ const char* textOf(const XmlNode& node) {
     return isCdata ? child->value() : node.value();
 }
 
-int numberOf(const XmlNode& node) {
-    return std::atoi(textOf(node));  // NOLINT(cert-err34-c): no digits mean 0
-}
+int numberOf(const XmlNode& node) { return text::toInt(textOf(node)); }
 
 bool sameText(const char* a, const char* b) { return strcasecmp(a, b) == 0; }
 

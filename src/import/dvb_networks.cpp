@@ -8,6 +8,7 @@
 #include "import/keyed_rows.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
+#include "text/to_int.h"
 
 namespace tarvo_remote_control {
 
@@ -114,7 +115,7 @@ class NetworkChange {
             }
         }
         for (const Field& field : kNumberFields) {
-            const int number = tarvodb::toInt(document::lastText(element, field.element));
+            const int number = text::toInt(document::lastText(element, field.element));
             if (number != 0 && network_.setIfOtherNumber(field.column, number)) {
                 note(field);
             }

@@ -13,6 +13,7 @@
 #include "import/satellite_tuning.h"
 #include "import/sections.h"
 #include "platform/debug_log.h"
+#include "text/to_int.h"
 
 namespace tarvo_remote_control {
 
@@ -79,7 +80,7 @@ constexpr ValueRule<NimQAMGlobal> kCableRules[] = {
 
 // "auto" or a number.
 std::optional<int> automaticOrNumber(document::CodeTable texts, const char* text) {
-    return document::codeOfExactly(texts, text).value_or(tarvodb::toInt(text));
+    return document::codeOfExactly(texts, text).value_or(text::toInt(text));
 }
 
 // `PLSmode` and `bandwidth` are recorded as an output's error and logged as an input's: kept.

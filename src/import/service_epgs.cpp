@@ -4,6 +4,7 @@
 #include "document/coded_texts.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
+#include "text/to_int.h"
 
 namespace tarvo_remote_control {
 
@@ -71,7 +72,7 @@ bool passes(CmdSetConfiguration& command, const Field<Table>& field, const char*
             return text != nullptr ||
                    fail(command, ErrorCode::invalidValue, name + " value can't be NULL");
         case Check::identifier:
-            const int number = tarvodb::toInt(text);
+            const int number = text::toInt(text);
             return (number >= 1 && number <= 65535) ||
                    fail(command, ErrorCode::invalidValue,
                         name + " value must be a value between [1-65535]");

@@ -40,15 +40,10 @@ TEST(ColumnValue, KeepsQuotesPercentSignsAndBytesAbove127) {
     EXPECT_STREQ(tSqlite3parent(text).text(), text);
 }
 
-TEST(ColumnValue, NumberIsTheLeadingDecimalDigits) {
-    EXPECT_EQ(toInt(nullptr), 0);
-    EXPECT_EQ(toInt(""), 0);
-    EXPECT_EQ(toInt("abc"), 0);
-    EXPECT_EQ(toInt("12abc"), 12);
-    EXPECT_EQ(toInt("-7"), -7);
-    EXPECT_EQ(toInt("05"), 5);
-    EXPECT_EQ(toInt("1.9"), 1);
-    EXPECT_EQ(toInt("0x10"), 0);
+TEST(ColumnValue, ReadAsANumberStaysWithin32Bits) {
+    EXPECT_EQ(tSqlite3parent("12abc").asInt(), 12);
+    EXPECT_EQ(tSqlite3parent("4294967301").asInt(), INT_MAX);
+    EXPECT_EQ(tSqlite3parent("-4294967301").asInt(), INT_MIN);
 }
 
 TEST(ColumnValue, IntegerIsStoredAsDecimalText) {

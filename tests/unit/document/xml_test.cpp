@@ -176,9 +176,17 @@ TEST(Xml, CountsNeitherBlanksNorCommentsAsChildren) {
 }
 
 TEST(Xml, ReadsTheTextOfAnElementAsANumber) {
-    const std::vector<std::pair<std::string, int>> numbers = {
-        {"12", 12}, {"-3", -3},  {"007", 7}, {"12abc", 12}, {" 7", 7},
-        {"abc", 0}, {"0x10", 0}, {"", 0},    {"1.9", 1},    {"<![CDATA[5]]>", 5}};
+    const std::vector<std::pair<std::string, int>> numbers = {{"12", 12},
+                                                              {"-3", -3},
+                                                              {"007", 7},
+                                                              {"12abc", 12},
+                                                              {" 7", 7},
+                                                              {"abc", 0},
+                                                              {"0x10", 0},
+                                                              {"", 0},
+                                                              {"1.9", 1},
+                                                              {"<![CDATA[5]]>", 5},
+                                                              {"4294967301", 2147483647}};
     for (const auto& [text, number] : numbers) {
         SCOPED_TRACE(text);
         EXPECT_EQ(numberOf(Parsed("<a>" + text + "</a>").root()), number);
