@@ -6,6 +6,7 @@
 #include <cctype>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "db/clauses.h"
 #include "db/database.h"
@@ -66,9 +67,9 @@ std::optional<RegionalSettings> readSettings() {
 
 std::string offsetsCommand(const std::string& country) {
     std::string command = "/tarvo/script/get_time_offsets.sh 0";
-    const TimeZones& zones = timeZonesOf(country);
-    for (const char* zone : zones) {
-        command += std::string(" \"") + zone + "\"";
+    const auto zones = timeZonesOf(country);
+    for (const std::string_view zone : zones) {
+        command.append(" \"").append(zone).append("\"");
     }
     return zones.empty() ? command + " No" : command;
 }

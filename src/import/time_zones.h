@@ -1,18 +1,13 @@
 // The time zones of the countries.
 #pragma once
 
-#include <map>
-#include <string>
+#include <string_view>
 #include <vector>
 
 namespace tarvo_remote_control {
 
-using TimeZones = std::vector<const char*>;
-
-// Country code (two capital letters, ISO 3166) to its IANA time-zone names. Built before main.
-extern const std::map<std::string, TimeZones> kCountryTimeZones;
-
-// The zones of a country in the table's order; none for a code that the table does not have.
-const TimeZones& timeZonesOf(const std::string& country);
+// The IANA names of a country's time zones in the table's order. `country` is an ISO 3166 code of
+// two capital letters; none for a country without zones and for any other text.
+std::vector<std::string_view> timeZonesOf(std::string_view country);
 
 }  // namespace tarvo_remote_control
