@@ -44,12 +44,17 @@ FAILURES = (
     *("11\tdatabase disk image is malformed", "13\tdatabase or disk is full", "19\t%s %n <&>"),
     *("21\tbad parameter or other API misuse", "26\tfile is not a database", "17\t", "5\t"),
 )
-STATEMENT_TEXTS = (
-    *("BEGIN", "BEGIN", "COMMIT", "COMMIT", "ROLLBACK", "SELECT", "INSERT", "UPDATE", "DELETE"),
-    *("vacuum", "WHERE", "configuracionWebGlobal", "RedesModulos", "RedesCabecera", "VSecure"),
-    *("EntradasGlobal", "NimGlobal", "NimCOFDM", "NimQAM", "SalidasLogicas", "RFOutGlobal"),
-    *("ServiciosSalida", "PIDsSalida", "DiSEqC", "AudioLanguage", "Scrambling", "HomeChannels"),
-    *("Service_EPG", "Service_EPG_Satellite", "Service_EPG_audios", "CAMInfo", "ModulosCabecera"),
+TRANSACTION_WORDS = ("BEGIN", "COMMIT", "ROLLBACK", "vacuum")
+# Those of one kind of statement are met by few cases, and those of one table by fewer.
+STATEMENT_WORDS = ("SELECT", "INSERT", "UPDATE", "DELETE", "INSERT", "UPDATE", "DELETE")
+TABLE_STATEMENTS = ("FROM {}", "INTO {}", "UPDATE {}", "DELETE FROM {}")
+TABLES = (
+    *("configuracionWebGlobal", "RedesModulos", "RedesCabecera", "VSecure", "EntradasGlobal"),
+    *("NimGlobal", "NimCOFDMGlobal", "NimQAMGlobal", "SalidasLogicasGlobal", "RFOutGlobal"),
+    *("ServiciosSalidaGlobal", "PIDsSalidaGlobal", "DiSEqCGlobal", "AudioLanguageListGlobal"),
+    *("ScramblingGlobal", "ScramblingKeysGlobal", "MantenimientoHomeChannelsGlobal"),
+    *("Service_EPG", "Service_EPG_Satellite", "Service_EPG_audios", "Service_EPG_replacing"),
+    *("CAMInfoGlobal", "ModulosCabecera", "TempNIMGlobal", "TempNIMCOFDMGlobal"),
 )
 PIPE_TEXTS = ("NULL", "", "X", "X|OK|", "|OK|", "X|NOK|", "OK|OK|", "X |OK |", "X" * 200 + "|OK|")
 
@@ -239,7 +244,7 @@ class Group:
         count = self.statements["export" if case.document is None else "import"]
         kinds = (self.statement, self.text, self.opening, self.process, self.lock, self.kill)
         for _ in range(rng.choice((1, 1, 1, 2, 3))):
-            kind = rng.choices(kinds, (7, 7, 2, 3, 2, 2))[0]
+            kind = rng.choices(kinds, (5, 9, 2, 3, 2, 2))[0]
             case.plan.append("\t".join(map(str, kind(rng, count))))
 
     def times(self, rng: random.Random) -> int:
@@ -250,8 +255,9 @@ class Group:
 
     def text(self, rng: random.Random, count: int) -> list[object]:
         first = rng.choice((1, 1, 1, 2, 3, 5, 10))
-        failure, text = rng.choice(FAILURES), rng.choice(STATEMENT_TEXTS)
-        return ["text", first, self.times(rng), failure, text]
+        text = rng.choice((*TRANSACTION_WORDS, *STATEMENT_WORDS, *TABLE_STATEMENTS))
+        text = text.format(rng.choice(TABLES))
+        return ["text", first, self.times(rng), rng.choice(FAILURES), text]
 
     def opening(self, rng: random.Random, count: int) -> list[object]:
         kind = rng.choice(("open", "openDb"))

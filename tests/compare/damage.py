@@ -49,7 +49,7 @@ class Damage:
         for kind in self.random.choices(kinds, weights, k=amount):
             try:
                 self.notes.append(kind() or kind.__name__)
-            except (OSError, sqlite3.Error) as error:  # what it is about is damaged already
+            except (OSError, sqlite3.Error, IndexError) as error:  # damaged already, or empty
                 self.notes.append(f"{kind.__name__}: {error}")
 
     # Databases.
