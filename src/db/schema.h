@@ -203,6 +203,7 @@ struct Service_EPG_Satellite {
 // Input services as the device received them.
 struct ServiciosEntradaGlobal {
     enum Column { statusBits = 16 };
+    friend constexpr const TableInfo& tableOf(Column) { return info; }
     static constexpr auto columns = columnsByPosition("ITIIITTIIIIIIIIIIII");
     static constexpr TableInfo info{"ServiciosEntradaGlobal", columns, Operation::select};
 };
@@ -210,6 +211,7 @@ struct ServiciosEntradaGlobal {
 // Modules as they reported themselves.
 struct ModulosCabecera {
     enum Column { softwareVersion = 11 };
+    friend constexpr const TableInfo& tableOf(Column) { return info; }
     static constexpr auto columns = columnsByPosition("ITTTTTTIITTTTTITTTTTIIIIIIIIIII");
     static constexpr TableInfo info{"ModulosCabecera", columns, Operation::select};
 };
@@ -223,6 +225,7 @@ struct CAMInfoGlobal {
         camVersion = 12,
         rightsHours = 14
     };
+    friend constexpr const TableInfo& tableOf(Column) { return info; }
     static constexpr auto columns = columnsByPosition("ITIIIIIIIIITIIIIIIIIIIIIIIITTTIIIIII");
     static constexpr TableInfo info{"CAMInfoGlobal", columns, Operation::select};
 };
@@ -230,6 +233,7 @@ struct CAMInfoGlobal {
 // Live signal state of the satellite tuners.
 struct TempNIMGlobal {
     enum Column { inputNumber = 4, quality = 11, locked = 17 };
+    friend constexpr const TableInfo& tableOf(Column) { return info; }
     static constexpr auto columns = columnsByPosition("ITIIIIIIIIIIIIIIIII");
     static constexpr TableInfo info{"TempNIMGlobal", columns, Operation::select};
 };
@@ -237,6 +241,7 @@ struct TempNIMGlobal {
 // Live signal state of the terrestrial tuners.
 struct TempNIMCOFDMGlobal {
     enum Column { quality = 7, locked = 10 };
+    friend constexpr const TableInfo& tableOf(Column) { return info; }
     static constexpr auto columns = columnsByPosition("ITIIIIIIIIII");
     static constexpr TableInfo info{"TempNIMCOFDMGlobal", columns, Operation::select};
 };
@@ -244,6 +249,7 @@ struct TempNIMCOFDMGlobal {
 // Live signal state of the cable tuners.
 struct TempNIMQAMGlobal {
     enum Column { quality = 7, locked = 12 };
+    friend constexpr const TableInfo& tableOf(Column) { return info; }
     static constexpr auto columns = columnsByPosition("ITIIIIIIIIIIII");
     static constexpr TableInfo info{"TempNIMQAMGlobal", columns, Operation::select};
 };

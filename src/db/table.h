@@ -11,8 +11,8 @@
 
 namespace tarvodb {
 
-// What a column's text stands for. It tells the reader of a description; values travel as text
-// either way.
+// What a column's text stands for, and so the element that the column comes from: values travel as
+// text either way.
 enum class ColumnKind : char { integer, text };
 
 struct ColumnInfo {
@@ -44,9 +44,10 @@ struct TableInfo {
 };
 
 // The columns of a table, in stored order: makes the enumeration `Column` and the descriptions
-// `integerColumns` from one list of names.
-#define TARVO_COLUMNS(...)       \
-    enum Column { __VA_ARGS__ }; \
+// `integerColumns` from one list of names. `tableOf(column)` is the column's table.
+#define TARVO_COLUMNS(...)                                             \
+    enum Column { __VA_ARGS__ };                                       \
+    friend constexpr const TableInfo& tableOf(Column) { return info; } \
     static constexpr auto integerColumns = columnsNamed<countNames(#__VA_ARGS__)>(#__VA_ARGS__)
 
 constexpr std::size_t countNames(std::string_view names) {

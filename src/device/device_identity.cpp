@@ -10,6 +10,8 @@
 
 #include "db/clauses.h"
 #include "db/database.h"
+#include "db/setting_keys.h"
+#include "device/models.h"
 #include "platform/debug_log.h"
 #include "platform/platform.h"
 
@@ -106,18 +108,18 @@ bool DeviceIdentity::loadServerSettings(sqlite3* db) {
     using tarvodb::configuracionWebGlobal;
     bool changed = false;
     for (const auto& setting :
-         tarvodb::selectByNombre(db, tarvodb::tSqlite3parent("servidorZEN%"))) {
+         tarvodb::selectByNombre(db, tarvodb::tSqlite3parent(tarvodb::setting::kServerKeys))) {
         const std::string name = setting[configuracionWebGlobal::nombre].asString();
         const tarvodb::tSqlite3parent& value = setting[configuracionWebGlobal::valor];
-        if (name == "servidorZEN_activo") {
+        if (name == tarvodb::setting::kServerActive) {
             changed |= assign(remoteControlActive_, value.asString() == "1");
-        } else if (name == "servidorZEN_intervalo") {
+        } else if (name == tarvodb::setting::kServerInterval) {
             changed |= assign(remoteControlInterval_, value.asInt());
-        } else if (name == "servidorZEN_direccion") {
+        } else if (name == tarvodb::setting::kServerAddress) {
             changed |= assign(remoteControlAddress_, withTrailingSlash(value.asString()));
-        } else if (name == "servidorZEN_usuario") {
+        } else if (name == tarvodb::setting::kServerUser) {
             changed |= assign(remoteControlUser_, value.asString());
-        } else if (name == "servidorZEN_password") {
+        } else if (name == tarvodb::setting::kServerPassword) {
             changed |= assign(remoteControlPassword_, value.asString());
         }
     }
@@ -126,20 +128,18 @@ bool DeviceIdentity::loadServerSettings(sqlite3* db) {
 
 bool DeviceIdentity::loadContractId(sqlite3* db) {
     const auto settings =
-        tarvodb::selectByNombre(db, tarvodb::tSqlite3parent("identificacion_contrato"));
+        tarvodb::selectByNombre(db, tarvodb::tSqlite3parent(tarvodb::setting::kContract));
     if (settings.empty()) {
         return false;
     }
     return assign(contractId_, settings.front()[tarvodb::configuracionWebGlobal::valor].asString());
 }
 
-bool DeviceIdentity::isFamilyA() const {
-    return model_ == "QRA-310" || model_ == "LMV-502" || model_ == "PKD-707";
-}
-bool DeviceIdentity::isRNB() const { return model_ == "RNB-K408"; }
-bool DeviceIdentity::isWVXA() const { return model_ == "WVX-AQ4"; }
-bool DeviceIdentity::isLMV() const { return model_ == "LMV-502" || model_ == "LMV-512"; }
-bool DeviceIdentity::isPKD() const { return model_ == "PKD-707"; }
-bool DeviceIdentity::isWVXB() const { return model_ == "WVX-BQ4"; }
+bool DeviceIdentity::isFamilyA() const { return model::isFamilyA(model_); }
+bool DeviceIdentity::isRNB() const { return model::isRNB(model_); }
+bool DeviceIdentity::isWVXA() const { return model::isWVXA(model_); }
+bool DeviceIdentity::isLMV() const { return model::isLMV(model_); }
+bool DeviceIdentity::isPKD() const { return model::isPKD(model_); }
+bool DeviceIdentity::isWVXB() const { return model::isWVXB(model_); }
 
 }  // namespace tarvo_remote_control

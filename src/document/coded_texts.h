@@ -69,10 +69,23 @@ inline constexpr CodeText kCardStatus[] = {
     {1, "OK"}, {2, "No SmartCard"}, {3, "Mute SmartCard"}, {4, "Not Supported"}};
 inline constexpr const char* kCardStatusOtherwise = "No API";
 
+// How long the rights of a smart card still last.
+enum class CardRights : int { none, lessThan24Hours, lessThan48Hours, longer };
+inline constexpr CodeText kCardRights[] = {
+    {static_cast<int>(CardRights::none), "KO. No rights"},
+    {static_cast<int>(CardRights::lessThan24Hours), "Less than 24 hours"},
+    {static_cast<int>(CardRights::lessThan48Hours), "Less than 48 hours"},
+    {static_cast<int>(CardRights::longer), "Rights OK"}};
+
+// What the device makes of a service that it receives, 1 for an error.
+inline constexpr CodeText kServiceState[] = {{0, "OK"}, {1, "ERROR"}};
+
 // How the two control words are used.
 inline constexpr CodeText kScramblingMode[] = {{0, "even"}, {1, "odd"}, {2, "toggle"}};
 
 // --- Networks --------------------------------------------------------------------------------
+
+inline constexpr const char* kNoSiTable = "Not Found";
 
 // A kind of elementary stream that a network blocks or decrypts: a bit of a mask and the element
 // that holds it as 1 or 0.

@@ -1,0 +1,36 @@
+// The conditional-access modules that the headend knows. A full list, with everything of a module,
+// is part of a backup.
+#pragma once
+
+#include "db/schema.h"
+#include "mapping/element.h"
+
+namespace mapping {
+
+// A column that only a full list tells.
+constexpr Element fullListText(const char* name, tarvodb::VSecure::Column column) {
+    return {.name = name, .column = column, .when = When::fullList};
+}
+
+inline constexpr Element kCam[] = {
+    {.name = "serialNumber",
+     .column = tarvodb::VSecure::idCliente,
+     .take = Take::key,
+     .required = {.missing = "No 'serialNumber' element found"},
+     .identity = true},
+    {.name = "hasPublicKey", .take = Take::ignored, .form = Form::onOff, .writtenSpecially = true},
+    // Imported without its white space. A module with another key is processed again.
+    {.name = "publicKey",
+     .column = tarvodb::VSecure::K_Publica,
+     .take = Take::special,
+     .when = When::publicKeysAskedFor,
+     .derived = tarvodb::VSecure::EK_Shared},
+    fullListText("manufacturer", tarvodb::VSecure::Fabricante),
+    fullListText("registerDate", tarvodb::VSecure::Alta),
+    fullListText("ekShared", tarvodb::VSecure::EK_Shared),
+    fullListText("description", tarvodb::VSecure::Descripcion),
+};
+
+inline constexpr Element kCams[] = {entry("cam", kCam)};
+
+}  // namespace mapping

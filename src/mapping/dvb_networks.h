@@ -1,0 +1,90 @@
+// The DVB networks that the headend's outputs belong to, with the versions of their SI tables.
+#pragma once
+
+#include "db/schema.h"
+#include "mapping/element.h"
+
+namespace mapping {
+
+// A kind of elementary stream that a network blocks or decrypts, as a bit of a mask.
+inline constexpr Element kPidMask[] = {
+    {.name = "text", .take = Take::bits, .bit = 1},
+    {.name = "subtitles", .take = Take::bits, .bit = 2},
+    {.name = "data", .take = Take::bits, .bit = 4},
+};
+
+constexpr Element pidMask(const char* name, tarvodb::RedesCabecera::Column column,
+                          const char* label, ExportedBy exportedBy = ExportedBy::all) {
+    return {.name = name,
+            .column = column,
+            .take = Take::bits,
+            .label = label,
+            .exportedBy = exportedBy,
+            .writtenSpecially = true,
+            .kind = Kind::section,
+            .children = kPidMask};
+}
+
+// A number of networks other than RNB-K408's.
+constexpr Element networkNumber(const char* name, tarvodb::RedesCabecera::Column column,
+                                const char* label, Range range = {}) {
+    return {.name = name,
+            .column = column,
+            .take = Take::numberUnlessZero,
+            .label = label,
+            .exportedBy = ExportedBy::exceptRnb,
+            .range = range};
+}
+
+// The version of an SI table, which its file tells.
+constexpr Element siTableVersion(const char* name, ExportedBy exportedBy) {
+    return {.name = name,
+            .take = Take::ignored,
+            .unknown = document::kNoSiTable,
+            .form = Form::number,
+            .exportedBy = exportedBy,
+            .writtenSpecially = true,
+            .liveState = true};
+}
+
+inline constexpr Element kDvbNetwork[] = {
+    {.name = "id",
+     .column = tarvodb::RedesCabecera::idRed,
+     .take = Take::key,
+     .required = {.missing = "dvbNetwork has no id field"},
+     .identity = true},
+    {"nid", tarvodb::RedesCabecera::NID, Take::text, "nid="},
+    {"onidOut", tarvodb::RedesCabecera::ONID_Out},
+    {"name", tarvodb::RedesCabecera::NombreRed, Take::text, "name="},
+    {"ciplusTVs", tarvodb::RedesCabecera::CI_TV_Type, Take::text, "ciplusTVs="},
+    networkNumber("tvType", tarvodb::RedesCabecera::TV_Type, "tvType="),
+    networkNumber("cellID", tarvodb::RedesCabecera::CellID, "cellID="),
+    networkNumber("forceServiceName", tarvodb::RedesCabecera::Force_ServiceName,
+                  "forcedServiceName="),
+    networkNumber("autoServiceList", tarvodb::RedesCabecera::Auto_Service_List, "autoServiceList="),
+    networkNumber("lcnOffset", tarvodb::RedesCabecera::LCN_Offset, "lcnOffset="),
+    networkNumber("lcnMode", tarvodb::RedesCabecera::LCN_Mode, "lcnMode="),
+    // The import checks the three numbers of the NIT pattern against each other.
+    networkNumber("tipoNITPatron", tarvodb::RedesCabecera::Tipo_NIT_Patron,
+                  "tipoNITPatron=", kBinary),
+    networkNumber("nitPatron", tarvodb::RedesCabecera::NIT_Patron, "nitPatron="),
+    networkNumber("versionNITPatron", tarvodb::RedesCabecera::Version_NIT_Patron,
+                  "versionNITPatron="),
+    pidMask("autoBlockPIDs", tarvodb::RedesCabecera::Block_PIDs, "autoBlockPIDsMask="),
+    pidMask("autoDecryptPIDs", tarvodb::RedesCabecera::Decrypt_PIDs,
+            "autoDecryptPIDsMask=", ExportedBy::exceptWvxb),
+    siTableVersion("InputVersionNIT", ExportedBy::familyA),
+    siTableVersion("InputVersionBAT", ExportedBy::familyA),
+    siTableVersion("OutputVersionNIT", ExportedBy::exceptRnb),
+    // When the output NIT's file was written, in local time.
+    {.name = "OutputNITDate",
+     .take = Take::ignored,
+     .exportedBy = ExportedBy::exceptRnb,
+     .when = When::fileExists,
+     .writtenSpecially = true,
+     .liveState = true},
+};
+
+inline constexpr Element kDvbNetworks[] = {entry("dvbNetwork", kDvbNetwork)};
+
+}  // namespace mapping

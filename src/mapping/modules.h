@@ -1,0 +1,92 @@
+// The modules of the headend with their hardware, their conditional access and what they receive
+// and send.
+#pragma once
+
+#include "db/schema.h"
+#include "mapping/element.h"
+#include "mapping/inputs.h"
+#include "mapping/outputs.h"
+#include "mapping/services.h"
+
+namespace mapping {
+
+// A text that a module reports of its conditional-access module and the smart card in it.
+constexpr Element camText(const char* name, tarvodb::CAMInfoGlobal::Column column) {
+    return {.name = name,
+            .column = column,
+            .take = Take::ignored,
+            .form = Form::text,
+            .when = When::moduleReportsCam,
+            .liveState = true};
+}
+
+constexpr Element writtenSpecially(Element element) {
+    element.writtenSpecially = true;
+    return element;
+}
+
+inline constexpr Element kModule[] = {
+    {"id", tarvodb::RedesModulos::HostName, Take::ignored},
+    // The import binds an element to one of the headend's modules by its MAC or, for a module that
+    // replaces another, by isMaster, family and model; on RNB-K408 by its MAC, or to any.
+    {.name = "mac", .column = tarvodb::RedesModulos::MAC, .take = Take::key, .identity = true},
+    {.name = "isMaster",
+     .column = tarvodb::RedesModulos::Master,
+     .take = Take::key,
+     .form = Form::onOff},
+    {.name = "name",
+     .column = tarvodb::RedesModulos::LabelName,
+     .label = " name: ",
+     .exportedBy = ExportedBy::exceptRnb},
+    {.name = "family",
+     .column = tarvodb::RedesModulos::Familia,
+     .take = Take::key,
+     .exportedBy = ExportedBy::exceptRnb},
+    {.name = "model",
+     .column = tarvodb::RedesModulos::Modelo,
+     .take = Take::key,
+     .exportedBy = ExportedBy::exceptRnb},
+    // 0 is DVB-T, any other DVB-C. On import it counts for the outputs that come after it.
+    {.name = "modoSalidaRF",
+     .column = tarvodb::RedesModulos::ModoSalidaRF,
+     .take = Take::number,
+     .label = " modoSalidaRF: ",
+     .exportedBy = ExportedBy::exceptRnb},
+    {"serialNumber", tarvodb::RedesModulos::NumeroSerie, Take::ignored},
+    camText("CAMSerialNumber", tarvodb::CAMInfoGlobal::camSerialNumber),
+    camText("CAMVersion", tarvodb::CAMInfoGlobal::camVersion),
+    // With "000" in front of it on RNB-K408.
+    writtenSpecially(camText("CardSerialNumber", tarvodb::CAMInfoGlobal::cardSerialNumber)),
+    // By the hours that they still last.
+    {.name = "CardRights",
+     .column = tarvodb::CAMInfoGlobal::rightsHours,
+     .take = Take::ignored,
+     .texts = document::kCardRights,
+     .exportedBy = ExportedBy::familyAOrWvxa,
+     .when = When::moduleReportsCam,
+     .writtenSpecially = true,
+     .liveState = true},
+    {.name = "CardStatus",
+     .column = tarvodb::CAMInfoGlobal::cardStatus,
+     .take = Take::ignored,
+     .texts = document::kCardStatus,
+     .otherwise = document::kCardStatusOtherwise,
+     .exportedBy = ExportedBy::familyAOrWvxa,
+     .when = When::moduleReportsCam,
+     .liveState = true},
+    {"hwVersion", tarvodb::RedesModulos::HWVersion, Take::ignored},
+    {.name = "swVersion",
+     .column = tarvodb::ModulosCabecera::softwareVersion,
+     .take = Take::ignored,
+     .writtenSpecially = true,
+     .perRow = true},
+    {"attenuation", tarvodb::RedesModulos::Atenuacion, Take::number, "attenuation: "},
+    {"dvbNetworkId", tarvodb::RedesModulos::RED, Take::number, " dvbNetworkId: "},
+    list("inputs", kInputs),
+    list("outputs", kOutputs),
+    list("services", kServices),
+};
+
+inline constexpr Element kModules[] = {entry("module", kModule)};
+
+}  // namespace mapping

@@ -1,0 +1,13 @@
+// The preferred audio languages.
+#pragma once
+
+#include "db/schema.h"
+#include "mapping/element.h"
+
+namespace mapping {
+
+inline constexpr Element kPreferredLanguages[] = {
+    {.name = "language", .column = tarvodb::AudioLanguageListGlobal::AudioCode, .identity = true},
+};
+
+}  // namespace mapping

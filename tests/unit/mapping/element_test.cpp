@@ -1,0 +1,91 @@
+#include "mapping/element.h"
+
+#include <gtest/gtest.h>
+
+#include "db/schema.h"
+#include "mapping/document_tree.h"
+
+namespace mapping {
+
+namespace {
+
+std::string modelsOf(ExportedBy exportedBy) {
+    std::string models;
+    for (const char* model :
+         {"QRA-310", "LMV-502", "PKD-707", "RNB-K408", "WVX-AQ4", "LMV-512", "WVX-BQ4", "XYZ-1"}) {
+        if (isExportedBy(exportedBy, model)) {
+            models += (models.empty() ? "" : " ") + std::string(model);
+        }
+    }
+    return models;
+}
+
+}  // namespace
+
+TEST(ExportedBy, NamesTheModels) {
+    EXPECT_EQ(modelsOf(ExportedBy::all),
+              "QRA-310 LMV-502 PKD-707 RNB-K408 WVX-AQ4 LMV-512 WVX-BQ4 XYZ-1");
+    EXPECT_EQ(modelsOf(ExportedBy::rnb), "RNB-K408");
+    EXPECT_EQ(modelsOf(ExportedBy::exceptRnb),
+              "QRA-310 LMV-502 PKD-707 WVX-AQ4 LMV-512 WVX-BQ4 XYZ-1");
+    EXPECT_EQ(modelsOf(ExportedBy::familyA), "QRA-310 LMV-502 PKD-707");
+    EXPECT_EQ(modelsOf(ExportedBy::familyAOrLmv), "QRA-310 LMV-502 PKD-707 LMV-512");
+    EXPECT_EQ(modelsOf(ExportedBy::familyAOrWvxa), "QRA-310 LMV-502 PKD-707 WVX-AQ4");
+    EXPECT_EQ(modelsOf(ExportedBy::exceptWvxb),
+              "QRA-310 LMV-502 PKD-707 RNB-K408 WVX-AQ4 LMV-512 XYZ-1");
+}
+
+TEST(Column, IsAColumnOfTheEnumeratorsTable) {
+    const Column column = tarvodb::NimGlobal::fe;
+    EXPECT_TRUE(column.isOf(tarvodb::NimGlobal::info));
+    EXPECT_FALSE(column.isOf(tarvodb::NimQAMGlobal::info));
+    EXPECT_EQ(column.table->columns[column.index].name, "fe");
+    EXPECT_FALSE(Column().exists());
+}
+
+TEST(Form, ComesFromTheColumnUnlessTheRowSaysOtherwise) {
+    EXPECT_EQ(formOf(elementNamed(kDvbNetwork, "nid")), Form::number);
+    EXPECT_EQ(formOf(elementNamed(kDvbNetwork, "name")), Form::text);
+    EXPECT_EQ(formOf(elementNamed(kDvbNetwork, "OutputNITDate")), Form::text);
+    EXPECT_EQ(formOf(elementNamed(kDvbNetwork, "autoBlockPIDs")), Form::none);
+    EXPECT_EQ(formOf(elementNamed(kPidMask, "data")), Form::onOff);
+    EXPECT_EQ(formOf(elementNamed(kDiseqc, "band")), Form::code);
+    EXPECT_EQ(formOf(elementNamed(kSatelliteTuner, "streamID")), Form::codeOrNumber);
+    EXPECT_EQ(formOf(elementNamed(kNetwork, "ip")), Form::address);
+    EXPECT_EQ(formOf(elementNamed(kSections, "lnb")), Form::none);
+}
+
+TEST(ImportedRange, IsWhatPassesEveryCheck) {
+    const Range outputSid = importedRange(elementNamed(kService, "outputSid"));
+    EXPECT_EQ(outputSid.lowest, 1);
+    EXPECT_EQ(outputSid.highest, 65535);
+    EXPECT_FALSE(importedRange(elementNamed(kService, "olcn")).isLimited());
+}
+
+TEST(ImportedTexts, AreTheExportedOnesWhereTheSidesAgree) {
+    const Element& mode = elementNamed(kSatelliteTuner, "PLSmode");
+    EXPECT_STREQ(document::codeText(importedTexts(mode), 1), "root");
+    EXPECT_STREQ(document::codeText(mode.texts, 1), "gold");
+    EXPECT_STREQ(document::codeText(importedTexts(elementNamed(kSatelliteTuner, "band")), 1),
+                 "high");
+}
+
+TEST(ElementOf, FindsTheRowOfATable) {
+    document::XmlDocument document;
+    document::parseCopy(document, "<FREQUENCY/>");
+    const document::XmlNode& node = *document.first_node();
+    EXPECT_EQ(elementOf(kRfOutput, node), &elementNamed(kRfOutput, "frequency"));
+    EXPECT_EQ(elementOf(kRfOutput, node, tarvodb::RFOutGlobal::info),
+              &elementNamed(kRfOutput, "frequency"));
+    EXPECT_EQ(elementOf(kRfOutput, node, tarvodb::NimGlobal::info), nullptr);
+    EXPECT_EQ(elementOf(kOutput, node), nullptr);
+}
+
+TEST(ChildOf, LooksIntoTheParts) {
+    EXPECT_EQ(childOf(kOutputs[0], "outputID"), &elementNamed(kOutput, "outputId"));
+    EXPECT_EQ(childOf(kOutputs[0], "codeRate"), &elementNamed(kRfOutput, "codeRate"));
+    EXPECT_EQ(childOf(kInputs[0], "symbolRate"), &elementNamed(kCableTuner, "symbolRate"));
+    EXPECT_EQ(childOf(kOutputs[0], "lcn"), nullptr);
+}
+
+}  // namespace mapping
