@@ -86,7 +86,7 @@ class Command {
 
   private:
     void parseCommandDocument(const document::XmlNode& commandDocument);
-    bool writeRow(sqlite3* db);
+    tarvodb::Record<tarvodb::RCCommand> storedForm();
 
     std::int32_t id_ = 0;
     ResultDocument result_;

@@ -1,9 +1,9 @@
 // Command::save and Command::load.
-#include <sqlite3.h>
 #include <syslog.h>
 
 #include "command/command.h"
 #include "db/operations.h"
+#include "db/transaction.h"
 #include "platform/debug_log.h"
 
 namespace tarvo_remote_control {
@@ -32,22 +32,30 @@ bool Command::save() {
         store_.reset();
         return true;
     }
-    if (tarvodb::execWithRetries(store_.get(), "BEGIN TRANSACTION") != SQLITE_OK) {
+    tarvodb::Transaction transaction(store_.get(), tarvodb::Tries::three);
+    if (!transaction.begin()) {
         return false;
     }
     platform::debugLog(LOG_DEBUG, "Saving command to DB");
-    bool saved = writeRow(store_.get());
+    tarvodb::Record<RCCommand> record = storedForm();
+    const bool written =
+        rowId_ >= 1 ? tarvodb::update(record, store_.get()) : tarvodb::insert(record, store_.get());
+    if (!written) {
+        transaction.rollback();
+    }
+    const bool saved = written && transaction.commit();
     if (saved) {
-        saved = tarvodb::execWithRetries(store_.get(), "COMMIT") == SQLITE_OK;
-    } else {
-        tarvodb::execWithRetries(store_.get(), "ROLLBACK");
+        rowId_ = record[RCCommand::id].asInt();
     }
     store_.reset();
     return saved;
 }
 
-bool Command::writeRow(sqlite3* db) {
+tarvodb::Record<RCCommand> Command::storedForm() {
     tarvodb::Record<RCCommand> record;
+    if (rowId_ >= 1) {
+        record.put(RCCommand::id, long{rowId_});
+    }
     record.put(RCCommand::commandId, long{id_});
     record.put(RCCommand::command,
                kStoredDeclaration + document::printed(commandDocument_, document::kNoIndenting));
@@ -55,15 +63,7 @@ bool Command::writeRow(sqlite3* db) {
     record.put(RCCommand::status, static_cast<int>(status_));
     record.put(RCCommand::nextTime, long{nextTime_});  // seconds: too long for the short form
     record.put(RCCommand::schedule, schedule_);
-    if (rowId_ >= 1) {
-        record.put(RCCommand::id, long{rowId_});
-        return tarvodb::update(record, db);
-    }
-    if (!tarvodb::insert(record, db)) {
-        return false;
-    }
-    rowId_ = record[RCCommand::id].asInt();
-    return true;
+    return record;
 }
 
 void Command::load(const tarvodb::Record<RCCommand>& record) {

@@ -24,6 +24,9 @@ struct CloseDatabase {
 // An open database; closed when it goes. Empty when the open failed.
 using Database = std::unique_ptr<sqlite3, CloseDatabase>;
 
+// Closes it now. SQLite's result code; an empty one is closed already.
+inline int close(Database& db) { return platform::closeDatabase(db.release()); }
+
 inline Database openDatabase(const std::string& path) {
     return Database(platform::openDatabase(path));
 }

@@ -90,7 +90,7 @@ ResultTable doSelect(sqlite3* db, const TableInfo& table, const char* clause,
     std::copy(arguments.begin(), arguments.end(), given.begin());
     const std::string format =
         std::string("SELECT * FROM ") + table.name + " " + (clause == nullptr ? "" : clause);
-    const SqliteText sql(sqlite3_mprintf(format.c_str(), given[0], given[1], given[2]));
+    const SqliteText sql = formatted(sqlite3_mprintf(format.c_str(), given[0], given[1], given[2]));
 
     ResultTable result;
     tryThreeTimes(

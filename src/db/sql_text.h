@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include <memory>
+#include <new>
 #include <string>
 
 namespace tarvodb {
@@ -14,9 +15,16 @@ struct FreeSqliteText {
 
 using SqliteText = std::unique_ptr<char, FreeSqliteText>;
 
-// `text` as an SQL literal, quoted by SQLite; NULL for a null pointer.
-inline std::string quoted(const char* text) {
-    return SqliteText(sqlite3_mprintf("%Q", text)).get();
+// Takes over what SQLite has formatted. It is null when there was no memory for it, and would go
+// out as an empty statement, which succeeds: that is std::bad_alloc.
+inline SqliteText formatted(char* text) {
+    if (text == nullptr) {
+        throw std::bad_alloc();
+    }
+    return SqliteText(text);
 }
+
+// `text` as an SQL literal, quoted by SQLite; NULL for a null pointer.
+inline std::string quoted(const char* text) { return formatted(sqlite3_mprintf("%Q", text)).get(); }
 
 }  // namespace tarvodb

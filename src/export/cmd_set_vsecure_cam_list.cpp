@@ -1,6 +1,5 @@
 #include "export/cmd_set_vsecure_cam_list.h"
 
-#include <sqlite3.h>
 #include <syslog.h>
 
 #include <cctype>
@@ -10,6 +9,7 @@
 #include "command/error_codes.h"
 #include "command/system_actions.h"
 #include "db/clauses.h"
+#include "db/transaction.h"
 #include "device/device_identity.h"
 #include "export/vsecure_cam.h"
 #include "platform/debug_log.h"
@@ -81,19 +81,17 @@ bool CmdSetVsecureCAMList::apply(const XmlNode* list, bool partial) {
     if (!db) {
         return fail(ErrorCode::database);
     }
-    const auto runSql = [&db](const char* sql) {
-        return platform::executeSql(db.get(), sql, nullptr) == SQLITE_OK;
-    };
-    if (!runSql("BEGIN TRANSACTION")) {
+    tarvodb::Transaction transaction(db.get(), tarvodb::Tries::one);
+    if (!transaction.begin()) {
         return fail(ErrorCode::database);
     }
     if (!writeList(db.get(), *list, partial)) {
-        if (!runSql("ROLLBACK")) {
+        if (!transaction.rollback()) {
             addError(ErrorCode::database);
         }
         return false;
     }
-    if (!runSql("COMMIT")) {
+    if (!transaction.commit()) {
         return fail(ErrorCode::database);
     }
     db.reset();

@@ -1,7 +1,5 @@
 #include "import/cmd_set_configuration.h"
 
-#include <sqlite3.h>
-
 #include <string>
 
 #include "command/error_codes.h"
@@ -70,12 +68,13 @@ void CmdSetConfiguration::apply(const XmlNode* configuration) {
         fail(*this, ErrorCode::invalidCommand);
         return;
     }
+    postActions_.clear();
     db_ = tarvodb::openDatabase(tarvodb::kConfigDatabase);
     if (!db_) {
         fail(*this, ErrorCode::database, "Could not open DB");
         return;
     }
-    if (tarvodb::execWithRetries(db(), "BEGIN TRANSACTION") != SQLITE_OK) {
+    if (!transaction().begin()) {
         fail(*this, ErrorCode::database, "Could not start transaction");
         return;
     }
@@ -85,7 +84,7 @@ void CmdSetConfiguration::apply(const XmlNode* configuration) {
         result().setResult(1);
         return;
     }
-    if (tarvodb::execWithRetries(db(), "COMMIT") != SQLITE_OK) {
+    if (!transaction().commit()) {
         fail(*this, ErrorCode::database, "Could not commit transaction");
         rollbackAndClose();
         return;
@@ -104,11 +103,11 @@ bool CmdSetConfiguration::applySections(const XmlNode& configuration) {
     return true;
 }
 
-void CmdSetConfiguration::rollbackAndClose() {
-    if (tarvodb::execWithRetries(db(), "ROLLBACK") != SQLITE_OK) {
+int CmdSetConfiguration::rollbackAndClose() {
+    if (!transaction().rollback()) {
         fail(*this, ErrorCode::database, "Could not rollback transaction");
     }
-    db_.reset();
+    return tarvodb::close(db_);
 }
 
 void CmdSetConfiguration::request(PostAction action) {

@@ -5,6 +5,7 @@
 
 #include "command/command.h"
 #include "db/database.h"
+#include "db/transaction.h"
 #include "document/settings.h"
 
 namespace tarvo_remote_control {
@@ -26,6 +27,10 @@ class CmdSetConfiguration : public Command {
     // Null records error 101.
     void apply(const document::XmlNode* configuration);
 
+    // Gives the import up and closes the database, whether or not the rollback succeeds; one that
+    // does not is error 102. Returns SQLite's result of closing.
+    int rollbackAndClose();
+
     // For the section handlers:
 
     // The configuration database, in the import's transaction.
@@ -35,7 +40,7 @@ class CmdSetConfiguration : public Command {
 
   private:
     bool applySections(const document::XmlNode& configuration);
-    void rollbackAndClose();
+    [[nodiscard]] tarvodb::Transaction transaction() const { return {db(), tarvodb::Tries::three}; }
     bool runPostActions();
     [[nodiscard]] bool isRequested(document::PostAction action) const {
         return postActions_.contains(action);

@@ -24,8 +24,8 @@ sqlite3* openDatabase(const std::string& path);
 // which is read from such a handle too.
 int openDatabaseFile(const std::string& path, sqlite3** db);
 
-// Null is ignored.
-void closeDatabase(sqlite3* db);
+// SQLite's result code. Null is ignored.
+int closeDatabase(sqlite3* db);
 
 // sqlite3_exec without a callback. Returns SQLite's result code; a non-null *errorMessage belongs
 // to the caller (sqlite3_free).

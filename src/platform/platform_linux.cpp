@@ -29,7 +29,7 @@ int openDatabaseFile(const std::string& path, sqlite3** db) {
     return sqlite3_open(path.c_str(), db);
 }
 
-void closeDatabase(sqlite3* db) { sqlite3_close(db); }
+int closeDatabase(sqlite3* db) { return sqlite3_close(db); }
 
 int executeSql(sqlite3* db, const char* sql, char** errorMessage) {
     return sqlite3_exec(db, sql, nullptr, nullptr, errorMessage);

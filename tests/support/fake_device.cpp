@@ -138,6 +138,21 @@ void FakeDevice::failStatements(const std::string& start, int times, int code,
     failures_.push_back({start, times, code, message});
 }
 
+void FakeDevice::failStatementsUndoingAll(const std::string& start, int times, int code) {
+    failures_.push_back({start, times, code, sqlite3_errstr(code), true});
+}
+
+void FakeDevice::runEffectOf(const std::string& sql) {
+    const auto found = std::find_if(statementEffects_.begin(), statementEffects_.end(),
+                                    [&](const auto& row) { return sql.starts_with(row.first); });
+    if (found == statementEffects_.end()) {
+        return;
+    }
+    const auto effect = std::move(found->second);
+    statementEffects_.erase(found);
+    effect();
+}
+
 FakeDevice::Failure* FakeDevice::failureFor(const std::string& sql) {
     for (Failure& failure : failures_) {
         if (failure.times > 0 && sql.starts_with(failure.start)) {

@@ -13,6 +13,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct sqlite3;
@@ -66,6 +67,17 @@ class FakeDevice {
     void failStatements(const std::string& start, int times, int code,
                         const std::string& message = "it fails");
 
+    // The same, and SQLite undoes the whole transaction by itself, as a full disk makes it do.
+    void failStatementsUndoingAll(const std::string& start, int times, int code);
+
+    // What happens on the device, once, right before the next statement that begins with `start`.
+    void beforeStatement(const std::string& start, std::function<void()> effect) {
+        statementEffects_.emplace_back(start, std::move(effect));
+    }
+
+    // The results of closing a database, which is closed all the same; by its path.
+    std::map<std::string, int> closeResults;
+
     // Lets the next opens of this database give no handle.
     void failOpens(const std::string& database) { failingOpens_.push_back(database); }
 
@@ -75,7 +87,8 @@ class FakeDevice {
 
     // Everything in order, a line each: "sql: <statement>", "sleep: <seconds>",
     // "log <priority>: <line>", "shell: <command>", "read: <command>", "open: <path>",
-    // "write: <path>", "rename: <from> <to>", "remove: <path>", "sync", "perror: <message>".
+    // "close: <path>", "write: <path>", "rename: <from> <to>", "remove: <path>", "sync", "perror:
+    // <message>".
     [[nodiscard]] const std::vector<std::string>& events() const { return events_; }
     void forgetEvents() { events_.clear(); }
     // The events of one kind, without its name.
@@ -86,6 +99,9 @@ class FakeDevice {
     // "<priority>: <line>"
     [[nodiscard]] std::vector<std::string> logLines() const { return eventsOf("log "); }
 
+    // The databases that are open, by their handles.
+    std::map<const sqlite3*, std::string> openHandles;
+
     // For the fake door only.
     void note(const std::string& event) { events_.push_back(event); }
     struct Failure {
@@ -93,7 +109,9 @@ class FakeDevice {
         int times;
         int code;
         std::string message;
+        bool undoesTransaction = false;
     };
+    void runEffectOf(const std::string& sql);
     [[nodiscard]] Failure* failureFor(const std::string& sql);
     [[nodiscard]] bool opensFail(const std::string& database) const;
 
@@ -101,6 +119,7 @@ class FakeDevice {
     std::filesystem::path folder_;
     std::vector<std::string> events_;
     std::vector<Failure> failures_;
+    std::vector<std::pair<std::string, std::function<void()>>> statementEffects_;
     std::vector<std::string> failingOpens_;
 };
 

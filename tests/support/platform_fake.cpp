@@ -14,11 +14,15 @@ using test::FakeDevice;
 FakeDevice& device() { return FakeDevice::current(); }
 
 // Notes a statement. Its result code and message when it is to fail, otherwise nothing.
-std::optional<int> notedFailure(const char* sql, char** message) {
+std::optional<int> notedFailure(sqlite3* db, const char* sql, char** message) {
     device().note(std::string("sql: ") + sql);
+    device().runEffectOf(sql);
     const FakeDevice::Failure* failure = device().failureFor(sql);
     if (failure == nullptr) {
         return std::nullopt;
+    }
+    if (failure->undoesTransaction) {
+        sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
     }
     if (message != nullptr && !failure->message.empty()) {
         *message = sqlite3_mprintf("%s", failure->message.c_str());
@@ -42,24 +46,37 @@ sqlite3* openDatabase(const std::string& path) {
         sqlite3_close(db);
         return nullptr;
     }
+    device().openHandles[db] = path;
     return db;
 }
 
 int openDatabaseFile(const std::string& path, sqlite3** db) {
     device().note("open: " + path);
-    return openQuickly(path, db);
+    const int result = openQuickly(path, db);
+    device().openHandles[*db] = path;
+    return result;
 }
 
-void closeDatabase(sqlite3* db) { sqlite3_close(db); }
+int closeDatabase(sqlite3* db) {
+    if (db == nullptr) {
+        return SQLITE_OK;
+    }
+    const std::string path = device().openHandles[db];
+    device().openHandles.erase(db);
+    device().note("close: " + path);
+    const int result = sqlite3_close(db);
+    const auto scripted = device().closeResults.find(path);
+    return scripted == device().closeResults.end() ? result : scripted->second;
+}
 
 int executeSql(sqlite3* db, const char* sql, char** errorMessage) {
-    const auto failure = notedFailure(sql, errorMessage);
+    const auto failure = notedFailure(db, sql, errorMessage);
     return failure ? *failure : sqlite3_exec(db, sql, nullptr, nullptr, errorMessage);
 }
 
 int getTable(sqlite3* db, const char* sql, char*** cells, int* rows, int* columns,
              char** errorMessage) {
-    const auto failure = notedFailure(sql, errorMessage);
+    const auto failure = notedFailure(db, sql, errorMessage);
     return failure ? *failure : sqlite3_get_table(db, sql, cells, rows, columns, errorMessage);
 }
 

@@ -18,6 +18,7 @@ using Lines = std::vector<std::string>;
 using Rows = std::vector<test::Row>;
 
 const std::string kOpen = "open: /tarvo/DB/remote_control.sqlite";
+const std::string kClose = "close: /tarvo/DB/remote_control.sqlite";
 
 // The stored declaration has no equals sign after "version".
 const std::string kStoredCommand = R"(<?xml version"1.0" encoding="utf-8"?>)";
@@ -75,7 +76,7 @@ TEST_F(CommandStore, InsertsANewCommandInATransaction) {
     ScriptedCommand command;
     EXPECT_TRUE(command.save());
     EXPECT_EQ(device.events(), (Lines{kOpen, "sql: BEGIN TRANSACTION",
-                                      "sql: " + kInsertOfANewCommand, "sql: COMMIT"}));
+                                      "sql: " + kInsertOfANewCommand, "sql: COMMIT", kClose}));
     EXPECT_EQ(storedRows(), (Rows{{"1", "0", "0", "0", "", kStoredCommand, kGoodResult}}));
 }
 
@@ -106,8 +107,8 @@ TEST_F(CommandStore, UpdatesTheRowOfACommandThatWasSaved) {
     ScriptedCommand command;
     store(command);
     EXPECT_TRUE(command.save());
-    EXPECT_EQ(device.events(),
-              (Lines{kOpen, "sql: BEGIN TRANSACTION", "sql: " + kUpdateOfRow1, "sql: COMMIT"}));
+    EXPECT_EQ(device.events(), (Lines{kOpen, "sql: BEGIN TRANSACTION", "sql: " + kUpdateOfRow1,
+                                      "sql: COMMIT", kClose}));
     EXPECT_EQ(command.rowId(), 1);
     EXPECT_EQ(storedRows().size(), 1U);
 }
@@ -138,6 +139,8 @@ TEST_F(CommandStore, SavesNothingWithoutATransaction) {
     EXPECT_FALSE(command.save());
     EXPECT_EQ(device.statements(), Lines(3, "BEGIN TRANSACTION"));
     EXPECT_EQ(device.sleeps(), Lines(3, "1"));
+    // The handle stays open until the next save.
+    EXPECT_TRUE(device.eventsOf("close: ").empty());
     EXPECT_TRUE(storedRows().empty());
     EXPECT_TRUE(command.save());
     EXPECT_EQ(command.rowId(), 1);
@@ -149,6 +152,7 @@ TEST_F(CommandStore, RollsAFailedInsertBack) {
     EXPECT_FALSE(command.save());
     EXPECT_EQ(device.statements(), (Lines{"BEGIN TRANSACTION", kInsertOfANewCommand,
                                           kInsertOfANewCommand, kInsertOfANewCommand, "ROLLBACK"}));
+    EXPECT_EQ(device.events().back(), kClose);
     EXPECT_EQ(device.logLines().at(0),
               "3: [ERROR_DB]insert: Error (13) inserting register in table RCCommand . Attempt: "
               "0\n");
@@ -165,6 +169,7 @@ TEST_F(CommandStore, RollsAFailedUpdateBack) {
     EXPECT_FALSE(command.save());
     EXPECT_EQ(device.statements().front(), "BEGIN TRANSACTION");
     EXPECT_EQ(device.statements().back(), "ROLLBACK");
+    EXPECT_EQ(device.events().back(), kClose);
     EXPECT_EQ(device.logLines().at(4),
               "3: [ERROR_DB]update: Error actualizando datos registro en tabla RCCommand . "
               "intento: 2\n");
@@ -177,6 +182,28 @@ TEST_F(CommandStore, SavedOnlyWhenTheCommitSucceeds) {
     EXPECT_FALSE(command.save());
     EXPECT_EQ(device.statements(),
               (Lines{"BEGIN TRANSACTION", kInsertOfANewCommand, "COMMIT", "COMMIT", "COMMIT"}));
+    EXPECT_EQ(device.events().back(), kClose);
+    EXPECT_TRUE(storedRows().empty());
+}
+
+TEST_F(CommandStore, InsertsACommandAgainWhoseCommitFailed) {
+    device.failStatements("COMMIT", 3, SQLITE_BUSY);
+    ScriptedCommand command;
+    EXPECT_FALSE(command.save());
+    EXPECT_EQ(command.rowId(), 0);
+    EXPECT_TRUE(command.save());
+    EXPECT_EQ(command.rowId(), 1);
+    EXPECT_EQ(storedRows().size(), 1U);
+}
+
+TEST_F(CommandStore, StoresNothingOnceSqliteHasUndoneTheTransaction) {
+    device.failStatementsUndoingAll("INSERT", 1, SQLITE_FULL);
+    ScriptedCommand command;
+    EXPECT_FALSE(command.save());
+    EXPECT_EQ(device.statements(),
+              (Lines{"BEGIN TRANSACTION", kInsertOfANewCommand, kInsertOfANewCommand,
+                     kInsertOfANewCommand, "ROLLBACK", "ROLLBACK", "ROLLBACK"}));
+    EXPECT_EQ(command.rowId(), 0);
     EXPECT_TRUE(storedRows().empty());
 }
 
@@ -194,7 +221,7 @@ TEST_F(CommandStore, SavingIsLoggedWithTheDebugBit) {
     EXPECT_TRUE(command.save());
     EXPECT_EQ(device.events(),
               (Lines{kOpen, "sql: BEGIN TRANSACTION", "log 7: Saving command to DB",
-                     "sql: " + kInsertOfANewCommand, "sql: COMMIT"}));
+                     "sql: " + kInsertOfANewCommand, "sql: COMMIT", kClose}));
 }
 
 TEST_F(CommandStore, RemovesTheRowOfACommandToBeRemoved) {
@@ -205,7 +232,7 @@ TEST_F(CommandStore, RemovesTheRowOfACommandToBeRemoved) {
     device.forgetEvents();
     command.setStatus(RunStatus::toBeRemoved);
     EXPECT_TRUE(command.save());
-    EXPECT_EQ(device.events(), (Lines{kOpen, "sql: DELETE FROM RCCommand WHERE id = '3'"}));
+    EXPECT_EQ(device.events(), (Lines{kOpen, "sql: DELETE FROM RCCommand WHERE id = '3'", kClose}));
     EXPECT_EQ(device.query(kCommandDatabase, "SELECT id FROM RCCommand"), (Rows{{"2"}}));
 }
 
@@ -214,7 +241,7 @@ TEST_F(CommandStore, TouchesNoTableForACommandToBeRemovedThatHasNoRow) {
     command.setStatus(RunStatus::toBeRemoved);
     platform::debugMask = platform::kDebugLogBit;
     EXPECT_TRUE(command.save());
-    EXPECT_EQ(device.events(), Lines{kOpen});
+    EXPECT_EQ(device.events(), (Lines{kOpen, kClose}));
 }
 
 TEST_F(CommandStore, ARemovalThatFailsCountsAsDone) {
@@ -227,6 +254,7 @@ TEST_F(CommandStore, ARemovalThatFailsCountsAsDone) {
               "3: [ERROR_DB]deleteId: Error (5) borrando registro en tabla RCCommand . intento: "
               "0\n");
     EXPECT_EQ(device.sleeps(), (Lines{"1", "2", "3"}));
+    EXPECT_EQ(device.events().back(), kClose);
     EXPECT_EQ(storedRows().size(), 1U);
 }
 
@@ -237,7 +265,7 @@ TEST_F(CommandStore, RemovalIsLoggedWithTheDebugBit) {
     platform::debugMask = platform::kDebugLogBit;
     EXPECT_TRUE(command.save());
     EXPECT_EQ(device.events(), (Lines{kOpen, "log 7: Deleting command from DB",
-                                      "sql: DELETE FROM RCCommand WHERE id = '1'"}));
+                                      "sql: DELETE FROM RCCommand WHERE id = '1'", kClose}));
 }
 
 TEST_F(CommandStore, LoadTakesRowTimeScheduleAndStatus) {

@@ -18,8 +18,15 @@ class StatementExecutor : public test::DeviceTest {
     int run(const char* sql) {
         const Database db = openDatabase(kConfigDatabase);
         device.forgetEvents();
-        return execWithRetries(db.get(), sql);
+        const int result = execWithRetries(db.get(), sql);
+        events_ = device.events();
+        return result;
     }
+    // Of the last run.
+    [[nodiscard]] const Lines& events() const { return events_; }
+
+  private:
+    Lines events_;
 };
 
 }  // namespace
@@ -33,7 +40,23 @@ TEST_F(DatabaseFile, HasItsFixedPlace) {
 
 TEST_F(DatabaseFile, IsOpenedByThePlatform) {
     EXPECT_TRUE(openDatabase(kVsecureDatabase));
-    EXPECT_EQ(device.events(), Lines{"open: /tarvo/DB/vsec_global.sqlite"});
+    EXPECT_EQ(device.eventsOf("open: "), Lines{"/tarvo/DB/vsec_global.sqlite"});
+}
+
+TEST_F(DatabaseFile, IsClosedWhenItsHandleGoes) {
+    { const Database db = openDatabase(kVsecureDatabase); }
+    EXPECT_EQ(device.events(),
+              (Lines{"open: /tarvo/DB/vsec_global.sqlite", "close: /tarvo/DB/vsec_global.sqlite"}));
+}
+
+TEST_F(DatabaseFile, ClosedTellsSqlitesResultAndIsEmpty) {
+    device.closeResults[kVsecureDatabase] = SQLITE_BUSY;
+    Database vsecure = openDatabase(kVsecureDatabase);
+    Database config = openDatabase(kConfigDatabase);
+    EXPECT_EQ(close(vsecure), SQLITE_BUSY);
+    EXPECT_EQ(close(config), SQLITE_OK);
+    EXPECT_FALSE(vsecure);
+    EXPECT_FALSE(config);
 }
 
 TEST_F(DatabaseFile, ThatCannotBeOpenedGivesNoHandle) {
@@ -49,22 +72,21 @@ TEST_F(DatabaseFile, InAMissingFolderGivesNoHandle) {
 
 TEST_F(StatementExecutor, RunsASucceedingStatementOnce) {
     EXPECT_EQ(run("CREATE TABLE Probe (a)"), SQLITE_OK);
-    EXPECT_EQ(device.events(), Lines{"sql: CREATE TABLE Probe (a)"});
+    EXPECT_EQ(events(), Lines{"sql: CREATE TABLE Probe (a)"});
     EXPECT_TRUE(device.query(kConfigDatabase, "SELECT * FROM Probe").empty());
 }
 
 TEST_F(StatementExecutor, TriesAFailingStatementThreeTimesAndSleepsAfterEach) {
     device.failStatements("COMMIT", 3, SQLITE_BUSY, "database is locked");
     EXPECT_EQ(run("COMMIT"), SQLITE_BUSY);
-    EXPECT_EQ(device.events(), (Lines{"sql: COMMIT", "sleep: 1", "sql: COMMIT", "sleep: 1",
-                                      "sql: COMMIT", "sleep: 1"}));
+    EXPECT_EQ(events(), (Lines{"sql: COMMIT", "sleep: 1", "sql: COMMIT", "sleep: 1", "sql: COMMIT",
+                               "sleep: 1"}));
 }
 
 TEST_F(StatementExecutor, StopsAtTheFirstSuccess) {
     device.failStatements("BEGIN TRANSACTION", 1, SQLITE_BUSY);
     EXPECT_EQ(run("BEGIN TRANSACTION"), SQLITE_OK);
-    EXPECT_EQ(device.events(),
-              (Lines{"sql: BEGIN TRANSACTION", "sleep: 1", "sql: BEGIN TRANSACTION"}));
+    EXPECT_EQ(events(), (Lines{"sql: BEGIN TRANSACTION", "sleep: 1", "sql: BEGIN TRANSACTION"}));
 }
 
 TEST_F(StatementExecutor, SucceedsOnItsThirdTry) {
@@ -84,7 +106,7 @@ TEST_F(StatementExecutor, LogsEachFailureWithTheDebugBit) {
     device.failStatements("COMMIT", 3, SQLITE_BUSY, "database is locked");
     run("COMMIT");
     EXPECT_EQ(
-        device.events(),
+        events(),
         (Lines{"sql: COMMIT", "log 6: DB exec error (1 try): database is locked", "sleep: 1",
                "sql: COMMIT", "log 6: DB exec error (2 try): database is locked", "sleep: 1",
                "sql: COMMIT", "log 6: DB exec error (3 try): database is locked", "sleep: 1"}));

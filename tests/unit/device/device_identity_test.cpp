@@ -92,7 +92,7 @@ TEST_F(IdentityOfDevice, IsReadFromTheScriptsAndThenFromTheDatabase) {
               (Lines{"read: /tarvo/script/SERIAL", "read: /tarvo/script/MAC",
                      "read: /tarvo/script/MODELO", "read: hostname",
                      "open: /tarvo/DB/config_global.sqlite", "sql: " + kSettingsSelects[0],
-                     "sql: " + kSettingsSelects[1]}));
+                     "sql: " + kSettingsSelects[1], "close: /tarvo/DB/config_global.sqlite"}));
     EXPECT_EQ(identity().getSerialNumber(), "A123");
     EXPECT_EQ(identity().getMac(), "02:00:00:00:00:01");
     EXPECT_EQ(identity().getModel(), "QRA-310");
@@ -184,7 +184,7 @@ TEST_F(IdentityOfDevice, LoadedAgainReadsNoScriptAgain) {
     EXPECT_FALSE(identity().load());
     EXPECT_EQ(device.events(),
               (Lines{"open: /tarvo/DB/config_global.sqlite", "sql: " + kSettingsSelects[0],
-                     "sql: " + kSettingsSelects[1]}));
+                     "sql: " + kSettingsSelects[1], "close: /tarvo/DB/config_global.sqlite"}));
     EXPECT_EQ(identity().getSerialNumber(), "A123");
 }
 

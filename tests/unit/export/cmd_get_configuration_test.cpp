@@ -325,11 +325,20 @@ TEST_F(ExportedDocument, OpensTheConfigurationThenTheStateAndClosesBoth) {
     EXPECT_EQ(command().stateDb(), nullptr);
 }
 
+TEST_F(ExportedDocument, ClosesBothDatabasesAtItsEnd) {
+    exportConfiguration();
+    const auto& events = device.events();
+    ASSERT_GE(events.size(), 2U);
+    EXPECT_EQ(Lines(events.end() - 2, events.end()),
+              (Lines{"close: /tarvo/DB/config_global.sqlite", "close: /tmp/temp_global.sqlite"}));
+}
+
 TEST_F(ExportedDocument, WritesAndLogsNothing) {
     insertAllSettings();
     exportConfiguration();
     for (const std::string& event : device.events()) {
-        EXPECT_TRUE(event.starts_with("open: ") || event.starts_with("sql: SELECT * FROM "))
+        EXPECT_TRUE(event.starts_with("open: ") || event.starts_with("close: ") ||
+                    event.starts_with("sql: SELECT * FROM "))
             << event;
     }
     EXPECT_EQ(out(), "");

@@ -333,9 +333,10 @@ TEST_F(GetVsecureCamList, TheCommandFormLogsItsStartWhenDebugging) {
     CmdGetVsecureCAMList debugged(document.element());
     device.forgetEvents();
     debugged.execute();
-    EXPECT_EQ(device.events(),
-              (Texts{"log 7: Running getVsecureCAMList command",
-                     "open: /tarvo/DB/vsec_global.sqlite", "sql: SELECT * FROM VSecure "}));
+    EXPECT_EQ(
+        device.events(),
+        (Texts{"log 7: Running getVsecureCAMList command", "open: /tarvo/DB/vsec_global.sqlite",
+               "sql: SELECT * FROM VSecure ", "close: /tarvo/DB/vsec_global.sqlite"}));
 
     platform::debugMask = 0xEF;
     device.forgetEvents();

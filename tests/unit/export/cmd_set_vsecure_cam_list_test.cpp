@@ -98,6 +98,8 @@ class SetVsecureCAMList : public test::DeviceTest {
     }
 
     [[nodiscard]] const std::vector<std::string>& errors() const { return errors_; }
+    // The table before the last list.
+    [[nodiscard]] const Rows& before() const { return before_; }
 
     // Rolled back, with these errors and without the key tool.
     void expectRolledBack(const std::vector<std::string>& expected) {
@@ -119,7 +121,8 @@ TEST_F(SetVsecureCAMList, AFullListWithoutModulesEmptiesTheTable) {
     EXPECT_TRUE(applyFull(""));
     EXPECT_THAT(device.events(), ElementsAre("open: /tarvo/DB/vsec_global.sqlite",
                                              "sql: BEGIN TRANSACTION", "sql: DELETE FROM VSecure",
-                                             "sql: COMMIT", std::string("shell: ") + kKeyTool));
+                                             "sql: COMMIT", "close: /tarvo/DB/vsec_global.sqlite",
+                                             std::string("shell: ") + kKeyTool));
     EXPECT_THAT(table(), IsEmpty());
     EXPECT_THAT(errors(), IsEmpty());
 }
@@ -327,7 +330,8 @@ TEST_F(SetVsecureCAMList, ATransactionThatDoesNotStartRecords102WithoutAnotherTr
     EXPECT_FALSE(applyFull(cam("C9")));
     EXPECT_THAT(errors(), ElementsAre("102 Could not access database"));
     EXPECT_THAT(device.events(),
-                ElementsAre("open: /tarvo/DB/vsec_global.sqlite", "sql: BEGIN TRANSACTION"));
+                ElementsAre("open: /tarvo/DB/vsec_global.sqlite", "sql: BEGIN TRANSACTION",
+                            "close: /tarvo/DB/vsec_global.sqlite"));
     expectUnchanged();
 }
 
@@ -401,6 +405,28 @@ TEST_F(SetVsecureCAMList, AMissingTableFailsTheList) {
     EXPECT_EQ(device.statements().back(), "ROLLBACK");
 }
 
+TEST_F(SetVsecureCAMList, OnceSqliteHasUndoneTheTransactionNothingIsStored) {
+    for (const char* statement : {"DELETE", "INSERT", "COMMIT"}) {
+        SCOPED_TRACE(statement);
+        device.failStatementsUndoingAll(statement, 1, SQLITE_FULL);
+        EXPECT_FALSE(applyFull(cam("C8") + cam("C9")));
+        EXPECT_THAT(errors(), Contains("102 Could not access database"));
+        EXPECT_THAT(device.shellCommands(), IsEmpty());
+        EXPECT_EQ(table(), before());
+    }
+}
+
+TEST_F(SetVsecureCAMList, TheDatabaseIsClosedInEveryWayOut) {
+    const std::string close = "close: /tarvo/DB/vsec_global.sqlite";
+    EXPECT_FALSE(applyFull("<cam/>"));
+    EXPECT_EQ(device.events().back(), close);
+    for (const char* statement : {"BEGIN TRANSACTION", "COMMIT"}) {
+        device.failStatements(statement, 1, SQLITE_BUSY);
+        EXPECT_FALSE(applyFull(cam("C9")));
+        EXPECT_EQ(device.events().back(), close);
+    }
+}
+
 TEST_F(SetVsecureCAMList, FailuresWriteNoErrorLines) {
     EXPECT_FALSE(applyFull("<cam/>"));
     device.failStatements("BEGIN TRANSACTION", 1, SQLITE_BUSY);
@@ -418,7 +444,8 @@ TEST_F(SetVsecureCAMList, EveryModelButTheRnbRunsTheKeyToolAfterTheCommit) {
         EXPECT_TRUE(applyPartial(""));
         EXPECT_THAT(device.events(),
                     ElementsAre("open: /tarvo/DB/vsec_global.sqlite", "sql: BEGIN TRANSACTION",
-                                "sql: COMMIT", std::string("shell: ") + kKeyTool));
+                                "sql: COMMIT", "close: /tarvo/DB/vsec_global.sqlite",
+                                std::string("shell: ") + kKeyTool));
     }
 }
 

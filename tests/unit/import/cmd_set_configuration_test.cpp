@@ -118,11 +118,11 @@ TEST_F(SetConfiguration, AFailedSectionRollsBackWhatSectionsBeforeItWrote) {
 
 TEST_F(SetConfiguration, TheRollbackComesBeforeTheErrorOfTheConfiguration) {
     importSections(kBadSection);
-    EXPECT_THAT(
-        device.events(),
-        ElementsAre("open: /tarvo/DB/config_global.sqlite", "sql: BEGIN TRANSACTION",
-                    "log 59: r9::: Error 101, No homechannel element found", "sql: ROLLBACK",
-                    "log 59: r9::: Error 202, Could not set configuration"));
+    EXPECT_THAT(device.events(),
+                ElementsAre("open: /tarvo/DB/config_global.sqlite", "sql: BEGIN TRANSACTION",
+                            "log 59: r9::: Error 101, No homechannel element found",
+                            "sql: ROLLBACK", "close: /tarvo/DB/config_global.sqlite",
+                            "log 59: r9::: Error 202, Could not set configuration"));
 }
 
 TEST_F(SetConfiguration, ARollbackThatFailsRecords102Between) {
@@ -163,6 +163,61 @@ TEST_F(SetConfiguration, CommitAndRollbackThatFailBothAreRecordedInThatOrder) {
                    "Error 102, Could not rollback transaction"}});
     EXPECT_EQ(result(), "1");
     expectUnchanged();
+}
+
+TEST_F(SetConfiguration, OnceSqliteHasUndoneTheTransactionNothingIsStored) {
+    // The statement is tried again, and there is room again.
+    device.failStatementsUndoingAll("UPDATE", 1, SQLITE_FULL);
+    importSections(std::string("<homeChannels/>") + kNewIp + "<diseqcs/>");
+    expectErrors({{"102 Could not access database: Could not set value",
+                   "Error 102, Could not set network/ip"},
+                  {"102 Could not access database: Could not rollback transaction",
+                   "Error 102, Could not rollback transaction"},
+                  {"202 Could not set configuration", "Error 202, Could not set configuration"}});
+    EXPECT_THAT(device.statements(), Not(Contains("COMMIT")));
+    EXPECT_THAT(device.shellCommands(), IsEmpty());
+    expectUnchanged();
+}
+
+TEST_F(SetConfiguration, ATransactionThatAReadHasLostIsNotCommitted) {
+    // All that follows the read would have succeeded.
+    device.failStatementsUndoingAll("SELECT", 1, SQLITE_IOERR);
+    importSections("<homeChannels/><network><ip>10.0.0.1</ip></network>");
+    expectErrors({{"102 Could not access database: Could not commit transaction",
+                   "Error 102, Could not commit transaction"},
+                  {"102 Could not access database: Could not rollback transaction",
+                   "Error 102, Could not rollback transaction"}});
+    expectUnchanged();
+}
+
+TEST_F(SetConfiguration, ACommitThatSqliteUndoesStoresNothingAndRunsNothing) {
+    device.failStatementsUndoingAll("COMMIT", 1, SQLITE_FULL);
+    importSections(kNewIp);
+    expectErrors({{"102 Could not access database: Could not commit transaction",
+                   "Error 102, Could not commit transaction"},
+                  {"102 Could not access database: Could not rollback transaction",
+                   "Error 102, Could not rollback transaction"}});
+    EXPECT_THAT(device.shellCommands(), IsEmpty());
+    expectUnchanged();
+}
+
+TEST_F(SetConfiguration, RollbackAndCloseReturnsWhatClosingReturned) {
+    const test::ParsedXml xml("<configuration/>");
+    device.failStatements("BEGIN TRANSACTION", 3, SQLITE_BUSY);
+    device.closeResults[tarvodb::kConfigDatabase] = SQLITE_BUSY;
+    CmdSetConfiguration command;
+    command.apply(&xml.root());
+    EXPECT_EQ(command.rollbackAndClose(), SQLITE_BUSY);
+    EXPECT_EQ(device.events().back(), "close: /tarvo/DB/config_global.sqlite");
+}
+
+TEST_F(SetConfiguration, ASecondImportStartsWithoutThePostActionsOfTheFirst) {
+    const test::ParsedXml first(std::string("<configuration>") + kNewIp + "</configuration>");
+    const test::ParsedXml second("<configuration/>");
+    CmdSetConfiguration command;
+    command.apply(&first.root());
+    command.apply(&second.root());
+    EXPECT_THAT(device.shellCommands(), ElementsAre(kNetworkScript));
 }
 
 TEST_F(SetConfiguration, AFailedSectionSetsTheResultWhichAFailedTransactionLeavesAsItWas) {
@@ -281,9 +336,10 @@ TEST_F(SetConfiguration, TheNetworkScriptRunsOnceHoweverManyKeysChanged) {
 TEST_F(SetConfiguration, PostActionsRunAfterTheCommit) {
     importSections(kNewIp);
     const auto& events = device.events();
-    ASSERT_GE(events.size(), 2U);
-    EXPECT_THAT(std::vector(events.end() - 2, events.end()),
-                ElementsAre("sql: COMMIT", std::string("shell: ") + kNetworkScript));
+    ASSERT_GE(events.size(), 3U);
+    EXPECT_THAT(std::vector(events.end() - 3, events.end()),
+                ElementsAre("sql: COMMIT", "close: /tarvo/DB/config_global.sqlite",
+                            std::string("shell: ") + kNetworkScript));
 }
 
 TEST_F(SetConfiguration, AnUnchangedNetworkRunsNoScript) {

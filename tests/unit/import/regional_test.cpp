@@ -47,7 +47,7 @@ TEST_F(Regional, AChangedCountryTakesTheStepsInTheirOrder) {
                     "sql: SELECT * FROM configuracionWebGlobal  WHERE nombre LIKE 'codtimezone' ",
                     "sql: SELECT * FROM configuracionWebGlobal  WHERE nombre LIKE 'idtimezone' ",
                     "sql: SELECT * FROM configuracionWebGlobal  WHERE nombre LIKE 'subtimezone' ",
-                    std::string("write: ") + kTimeZoneFile,
+                    "close: /tarvo/DB/config_global.sqlite", std::string("write: ") + kTimeZoneFile,
                     std::string("shell: ") + kSpanishOffsets,
                     std::string("remove: ") + kOffsetsFile, std::string("write: ") + kTotFile,
                     std::string("shell: ") + kCronScript));
