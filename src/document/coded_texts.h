@@ -58,11 +58,6 @@ inline constexpr CodeText kCodeRate[] = {
     {0, "1/2"}, {1, "2/3"}, {2, "3/4"}, {3, "5/6"}, {4, "7/8"}};
 inline constexpr CodeText kSpectrum[] = {{0, "Normal"}, {1, "Reversed"}};
 
-// A module's RF output mode 0 is DVB-T, any other DVB-C.
-constexpr CodeTable constellationOf(int rfOutputMode) {
-    return rfOutputMode == 0 ? CodeTable(kConstellationDvbT) : CodeTable(kConstellationDvbC);
-}
-
 // --- Conditional access and scrambling -------------------------------------------------------
 
 inline constexpr CodeText kCardStatus[] = {
@@ -86,14 +81,5 @@ inline constexpr CodeText kScramblingMode[] = {{0, "even"}, {1, "odd"}, {2, "tog
 // --- Networks --------------------------------------------------------------------------------
 
 inline constexpr const char* kNoSiTable = "Not Found";
-
-// A kind of elementary stream that a network blocks or decrypts: a bit of a mask and the element
-// that holds it as 1 or 0.
-struct PidMaskBit {
-    int bit;
-    const char* element;
-};
-
-inline constexpr PidMaskBit kPidMaskBits[] = {{1, "text"}, {2, "subtitles"}, {4, "data"}};
 
 }  // namespace document

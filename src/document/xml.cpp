@@ -75,8 +75,8 @@ XmlNode* findSibling(XmlNode* first, const char* name) {
     return nullptr;
 }
 
-XmlNode* childNamed(const XmlNode& parent, const char* name) {
-    for (XmlNode& child : childrenOf(parent)) {
+const XmlNode* childNamed(const XmlNode& parent, const char* name) {
+    for (const XmlNode& child : childrenOf(parent)) {
         if (hasName(child, name)) {
             return &child;
         }
@@ -84,9 +84,9 @@ XmlNode* childNamed(const XmlNode& parent, const char* name) {
     return nullptr;
 }
 
-XmlNode* lastChildNamed(const XmlNode& parent, const char* name) {
-    XmlNode* last = nullptr;
-    for (XmlNode& child : childrenOf(parent)) {
+const XmlNode* lastChildNamed(const XmlNode& parent, const char* name) {
+    const XmlNode* last = nullptr;
+    for (const XmlNode& child : childrenOf(parent)) {
         if (hasName(child, name)) {
             last = &child;
         }

@@ -50,33 +50,34 @@ bool hasName(const XmlNode& node, const char* name);
 XmlNode* findSibling(XmlNode* first, const char* name);
 
 // The first child of that name, without regard to case; null when there is none.
-XmlNode* childNamed(const XmlNode& parent, const char* name);
+const XmlNode* childNamed(const XmlNode& parent, const char* name);
 
 // The last such child.
-XmlNode* lastChildNamed(const XmlNode& parent, const char* name);
+const XmlNode* lastChildNamed(const XmlNode& parent, const char* name);
 
 // The text of the last child of that name; null when there is none.
 const char* lastText(const XmlNode& parent, const char* name);
 
-// The row of a table whose `element` names the node, without regard to case; null when there is
+// The row of a table whose `name` names the node, without regard to case; null when there is
 // none.
 template <class Rows>
 auto* rowFor(const Rows& rows, const XmlNode& node) {
     for (const auto& row : rows) {
-        if (hasName(node, row.element)) {
+        if (hasName(node, row.name)) {
             return &row;
         }
     }
     return static_cast<decltype(&*std::begin(rows))>(nullptr);
 }
 
-// The children of a node in document order, for range-for.
+// The children of a node in document order, for range-for; those of a const node are const.
+template <class Node>
 class Children {
   public:
     class Iterator {
       public:
-        explicit Iterator(XmlNode* node) : node_(node) {}
-        XmlNode& operator*() const { return *node_; }
+        explicit Iterator(Node* node) : node_(node) {}
+        Node& operator*() const { return *node_; }
         Iterator& operator++() {
             node_ = node_->next_sibling();
             return *this;
@@ -84,17 +85,20 @@ class Children {
         bool operator==(const Iterator& other) const = default;
 
       private:
-        XmlNode* node_;
+        Node* node_;
     };
 
-    explicit Children(const XmlNode& parent) : first_(parent.first_node()) {}
+    explicit Children(Node& parent) : first_(parent.first_node()) {}
     [[nodiscard]] Iterator begin() const { return Iterator(first_); }
     [[nodiscard]] static Iterator end() { return Iterator(nullptr); }
 
   private:
-    XmlNode* first_;
+    Node* first_;
 };
 
-inline Children childrenOf(const XmlNode& parent) { return Children(parent); }
+template <class Node>
+Children<Node> childrenOf(Node& parent) {
+    return Children<Node>(parent);
+}
 
 }  // namespace document

@@ -4,34 +4,37 @@
 
 #include "command/error_codes.h"
 #include "db/operations.h"
+#include "export/elements.h"
 #include "export/sections.h"
+#include "mapping/document_tree.h"
 
 namespace tarvo_remote_control {
 
-using document::ExportedBy;
 using document::XmlNode;
+using mapping::Element;
 
 namespace {
 
-bool isExported(ExportedBy models, const DeviceIdentity& device) {
-    switch (models) {
-        case ExportedBy::all:
-            return true;
-        case ExportedBy::rnb:
-            return device.isRNB();
-        case ExportedBy::familyA:
-            return device.isFamilyA();
-        case ExportedBy::familyAOrLmv:
-            return device.isFamilyA() || device.isLMV();
-    }
-    return false;
-}
+struct SectionWriter {
+    const char* name;
+    XmlNode* (*write)(CmdGetConfiguration&, const Element& section);
+};
+
+constexpr SectionWriter kSectionWriters[] = {
+    {"homeChannels", write::wholeTable<tarvodb::MantenimientoHomeChannelsGlobal>},
+    {"serviceEPGs", write::serviceEPGs},
+    {"dvbNetworks", write::dvbNetworks},
+    {"diseqcs", write::wholeTable<tarvodb::DiSEqCGlobal>},
+    {"scramblings", write::scramblings},
+    {"preferredLanguages", write::wholeTable<tarvodb::AudioLanguageListGlobal>},
+    {"modules", write::modules},
+};
 
 }  // namespace
 
 void CmdGetConfiguration::execute() {
     XmlNode* resultNode = createNode("getConfigurationResult");
-    configurationNode_ = append(resultNode, "configuration");
+    configurationNode_ = append(*this, resultNode, mapping::kConfiguration.name);
 
     if (!openDatabases()) {
         configurationNode_ = nullptr;
@@ -64,62 +67,40 @@ void CmdGetConfiguration::loadGlobalSettings() {
     }
 }
 
-// The sections in the order that a document has them.
 void CmdGetConfiguration::appendSections() {
-    const bool familyA = device().isFamilyA();
-    const bool hasSatelliteSettings = !device().isWVXB();
-    const auto add = [this](XmlNode* section) { configurationNode_->append_node(section); };
-
-    add(settingSection(document::kIdentification));
-    add(settingSection(document::kRegional));
-    if (familyA) {
-        add(settingElement(document::kMaturityRating.element, document::kMaturityRating.key));
-        add(maintenances());
-        add(homeChannelsSection(*this));
-        add(serviceEpgsSection(*this));
+    for (const Element& section : mapping::kConfiguration.children) {
+        if (isExported(section)) {
+            configurationNode_->append_node(sectionElement(section));
+        }
     }
-    add(settingSection(document::kNetwork));
-    if (device().isRNB()) {
-        add(settingSection(document::kRemoteControl));
-    }
-    add(dvbNetworksSection(*this));
-    if (hasSatelliteSettings) {
-        add(settingSection(document::kLnb));
-        add(diseqcsSection(*this));
-        add(scramblingsSection(*this));
-    }
-    add(preferredLanguagesSection(*this));
-    add(modulesSection(*this));
 }
 
-XmlNode* CmdGetConfiguration::append(XmlNode* parent, const char* name, const char* value) {
-    XmlNode* node = createNode(name, value);
-    parent->append_node(node);
-    return node;
+XmlNode* CmdGetConfiguration::sectionElement(const Element& section) {
+    return mapping::isOfSettings(section)
+               ? settings(section)
+               : mapping::rowNamed(kSectionWriters, section.name).write(*this, section);
 }
 
-XmlNode* CmdGetConfiguration::settingElement(const char* element, const char* key) {
-    const auto found = globalSettings_.find(key);
-    return found == globalSettings_.end()
-               ? createNode(element)
-               : createNode(element,
-                            found->second[tarvodb::configuracionWebGlobal::valor].textOrEmpty());
-}
-
-XmlNode* CmdGetConfiguration::settingSection(const document::SettingSection& section) {
-    XmlNode* node = createNode(section.element);
-    for (const document::Setting& setting : section.settings) {
-        if (isExported(setting.exportedBy, device())) {
-            node->append_node(settingElement(setting.element, setting.key));
+// The element of a setting, or one with the settings that it holds.
+XmlNode* CmdGetConfiguration::settings(const Element& element) {
+    if (element.key != nullptr) {
+        return settingElement(element.name, element.key);
+    }
+    XmlNode* node = createNode(element.name);
+    for (const Element& child : element.children) {
+        if (isExported(child)) {
+            node->append_node(settings(child));
         }
     }
     return node;
 }
 
-XmlNode* CmdGetConfiguration::maintenances() {
-    XmlNode* node = createNode("maintenances");
-    node->append_node(settingSection(document::kMaintenance));
-    return node;
+XmlNode* CmdGetConfiguration::settingElement(const char* name, const char* key) {
+    const auto found = globalSettings_.find(key);
+    return found == globalSettings_.end()
+               ? createNode(name)
+               : createNode(name,
+                            found->second[tarvodb::configuracionWebGlobal::valor].textOrEmpty());
 }
 
 }  // namespace tarvo_remote_control

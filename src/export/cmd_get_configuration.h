@@ -9,7 +9,7 @@
 #include "db/record.h"
 #include "db/schema.h"
 #include "device/device_identity.h"
-#include "document/settings.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
@@ -38,18 +38,14 @@ class CmdGetConfiguration : public Command {
     [[nodiscard]] static const DeviceIdentity& device() { return DeviceIdentity::instance(); }
 
     // A new element with the stored text of a setting; without text when the setting is missing.
-    document::XmlNode* settingElement(const char* element, const char* key);
-
-    // Appends a new element to `parent` and returns it.
-    document::XmlNode* append(document::XmlNode* parent, const char* name,
-                              const char* value = nullptr);
+    document::XmlNode* settingElement(const char* name, const char* key);
 
   private:
     bool openDatabases();
     void loadGlobalSettings();
     void appendSections();
-    document::XmlNode* settingSection(const document::SettingSection& section);
-    document::XmlNode* maintenances();
+    document::XmlNode* sectionElement(const mapping::Element& section);
+    document::XmlNode* settings(const mapping::Element& element);
 
     tarvodb::Database configDb_;
     tarvodb::Database stateDb_;

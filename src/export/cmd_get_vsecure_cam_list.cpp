@@ -4,7 +4,8 @@
 
 #include "command/error_codes.h"
 #include "db/operations.h"
-#include "export/vsecure_cam.h"
+#include "export/elements.h"
+#include "mapping/cam_list.h"
 #include "platform/debug_log.h"
 
 namespace tarvo_remote_control {
@@ -31,23 +32,17 @@ XmlNode* CmdGetVsecureCAMList::buildCAMList(bool includePublicKeys, bool fullRec
         addError(ErrorCode::database);
         return list;
     }
-    for (const auto& row : tarvodb::doSelect<VSecure>(db.get())) {
-        XmlNode* cam = createNode("cam");
-        list->append_node(cam);
-        const auto append = [&](const char* element, const char* value) {
-            cam->append_node(createNode(element, value));
-        };
-        const char* publicKey = row[VSecure::K_Publica].textOrEmpty();
-        append("serialNumber", row[VSecure::idCliente].textOrEmpty());
-        append("hasPublicKey", *publicKey == '\0' ? "0" : "1");
-        if (includePublicKeys || fullRecords) {
-            append("publicKey", publicKey);
-        }
-        if (fullRecords) {
-            for (const CamField& field : kPlainCamFields) {
-                append(field.element, row[field.column].textOrEmpty());
-            }
-        }
+    const auto conditions =
+        Conditions()
+            .with(mapping::When::publicKeysAskedFor, includePublicKeys || fullRecords)
+            .with(mapping::When::fullList, fullRecords);
+    for (const auto& cam : tarvodb::doSelect<VSecure>(db.get())) {
+        XmlNode* node = append(*this, list, mapping::kCams[0].name);
+        appendChildren(*this, node, mapping::kCam, cam, conditions,
+                       [&](const mapping::Element& hasPublicKey) {
+                           const bool hasKey = *cam[VSecure::K_Publica].textOrEmpty() != '\0';
+                           append(*this, node, hasPublicKey.name, hasKey ? "1" : "0");
+                       });
     }
     return list;
 }

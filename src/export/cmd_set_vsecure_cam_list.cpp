@@ -11,7 +11,7 @@
 #include "db/clauses.h"
 #include "db/transaction.h"
 #include "device/device_identity.h"
-#include "export/vsecure_cam.h"
+#include "mapping/cam_list.h"
 #include "platform/debug_log.h"
 #include "platform/local_time.h"
 #include "platform/platform.h"
@@ -44,16 +44,17 @@ Record<VSecure> newCam(const char* serialNumber) {
 }
 
 void setField(Record<VSecure>& cam, const XmlNode& child) {
-    if (document::hasName(child, "publicKey")) {
-        if (cam.set(VSecure::K_Publica, withoutWhiteSpace(document::textOf(child)))) {
-            // The module must be processed again with its new key.
-            cam.set(VSecure::EK_Shared, "");
-            cam.set(VSecure::estado, 1);
-        }
+    const mapping::Element* element = mapping::elementOf(mapping::kCam, child);
+    if (element == nullptr) {
         return;
     }
-    if (const CamField* field = document::rowFor(kPlainCamFields, child)) {
-        cam.set(field->column, document::textOf(child));
+    if (element->take == mapping::Take::text) {
+        cam.setValue(element->column.index, tarvodb::tSqlite3parent(document::textOf(child)));
+    } else if (element->take == mapping::Take::special &&
+               cam.set(VSecure::K_Publica, withoutWhiteSpace(document::textOf(child)))) {
+        // The module must be processed again with its new key.
+        cam.setValue(element->derived.index, tarvodb::tSqlite3parent(""));
+        cam.set(VSecure::estado, 1);
     }
 }
 
@@ -109,7 +110,7 @@ bool CmdSetVsecureCAMList::writeList(sqlite3* db, const XmlNode& list, bool part
         written = false;
     }
     for (const XmlNode& cam : document::childrenOf(list)) {
-        if (!document::hasName(cam, "cam")) {
+        if (!document::hasName(cam, mapping::kCams[0].name)) {
             continue;
         }
         const XmlNode* serialNumber = document::childNamed(cam, "serialNumber");

@@ -1,9 +1,9 @@
 // The DVB networks with the versions of their SI tables.
+#include "mapping/dvb_networks.h"
+
 #include <string>
 
-#include "db/operations.h"
 #include "db/si_tables.h"
-#include "export/leaves.h"
 #include "export/sections.h"
 #include "platform/local_time.h"
 #include "platform/platform.h"
@@ -11,90 +11,83 @@
 namespace tarvo_remote_control {
 
 using document::XmlNode;
+using mapping::Element;
+using tarvodb::Record;
 using tarvodb::RedesCabecera;
 
 namespace {
-
-constexpr Leaf<RedesCabecera> kNetworkLeaves[] = {
-    {"id", RedesCabecera::idRed},
-    {"nid", RedesCabecera::NID},
-    {"onidOut", RedesCabecera::ONID_Out},
-    {"name", RedesCabecera::NombreRed},
-    {"ciplusTVs", RedesCabecera::CI_TV_Type},
-};
-
-constexpr Leaf<RedesCabecera> kNetworkLeavesExceptRnb[] = {
-    {"tvType", RedesCabecera::TV_Type},
-    {"cellID", RedesCabecera::CellID},
-    {"forceServiceName", RedesCabecera::Force_ServiceName},
-    {"autoServiceList", RedesCabecera::Auto_Service_List},
-    {"lcnOffset", RedesCabecera::LCN_Offset},
-    {"lcnMode", RedesCabecera::LCN_Mode},
-    {"tipoNITPatron", RedesCabecera::Tipo_NIT_Patron},
-    {"nitPatron", RedesCabecera::NIT_Patron},
-    {"versionNITPatron", RedesCabecera::Version_NIT_Patron},
-};
 
 // Where the version_number field of the DVB section header stands in an SI table file: a received
 // table's file starts with its section, a generated one's has 16 bytes ahead of it.
 constexpr std::size_t kReceivedVersionByte = 5;
 constexpr std::size_t kGeneratedVersionByte = 16 + kReceivedVersionByte;
 
+struct ReceivedTable {
+    const char* name;
+    const char* file;
+};
+
+constexpr ReceivedTable kReceivedTables[] = {
+    {"InputVersionNIT", "NIT_table_CPLUS"},
+    {"InputVersionBAT", "BAT_table_CPLUS"},
+};
+
 std::string siTableFile(const std::string& name) { return tarvodb::kSiTableFolder + name; }
 
-std::string tableVersion(const std::string& path, std::size_t versionByte) {
+std::string tableVersion(const Element& element, const std::string& path, std::size_t versionByte) {
     const std::string content = platform::readFile(path).value_or("");
     if (content.size() <= versionByte) {
-        return "Not Found";
+        return element.unknown;
     }
     return std::to_string((static_cast<unsigned char>(content[versionByte]) >> 1) & 0x1F);
 }
 
-void appendPidMask(CmdGetConfiguration& command, XmlNode* parent, const char* name, int mask) {
-    XmlNode* node = command.append(parent, name);
-    for (const auto& [bit, element] : document::kPidMaskBits) {
-        command.append(node, element, (mask & bit) != 0 ? "1" : "0");
+void appendPidMask(CmdGetConfiguration& command, XmlNode* parent, const Element& element,
+                   int mask) {
+    XmlNode* node = append(command, parent, element.name);
+    for (const Element& kind : element.children) {
+        append(command, node, kind.name, (mask & kind.bit) != 0 ? "1" : "0");
     }
 }
 
-void appendTableVersions(CmdGetConfiguration& command, XmlNode* node, const std::string& nid) {
-    const auto appendVersion = [&](const char* element, const std::string& path,
-                                   std::size_t versionByte) {
-        command.append(node, element, tableVersion(path, versionByte).c_str());
-    };
-    if (CmdGetConfiguration::device().isFamilyA()) {
-        appendVersion("InputVersionNIT", siTableFile("NIT_table_CPLUS"), kReceivedVersionByte);
-        appendVersion("InputVersionBAT", siTableFile("BAT_table_CPLUS"), kReceivedVersionByte);
-    }
+void appendSiTable(CmdGetConfiguration& command, XmlNode* node, const Element& element,
+                   const std::string& nid) {
     const std::string outputNit = siTableFile(tarvodb::kNitTable + nid);
-    appendVersion("OutputVersionNIT", outputNit, kGeneratedVersionByte);
-    if (const auto time = platform::modificationTime(outputNit)) {
-        command.append(node, "OutputNITDate",
-                       platform::localTimeText(*time, "%d-%m-%y %H:%M:%S").c_str());
+    if (mapping::isNamed(element, "OutputNITDate")) {
+        if (const auto time = platform::modificationTime(outputNit)) {
+            append(command, node, element.name,
+                   platform::localTimeText(*time, "%d-%m-%y %H:%M:%S").c_str());
+        }
+        return;
     }
+    const std::string version =
+        mapping::isNamed(element, "OutputVersionNIT")
+            ? tableVersion(element, outputNit, kGeneratedVersionByte)
+            : tableVersion(element,
+                           siTableFile(mapping::rowNamed(kReceivedTables, element.name).file),
+                           kReceivedVersionByte);
+    append(command, node, element.name, version.c_str());
 }
 
 }  // namespace
 
-XmlNode* dvbNetworksSection(CmdGetConfiguration& command) {
-    const DeviceIdentity& device = CmdGetConfiguration::device();
-    XmlNode* section = command.createNode("dvbNetworks");
+XmlNode* write::dvbNetworks(CmdGetConfiguration& command, const Element& section) {
+    // Whether the NIT's file is there turns out when it is asked for its time.
+    const auto conditions = Conditions().with(mapping::When::fileExists, true);
+    XmlNode* list = command.createNode(section.name);
     for (const auto& network : tarvodb::doSelect<RedesCabecera>(command.configDb())) {
-        XmlNode* node = command.append(section, "dvbNetwork");
-        appendLeaves(command, node, network, kNetworkLeaves);
-        if (!device.isRNB()) {
-            appendLeaves(command, node, network, kNetworkLeavesExceptRnb);
-        }
-        appendPidMask(command, node, "autoBlockPIDs", network[RedesCabecera::Block_PIDs].asInt());
-        if (!device.isWVXB()) {
-            appendPidMask(command, node, "autoDecryptPIDs",
-                          network[RedesCabecera::Decrypt_PIDs].asInt());
-        }
-        if (!device.isRNB()) {
-            appendTableVersions(command, node, network[RedesCabecera::NID].asString());
-        }
+        XmlNode* node = append(command, list, section.children[0].name);
+        appendChildren(
+            command, node, mapping::kDvbNetwork, network, conditions, [&](const Element& element) {
+                if (element.liveState) {
+                    appendSiTable(command, node, element, network[RedesCabecera::NID].asString());
+                } else {
+                    appendPidMask(command, node, element,
+                                  network.value(element.column.index).asInt());
+                }
+            });
     }
-    return section;
+    return list;
 }
 
 }  // namespace tarvo_remote_control

@@ -1,16 +1,19 @@
 // A module's inputs with their tuners and live signal state.
+#include "mapping/inputs.h"
+
 #include <string>
 #include <vector>
 
 #include "db/clauses.h"
 #include "document/input_type.h"
-#include "export/leaves.h"
 #include "export/sections.h"
 
 namespace tarvo_remote_control {
 
 using document::InputType;
 using document::XmlNode;
+using mapping::Element;
+using mapping::When;
 using tarvodb::doSelect;
 using tarvodb::EntradasGlobal;
 using tarvodb::NimCOFDMGlobal;
@@ -23,36 +26,6 @@ using tarvodb::TempNIMQAMGlobal;
 
 namespace {
 
-constexpr Leaf<EntradasGlobal> kInputLeaves[] = {
-    {"inputId", EntradasGlobal::fk_idEntrada},
-    {"active", EntradasGlobal::Activo},
-};
-
-constexpr Leaf<EntradasGlobal> kInputLeavesExceptRnb[] = {
-    {"type", EntradasGlobal::tipoEntrada},
-    {"onid", EntradasGlobal::ONID},
-    {"tsid", EntradasGlobal::TSID},
-};
-
-constexpr Leaf<NimCOFDMGlobal> kTerrestrialLeaves[] = {
-    {"frequency", NimCOFDMGlobal::Frequency},
-    {"bandwidth", NimCOFDMGlobal::Bandwidth, document::kInputBandwidth},
-    {"hierarchy", NimCOFDMGlobal::Hierarchy, document::kHierarchy},
-};
-
-constexpr Leaf<NimCOFDMGlobal> kTerrestrialScanLeaves[] = {
-    {"autoScan", NimCOFDMGlobal::trackingStatusEn},
-    {"onidScan", NimCOFDMGlobal::ONID_Tracking},
-    {"tsidScan", NimCOFDMGlobal::TSID_Tracking},
-};
-
-// The constellation of a cable input is exported as its code.
-constexpr Leaf<NimQAMGlobal> kCableLeaves[] = {
-    {"frequency", NimQAMGlobal::Frequency},
-    {"symbolRate", NimQAMGlobal::SymbolRate},
-    {"constelacion", NimQAMGlobal::Constelacion},
-};
-
 // What the parts of one input element share.
 struct Input {
     CmdGetConfiguration& command;
@@ -61,91 +34,78 @@ struct Input {
     const Record<EntradasGlobal>& row;
     // RFIN_LOOP of the input's second satellite tuner, empty without one.
     std::string loopThrough;
-
-    template <class Table>
-    void leaf(const Record<Table>& record, const Leaf<Table>& leaf) const {
-        appendLeaf(command, node, record, leaf);
-    }
 };
-
-// A stream or pipe id, or "auto".
-void appendAutomaticId(const Input& input, const char* element, const tarvodb::tSqlite3parent& id) {
-    input.command.append(input.node, element,
-                         document::codeText(document::kAutomaticId, id.asInt(), id.textOrEmpty()));
-}
-
-// Only a second tuner is fed through the loop.
-void appendLoopThrough(const Input& input, const tarvodb::tSqlite3parent& tunerNumber) {
-    if (tunerNumber.asInt() > 1) {
-        input.command.append(input.node, "rfLoop", input.loopThrough.c_str());
-    }
-}
-
-// One element per live state row of the module that is of this input.
-//   isOfInput(row), isLocked(row) -> bool
-template <class State, class IsOfInput, class IsLocked>
-void appendStatus(const Input& input, IsOfInput isOfInput, IsLocked isLocked) {
-    if (CmdGetConfiguration::device().isRNB()) {
-        return;
-    }
-    XmlNode* status = input.command.append(input.node, "inputStatus");
-    for (const auto& state :
-         doSelect<State>(input.command.stateDb(), tarvodb::clause::kByMac, input.mac)) {
-        if (isOfInput(state)) {
-            const int quality = state[State::quality].asInt();
-            input.command.append(status, "signalQuality",
-                                 isLocked(state)
-                                     ? document::codeText(document::kSignalQuality, quality)
-                                     : document::kSignalUnlocked);
-        }
-    }
-}
-
-void appendSatelliteStatus(const Input& input) {
-    const int inputNumber = input.row[EntradasGlobal::fk_idEntrada].asInt();
-    appendStatus<TempNIMGlobal>(
-        input,
-        [inputNumber](const auto& state) {
-            return state[TempNIMGlobal::inputNumber].asInt() == inputNumber;
-        },
-        [](const auto& state) { return state[TempNIMGlobal::locked].asInt() == 1; });
-}
 
 // The terrestrial and cable states are not matched to an input: every input of the module lists
 // them all.
 template <class State>
-void appendModuleStatus(const Input& input) {
-    appendStatus<State>(
-        input, [](const auto&) { return true; },
-        [](const auto& state) { return state[State::locked].asInt() != 0; });
+bool isOfInput(const Record<State>&, const Input&) {
+    return true;
+}
+bool isOfInput(const Record<TempNIMGlobal>& state, const Input& input) {
+    return state[TempNIMGlobal::inputNumber].asInt() ==
+           input.row[EntradasGlobal::fk_idEntrada].asInt();
 }
 
-void appendSatelliteTuner(const Input& input, const Record<NimGlobal>& tuner) {
-    input.leaf(tuner, {"frequency", NimGlobal::fe});
-    input.leaf(tuner, {"diseqc", NimGlobal::DiSEqC});
-    if (tuner[NimGlobal::DiSEqC].asInt() < 1) {
-        input.leaf(tuner, {"band", NimGlobal::banda_FI, document::kBand});
+template <class State>
+bool isLocked(const Record<State>& state) {
+    return state[State::locked].asInt() != 0;
+}
+bool isLocked(const Record<TempNIMGlobal>& state) {
+    return state[TempNIMGlobal::locked].asInt() == 1;
+}
+
+template <class State>
+const char* signalQuality(const Element& element, const Record<State>& state) {
+    return isLocked(state) ? document::codeText(element.texts, state[State::quality].asInt())
+                           : element.unknown;
+}
+
+// One element per live state row of the module that is of this input.
+template <class State>
+void appendStatus(const Input& input, const Element& section) {
+    XmlNode* status = append(input.command, input.node, section.name);
+    const Element& quality = section.children[0];
+    for (const auto& state :
+         doSelect<State>(input.command.stateDb(), tarvodb::clause::kByMac, input.mac)) {
+        if (isOfInput(state, input)) {
+            append(input.command, status, quality.name, signalQuality(quality, state));
+        }
     }
-    input.leaf(tuner, {"PLSmode", NimGlobal::ModoPLS, document::kPlsModeExported,
-                       document::kPlsModeExportedOtherwise});
-    input.leaf(tuner, {"scramblingID", NimGlobal::ScramblingID});
-    appendAutomaticId(input, "streamID", tuner[NimGlobal::StreamID]);
-    appendLoopThrough(input, tuner[NimGlobal::fk_idNim]);
-    appendSatelliteStatus(input);
 }
 
-void appendTerrestrialTuner(const Input& input, const Record<NimCOFDMGlobal>& tuner) {
-    appendLeaves(input.command, input.node, tuner, kTerrestrialLeaves);
-    appendAutomaticId(input, "PLPID", tuner[NimCOFDMGlobal::PLP_ID]);
-    appendLeaves(input.command, input.node, tuner, kTerrestrialScanLeaves);
-    appendModuleStatus<TempNIMCOFDMGlobal>(input);
-    appendLoopThrough(input, tuner[NimCOFDMGlobal::fk_idNimCOFDM]);
+bool hasDiseqcPosition(const Record<NimGlobal>& tuner) {
+    return tuner[NimGlobal::DiSEqC].asInt() >= 1;
+}
+template <class Tuner>
+bool hasDiseqcPosition(const Record<Tuner>&) {
+    return false;
 }
 
-void appendCableTuner(const Input& input, const Record<NimQAMGlobal>& tuner) {
-    appendLeaves(input.command, input.node, tuner, kCableLeaves);
-    appendModuleStatus<TempNIMQAMGlobal>(input);
-    appendLoopThrough(input, tuner[NimQAMGlobal::fk_idNimQAM]);
+// `number` is the column with the tuner's number on its module.
+template <class State, class Tuner>
+void appendTuners(const Input& input, mapping::Elements elements,
+                  const std::vector<Record<Tuner>>& tuners, typename Tuner::Column number) {
+    for (const auto& tuner : tuners) {
+        const auto conditions = Conditions()
+                                    .with(When::noDiseqcPosition, !hasDiseqcPosition(tuner))
+                                    .with(When::secondTuner, tuner[number].asInt() > 1);
+        appendChildren(input.command, input.node, elements, tuner, conditions,
+                       [&input](const Element& element) {
+                           if (element.liveState) {
+                               appendStatus<State>(input, element);
+                           } else {
+                               append(input.command, input.node, element.name,
+                                      input.loopThrough.c_str());
+                           }
+                       });
+    }
+}
+
+template <class Tuner>
+std::vector<Record<Tuner>> tunersOf(const Input& input) {
+    return doSelect<Tuner>(input.command.configDb(), tarvodb::clause::kByInput,
+                           input.row.key().text());
 }
 
 std::string loopThroughOf(const std::vector<Record<NimGlobal>>& satelliteTuners) {
@@ -158,50 +118,41 @@ std::string loopThroughOf(const std::vector<Record<NimGlobal>>& satelliteTuners)
     return loopThrough;
 }
 
-void appendTuners(const Input& input, const std::vector<Record<NimGlobal>>& satelliteTuners) {
-    sqlite3* db = input.command.configDb();
-    const char* key = input.row.key().text();
+void appendTunersOfType(const Input& input, const std::vector<Record<NimGlobal>>& satelliteTuners) {
     switch (static_cast<InputType>(input.row[EntradasGlobal::tipoEntrada].asInt())) {
         case InputType::satellite:
-            for (const auto& tuner : satelliteTuners) {
-                appendSatelliteTuner(input, tuner);
-            }
+            appendTuners<TempNIMGlobal>(input, mapping::kSatelliteTuner, satelliteTuners,
+                                        NimGlobal::fk_idNim);
             break;
         case InputType::terrestrial:
-            for (const auto& tuner : doSelect<NimCOFDMGlobal>(db, tarvodb::clause::kByInput, key)) {
-                appendTerrestrialTuner(input, tuner);
-            }
+            appendTuners<TempNIMCOFDMGlobal>(input, mapping::kTerrestrialTuner,
+                                             tunersOf<NimCOFDMGlobal>(input),
+                                             NimCOFDMGlobal::fk_idNimCOFDM);
             break;
         case InputType::cable:
-            for (const auto& tuner : doSelect<NimQAMGlobal>(db, tarvodb::clause::kByInput, key)) {
-                appendCableTuner(input, tuner);
-            }
+            appendTuners<TempNIMQAMGlobal>(input, mapping::kCableTuner,
+                                           tunersOf<NimQAMGlobal>(input),
+                                           NimQAMGlobal::fk_idNimQAM);
             break;
     }
-}
-
-XmlNode* inputElement(CmdGetConfiguration& command, const char* mac,
-                      const Record<EntradasGlobal>& row) {
-    XmlNode* node = command.createNode("input");
-    appendLeaves(command, node, row, kInputLeaves);
-    if (!CmdGetConfiguration::device().isRNB()) {
-        appendLeaves(command, node, row, kInputLeavesExceptRnb);
-    }
-    // Whatever the input's type: the loop is a property of its satellite tuners.
-    const auto satelliteTuners = tarvodb::selectByFkIdEntradasGlobal(command.configDb(), row.key());
-    appendTuners({command, node, mac, row, loopThroughOf(satelliteTuners)}, satelliteTuners);
-    return node;
 }
 
 }  // namespace
 
-XmlNode* inputsSection(CmdGetConfiguration& command, const char* mac) {
-    XmlNode* section = command.createNode("inputs");
-    for (const auto& input :
+XmlNode* write::inputs(CmdGetConfiguration& command, const Element& section, const Module& module) {
+    const char* mac = module[tarvodb::RedesModulos::MAC].textOrEmpty();
+    XmlNode* list = command.createNode(section.name);
+    for (const auto& row :
          doSelect<EntradasGlobal>(command.configDb(), tarvodb::clause::kByMac, mac)) {
-        section->append_node(inputElement(command, mac, input));
+        XmlNode* node = append(command, list, section.children[0].name);
+        appendLeaves(command, node, mapping::kInput, row);
+        // Whatever the input's type: the loop is a property of its satellite tuners.
+        const auto satelliteTuners =
+            tarvodb::selectByFkIdEntradasGlobal(command.configDb(), row.key());
+        appendTunersOfType({command, node, mac, row, loopThroughOf(satelliteTuners)},
+                           satelliteTuners);
     }
-    return section;
+    return list;
 }
 
 }  // namespace tarvo_remote_control

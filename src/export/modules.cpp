@@ -1,14 +1,17 @@
 // The modules of the headend with their hardware, CAM and firmware.
+#include "mapping/modules.h"
+
 #include <string>
 
 #include "db/clauses.h"
-#include "export/leaves.h"
-#include "export/module_kind.h"
 #include "export/sections.h"
+#include "mapping/module_family.h"
 
 namespace tarvo_remote_control {
 
+using document::CardRights;
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::CAMInfoGlobal;
 using tarvodb::doSelect;
 using tarvodb::ModulosCabecera;
@@ -17,92 +20,108 @@ using tarvodb::RedesModulos;
 
 namespace {
 
-constexpr Leaf<RedesModulos> kIdentityLeaves[] = {
-    {"id", RedesModulos::HostName},
-    {"mac", RedesModulos::MAC},
-    {"isMaster", RedesModulos::Master},
-};
-
-constexpr Leaf<RedesModulos> kIdentityLeavesExceptRnb[] = {
-    {"name", RedesModulos::LabelName},
-    {"family", RedesModulos::Familia},
-    {"model", RedesModulos::Modelo},
-    {"modoSalidaRF", RedesModulos::ModoSalidaRF},
-};
-
-// The text for the hours that a smart card's rights still last. Exactly 24 hours count as no
-// rights.
-const char* cardRightsText(int hours) {
+// Exactly 24 hours count as no rights.
+CardRights cardRights(int hours) {
     if (hours > 48) {
-        return "Rights OK";
+        return CardRights::longer;
     }
     if (hours > 24) {
-        return "Less than 48 hours";
+        return CardRights::lessThan48Hours;
     }
-    if (hours == 24 || hours == 0) {
-        return "KO. No rights";
-    }
-    return "Less than 24 hours";
+    return hours == 24 || hours == 0 ? CardRights::none : CardRights::lessThan24Hours;
 }
 
-// The last row of a module counts; without a row the CAM reads as all empty.
-Record<CAMInfoGlobal> camInfo(const CmdGetConfiguration& command, const char* mac) {
-    auto rows = doSelect<CAMInfoGlobal>(command.stateDb(), tarvodb::clause::kByMac, mac);
-    return rows.empty() ? Record<CAMInfoGlobal>() : std::move(rows.back());
+std::string cardSerialNumber(const Record<CAMInfoGlobal>& cam) {
+    const std::string number = cam[CAMInfoGlobal::cardSerialNumber].asString();
+    return CmdGetConfiguration::device().isRNB() && !number.empty() ? "000" + number : number;
 }
 
-void appendCam(CmdGetConfiguration& command, XmlNode* node, const char* mac) {
-    const DeviceIdentity& device = CmdGetConfiguration::device();
-    const Record<CAMInfoGlobal> cam = camInfo(command, mac);
-    appendLeaf(command, node, cam, {"CAMSerialNumber", CAMInfoGlobal::camSerialNumber});
-    appendLeaf(command, node, cam, {"CAMVersion", CAMInfoGlobal::camVersion});
-    std::string cardSerial = cam[CAMInfoGlobal::cardSerialNumber].asString();
-    if (device.isRNB() && !cardSerial.empty()) {
-        cardSerial.insert(0, "000");
-    }
-    command.append(node, "CardSerialNumber", cardSerial.c_str());
-    if (device.isFamilyA() || device.isWVXA()) {
-        command.append(node, "CardRights", cardRightsText(cam[CAMInfoGlobal::rightsHours].asInt()));
-        appendLeaf(command, node, cam,
-                   {"CardStatus", CAMInfoGlobal::cardStatus, document::kCardStatus,
-                    document::kCardStatusOtherwise});
-    }
-}
+// Writes one `module` element.
+class ModuleExport {
+  public:
+    ModuleExport(CmdGetConfiguration& command, XmlNode* node, const write::Module& module)
+        : command_(command), node_(node), module_(module) {}
 
-XmlNode* moduleElement(CmdGetConfiguration& command, const Record<RedesModulos>& module) {
-    const char* mac = module[RedesModulos::MAC].textOrEmpty();
-    const int family = module[RedesModulos::Familia].asInt();
-    const int model = module[RedesModulos::Modelo].asInt();
-    XmlNode* node = command.createNode("module");
-    appendLeaves(command, node, module, kIdentityLeaves);
-    if (!CmdGetConfiguration::device().isRNB()) {
-        appendLeaves(command, node, module, kIdentityLeavesExceptRnb);
+    void writeChildren() {
+        const bool reportsCam = mapping::reportsCam(module_);
+        if (reportsCam) {
+            readCam();
+        }
+        appendChildren(command_, node_, mapping::kModule, module_,
+                       Conditions().with(mapping::When::moduleReportsCam, reportsCam),
+                       [this](const Element& element) { writeOther(element); });
     }
-    appendLeaf(command, node, module, {"serialNumber", RedesModulos::NumeroSerie});
-    if (tellsCam(family, model)) {
-        appendCam(command, node, mac);
+
+  private:
+    // The last row of a module counts; without a row the CAM reads as all empty.
+    void readCam() {
+        auto rows = doSelect<CAMInfoGlobal>(command_.stateDb(), tarvodb::clause::kByMac, mac());
+        if (!rows.empty()) {
+            cam_ = std::move(rows.back());
+        }
     }
-    appendLeaf(command, node, module, {"hwVersion", RedesModulos::HWVersion});
-    for (const auto& firmware :
-         doSelect<ModulosCabecera>(command.stateDb(), tarvodb::clause::kByMac, mac)) {
-        appendLeaf(command, node, firmware, {"swVersion", ModulosCabecera::softwareVersion});
+
+    void writeOther(const Element& element) {
+        if (element.column.isOf(CAMInfoGlobal::info)) {
+            writeCam(element);
+        } else if (element.column.isOf(ModulosCabecera::info)) {
+            writeFirmware(element);
+        } else {
+            node_->append_node(
+                mapping::rowNamed(kParts, element.name).write(command_, element, module_));
+        }
     }
-    appendLeaf(command, node, module, {"attenuation", RedesModulos::Atenuacion});
-    appendLeaf(command, node, module, {"dvbNetworkId", RedesModulos::RED});
-    node->append_node(inputsSection(command, mac));
-    node->append_node(outputsSection(command, mac, module[RedesModulos::ModoSalidaRF].asInt()));
-    node->append_node(servicesSection(command, mac, family, model));
-    return node;
-}
+
+    void writeCam(const Element& element) {
+        switch (element.column.index) {
+            case CAMInfoGlobal::cardSerialNumber:
+                append(command_, node_, element.name, cardSerialNumber(cam_).c_str());
+                break;
+            case CAMInfoGlobal::rightsHours: {
+                const auto rights = cardRights(cam_[CAMInfoGlobal::rightsHours].asInt());
+                append(command_, node_, element.name,
+                       document::codeText(element.texts, static_cast<int>(rights)));
+                break;
+            }
+            default:
+                appendLeaf(command_, node_, element, cam_);
+        }
+    }
+
+    void writeFirmware(const Element& element) {
+        for (const auto& firmware :
+             doSelect<ModulosCabecera>(command_.stateDb(), tarvodb::clause::kByMac, mac())) {
+            appendLeaf(command_, node_, element, firmware);
+        }
+    }
+
+    [[nodiscard]] const char* mac() const { return module_[RedesModulos::MAC].textOrEmpty(); }
+
+    struct Part {
+        const char* name;
+        XmlNode* (*write)(CmdGetConfiguration&, const Element&, const write::Module&);
+    };
+    static constexpr Part kParts[] = {
+        {"inputs", write::inputs},
+        {"outputs", write::outputs},
+        {"services", write::services},
+    };
+
+    CmdGetConfiguration& command_;
+    XmlNode* node_;
+    const write::Module& module_;
+    Record<CAMInfoGlobal> cam_;
+};
 
 }  // namespace
 
-XmlNode* modulesSection(CmdGetConfiguration& command) {
-    XmlNode* section = command.createNode("modules");
+XmlNode* write::modules(CmdGetConfiguration& command, const Element& section) {
+    XmlNode* list = command.createNode(section.name);
     for (const auto& module : doSelect<RedesModulos>(command.configDb())) {
-        section->append_node(moduleElement(command, module));
+        ModuleExport(command, append(command, list, section.children[0].name), module)
+            .writeChildren();
     }
-    return section;
+    return list;
 }
 
 }  // namespace tarvo_remote_control

@@ -1,36 +1,40 @@
-// The section writers: each reads the rows that its section stands for and returns the section's
-// new, unattached element, which the command's result document owns. A failed select gives a
-// section without rows.
+// The section writers. Each carries the name of its section, reads the rows that the section stands
+// for and returns the section's new, unattached element, which the command's result document owns.
+// A failed select gives a section without rows.
 #pragma once
 
+#include "db/operations.h"
 #include "export/cmd_get_configuration.h"
+#include "export/elements.h"
 
-namespace tarvo_remote_control {
+namespace tarvo_remote_control::write {
 
-// Home transponders, from MantenimientoHomeChannelsGlobal.
-document::XmlNode* homeChannelsSection(CmdGetConfiguration& command);
+// A list of all rows of one table.
+template <class Table>
+document::XmlNode* wholeTable(CmdGetConfiguration& command, const mapping::Element& list) {
+    return listOf(command, list, tarvodb::doSelect<Table>(command.configDb()));
+}
+
 // Services of the programme guide, from the four Service_EPG tables.
-document::XmlNode* serviceEpgsSection(CmdGetConfiguration& command);
+document::XmlNode* serviceEPGs(CmdGetConfiguration& command, const mapping::Element& section);
 // DVB networks, from RedesCabecera and the SI table files.
-document::XmlNode* dvbNetworksSection(CmdGetConfiguration& command);
-// Dish switch positions, from DiSEqCGlobal.
-document::XmlNode* diseqcsSection(CmdGetConfiguration& command);
+document::XmlNode* dvbNetworks(CmdGetConfiguration& command, const mapping::Element& section);
 // Control words, from ScramblingKeysGlobal and ScramblingGlobal.
-document::XmlNode* scramblingsSection(CmdGetConfiguration& command);
-// From AudioLanguageListGlobal.
-document::XmlNode* preferredLanguagesSection(CmdGetConfiguration& command);
+document::XmlNode* scramblings(CmdGetConfiguration& command, const mapping::Element& section);
 // All modules of the headend with their inputs, outputs and services, from RedesModulos.
-document::XmlNode* modulesSection(CmdGetConfiguration& command);
+document::XmlNode* modules(CmdGetConfiguration& command, const mapping::Element& section);
 
-// The sections inside one `module` element. `mac` is the module's MAC address text.
+// The sections inside one `module` element, a row of RedesModulos.
+using Module = tarvodb::Record<tarvodb::RedesModulos>;
 
 // From EntradasGlobal, the tuner tables and their live state.
-document::XmlNode* inputsSection(CmdGetConfiguration& command, const char* mac);
-// From SalidasLogicasGlobal and RFOutGlobal. `rfOutputMode` is the module's ModoSalidaRF.
-document::XmlNode* outputsSection(CmdGetConfiguration& command, const char* mac, int rfOutputMode);
-// From ServiciosSalidaGlobal, PIDsSalidaGlobal and the live state of received services. `family`
-// and `model` are the module's Familia and Modelo.
-document::XmlNode* servicesSection(CmdGetConfiguration& command, const char* mac, int family,
-                                   int model);
+document::XmlNode* inputs(CmdGetConfiguration& command, const mapping::Element& section,
+                          const Module& module);
+// From SalidasLogicasGlobal and RFOutGlobal.
+document::XmlNode* outputs(CmdGetConfiguration& command, const mapping::Element& section,
+                           const Module& module);
+// From ServiciosSalidaGlobal, PIDsSalidaGlobal and the live state of received services.
+document::XmlNode* services(CmdGetConfiguration& command, const mapping::Element& section,
+                            const Module& module);
 
-}  // namespace tarvo_remote_control
+}  // namespace tarvo_remote_control::write

@@ -1,12 +1,15 @@
 // The services of the programme guide.
+#include "mapping/service_epgs.h"
+
 #include "db/clauses.h"
-#include "export/leaves.h"
 #include "export/sections.h"
 
 namespace tarvo_remote_control {
 
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::doSelect;
+using tarvodb::Record;
 using tarvodb::Service_EPG;
 using tarvodb::Service_EPG_audios;
 using tarvodb::Service_EPG_replacing;
@@ -14,68 +17,50 @@ using tarvodb::Service_EPG_Satellite;
 
 namespace {
 
-constexpr Leaf<Service_EPG> kServiceLeaves[] = {
-    {"onid", Service_EPG::ONID},
-    {"tsid", Service_EPG::TSID},
-    {"sid", Service_EPG::SID},
-    {"epg", Service_EPG::EPG},
-    {"lcn", Service_EPG::LCN},
-    {"videoType", Service_EPG::Video_Type},
-    {"videoPeakBitrate", Service_EPG::Video_peak_bitrate},
-    {"serviceType", Service_EPG::Service_type},
-    {"name", Service_EPG::Nombre},
-    {"provider", Service_EPG::Proveedor},
-};
-
-constexpr Leaf<Service_EPG_Satellite> kSatelliteLeaves[] = {
-    {"onid", Service_EPG_Satellite::ONID},
-    {"tsid", Service_EPG_Satellite::TSID},
-    {"frequency", Service_EPG_Satellite::Frequency},
-    {"symbolrate", Service_EPG_Satellite::SymbolRate},
-    {"polarity", Service_EPG_Satellite::Polaridad, document::kPolarity},
-    {"orbit", Service_EPG_Satellite::Orbita},
-    {"westEastFlag", Service_EPG_Satellite::West_East_Flag},
-};
-
-constexpr Leaf<Service_EPG_audios> kAudioLeaves[] = {
-    {"languageCode", Service_EPG_audios::Language_code},
-    {"audioType", Service_EPG_audios::Audio_Type},
-};
-
-constexpr Leaf<Service_EPG_replacing> kReplacingLeaves[] = {
-    {"replacingEpgChannelId", Service_EPG_replacing::replacing_epg_channel_id},
-};
-
 // The leaves of every matching transponder stand directly in the one element.
-XmlNode* satelliteSection(CmdGetConfiguration& command, const char* satelliteId) {
-    XmlNode* node = command.createNode("satelliteEPG");
+XmlNode* satelliteEPG(CmdGetConfiguration& command, const Element& section,
+                      const Record<Service_EPG>& service) {
+    XmlNode* node = command.createNode(section.name);
     for (const auto& satellite : doSelect<Service_EPG_Satellite>(
-             command.configDb(), tarvodb::clause::kByEpgSatellite, satelliteId)) {
-        appendLeaves(command, node, satellite, kSatelliteLeaves);
+             command.configDb(), tarvodb::clause::kByEpgSatellite,
+             service[Service_EPG::fk_idService_EPG_Satellite].textOrEmpty())) {
+        appendLeaves(command, node, mapping::kSatelliteEpg, satellite);
     }
     return node;
 }
 
+// The rows of a table that belong to the service.
+template <class Table>
+XmlNode* childRows(CmdGetConfiguration& command, const Element& section,
+                   const Record<Service_EPG>& service) {
+    return listOf(command, section,
+                  doSelect<Table>(command.configDb(), tarvodb::clause::kByServiceEpg,
+                                  service[Service_EPG::idService_EPG].text()));
+}
+
+struct PartWriter {
+    const char* name;
+    XmlNode* (*write)(CmdGetConfiguration&, const Element&, const Record<Service_EPG>&);
+};
+
+constexpr PartWriter kPartWriters[] = {
+    {"satelliteEPG", satelliteEPG},
+    {"audiosEPGs", childRows<Service_EPG_audios>},
+    {"replacingEPGs", childRows<Service_EPG_replacing>},
+};
+
 }  // namespace
 
-XmlNode* serviceEpgsSection(CmdGetConfiguration& command) {
-    XmlNode* section = command.createNode("serviceEPGs");
+XmlNode* write::serviceEPGs(CmdGetConfiguration& command, const Element& section) {
+    XmlNode* list = command.createNode(section.name);
     for (const auto& service : doSelect<Service_EPG>(command.configDb())) {
-        XmlNode* node = command.append(section, "serviceEPG");
-        appendLeaves(command, node, service, kServiceLeaves);
-        node->append_node(satelliteSection(
-            command, service[Service_EPG::fk_idService_EPG_Satellite].textOrEmpty()));
-        const char* id = service[Service_EPG::idService_EPG].text();
-        node->append_node(sectionOf(
-            command, "audiosEPGs", "audiosEPG",
-            doSelect<Service_EPG_audios>(command.configDb(), tarvodb::clause::kByServiceEpg, id),
-            kAudioLeaves));
-        node->append_node(sectionOf(
-            command, "replacingEPGs", "replacingEPG",
-            doSelect<Service_EPG_replacing>(command.configDb(), tarvodb::clause::kByServiceEpg, id),
-            kReplacingLeaves));
+        XmlNode* node = append(command, list, section.children[0].name);
+        appendChildren(command, node, mapping::kServiceEpg, service, {}, [&](const Element& part) {
+            node->append_node(
+                mapping::rowNamed(kPartWriters, part.name).write(command, part, service));
+        });
     }
-    return section;
+    return list;
 }
 
 }  // namespace tarvo_remote_control

@@ -1,119 +1,86 @@
 // A module's output services with their elementary streams and live state.
+#include "mapping/services.h"
+
 #include "db/clauses.h"
-#include "export/leaves.h"
-#include "export/module_kind.h"
 #include "export/sections.h"
+#include "mapping/module_family.h"
 
 namespace tarvo_remote_control {
 
 using document::XmlNode;
-using tarvodb::PIDsSalidaGlobal;
+using mapping::Element;
 using tarvodb::Record;
+using tarvodb::RedesModulos;
 using tarvodb::ServiciosEntradaGlobal;
-using tarvodb::ServiciosSalidaGlobal;
+using Service = tarvodb::ServiciosSalidaGlobal;
 
 namespace {
 
-using Service = ServiciosSalidaGlobal;
-
-constexpr Leaf<Service> kServiceLeaves[] = {
-    {"outputId", Service::fk_idSalidasLogicas}, {"outputSid", Service::SID},
-    {"inputId", Service::fk_idEntrada},         {"inputSid", Service::OSID},
-    {"inputName", Service::NombreEntrada},      {"forcedName", Service::NombreForzado},
-    {"outputName", Service::NombreSalida},      {"lcn", Service::LCN},
-};
-
-constexpr Leaf<Service> kServiceLeavesExceptRnb[] = {
-    {"olcn", Service::OLCN},
-    {"simulcastLcn", Service::SimulcastLCN},
-    {"forcedLcn", Service::LCNForzado},
-    {"idEPG", Service::idEPG},
-    {"serviceTypeDVB", Service::Tipo},
-    {"serviceTypeCanal", Service::Service_Type},
-    {"videoFormat", Service::VideoFormat},
-};
-
-constexpr Leaf<PIDsSalidaGlobal> kPidOrderLeaves[] = {
-    {"languageCode", PIDsSalidaGlobal::AudioCode},
-    {"streamId", PIDsSalidaGlobal::StreamId},
-    {"type", PIDsSalidaGlobal::Tipo},
-    {"order", PIDsSalidaGlobal::Orden},
-};
-
 // A live state, shown when the service's column `enabledBy` is 1 and `validBit` is set.
 struct LiveState {
+    const char* name;
     Service::Column enabledBy;
-    const char* element;
     int validBit;
     int errorBit;
 };
 
 constexpr LiveState kLiveStates[] = {
-    {Service::Descifrar, "decrytStatus", 0x10, 0x20},  // spelled so
-    {Service::Transcoding, "transcodingStatus", 0x40, 0x80},
+    {"decrytStatus", Service::Descifrar, 0x10, 0x20},
+    {"transcodingStatus", Service::Transcoding, 0x40, 0x80},
 };
 
-XmlNode* serviceStatus(CmdGetConfiguration& command, const char* mac,
+void appendStates(CmdGetConfiguration& command, XmlNode* node, const Record<Service>& service,
+                  int bits) {
+    for (const Element& element : mapping::kServiceStatus) {
+        const LiveState& state = mapping::rowNamed(kLiveStates, element.name);
+        if (service[state.enabledBy].asInt() == 1 && (bits & state.validBit) != 0) {
+            const int error = (bits & state.errorBit) != 0 ? 1 : 0;
+            append(command, node, element.name, document::codeText(element.texts, error));
+        }
+    }
+}
+
+XmlNode* serviceStatus(CmdGetConfiguration& command, const Element& section, const char* mac,
                        const Record<Service>& service) {
-    XmlNode* node = command.createNode("serviceStatus");
+    XmlNode* node = command.createNode(section.name);
     for (const auto& received : tarvodb::doSelect<ServiciosEntradaGlobal>(
              command.stateDb(), tarvodb::clause::kByInputService, mac,
              service[Service::OSID].textOrEmpty(), service[Service::fk_idEntrada].textOrEmpty())) {
-        const int bits = received[ServiciosEntradaGlobal::statusBits].asInt();
-        for (const LiveState& state : kLiveStates) {
-            if (service[state.enabledBy].asInt() == 1 && (bits & state.validBit) != 0) {
-                command.append(node, state.element, (bits & state.errorBit) != 0 ? "ERROR" : "OK");
-            }
-        }
+        appendStates(command, node, service, received[ServiciosEntradaGlobal::statusBits].asInt());
     }
     return node;
 }
 
-XmlNode* serviceElement(CmdGetConfiguration& command, const char* mac,
-                        const Record<Service>& service, bool onCamModule) {
-    const bool rnb = CmdGetConfiguration::device().isRNB();
-    const bool wvxb = CmdGetConfiguration::device().isWVXB();
-    XmlNode* node = command.createNode("service");
-    appendLeaves(command, node, service, kServiceLeaves);
-    if (!rnb) {
-        appendLeaves(command, node, service, kServiceLeavesExceptRnb);
-    }
-    if (!rnb && onCamModule) {
-        appendLeaf(command, node, service, {"cloned", Service::DuplicadoClonado});
-    }
-    if (!wvxb && onCamModule) {
-        appendLeaf(command, node, service, {"decrypt", Service::Descifrar});
-    }
-    if (!rnb) {
-        appendLeaf(command, node, service, {"transcoding", Service::Transcoding});
-    }
-    if (!wvxb) {
-        command.append(node, "encrypt", "0");  // no column holds it
-    }
-    if (!rnb) {
-        appendLeaf(command, node, service, {"videoPeakBitrate", Service::Video_peak_bitrate});
-    }
-    node->append_node(sectionOf(command, "pidOrders", "pidOrder",
-                                tarvodb::selectByFkIdSSG(command.configDb(), service.key()),
-                                kPidOrderLeaves));
-    if (!rnb && onCamModule) {
-        node->append_node(serviceStatus(command, mac, service));
-    }
-    return node;
+XmlNode* pidOrders(CmdGetConfiguration& command, const Element& section,
+                   const Record<Service>& service) {
+    return listOf(command, section, tarvodb::selectByFkIdSSG(command.configDb(), service.key()));
+}
+
+bool isListed(const Record<Service>& service) {
+    return service[Service::SSU].asInt() == 0 && service[Service::EstadoBorrado].asInt() == 0;
 }
 
 }  // namespace
 
-XmlNode* servicesSection(CmdGetConfiguration& command, const char* mac, int family, int model) {
-    const bool onCamModule = descramblesServices(family, model);
-    XmlNode* section = command.createNode("services");
+XmlNode* write::services(CmdGetConfiguration& command, const Element& section,
+                         const Module& module) {
+    const char* mac = module[RedesModulos::MAC].textOrEmpty();
+    const auto conditions =
+        Conditions().with(mapping::When::moduleDescrambles, mapping::descramblesServices(module));
+    XmlNode* list = command.createNode(section.name);
     for (const auto& service :
          tarvodb::doSelect<Service>(command.configDb(), tarvodb::clause::kByMac, mac)) {
-        if (service[Service::SSU].asInt() == 0 && service[Service::EstadoBorrado].asInt() == 0) {
-            section->append_node(serviceElement(command, mac, service, onCamModule));
+        if (!isListed(service)) {
+            continue;
         }
+        XmlNode* node = append(command, list, section.children[0].name);
+        appendChildren(
+            command, node, mapping::kService, service, conditions, [&](const Element& part) {
+                node->append_node(part.liveState ? serviceStatus(command, part, mac, service)
+                                                 : pidOrders(command, part, service));
+            });
     }
-    return section;
+    return list;
 }
 
 }  // namespace tarvo_remote_control

@@ -9,47 +9,40 @@
 #include "import/reporting.h"
 #include "import/sections.h"
 #include "import/settings.h"
+#include "mapping/document_tree.h"
 #include "platform/platform.h"
 
 namespace tarvo_remote_control {
 
-using document::PostAction;
 using document::XmlNode;
+using mapping::PostAction;
 
 namespace {
 
-using SectionHandler = bool (*)(CmdSetConfiguration&, const XmlNode&);
-
-struct Section {
-    const char* element;
-    SectionHandler handler;
+struct SectionHandler {
+    const char* name;
+    bool (*apply)(CmdSetConfiguration&, const XmlNode&);
 };
 
-template <const document::SettingSection& section>
-bool settingSection(CmdSetConfiguration& command, const XmlNode& node) {
-    return applySettings(command, node, section.settings);
-}
-
-constexpr Section kSections[] = {
-    {document::kIdentification.element, settingSection<document::kIdentification>},
-    {document::kRegional.element, settingSection<document::kRegional>},
-    {document::kMaturityRating.element, applyMaturityRating},
-    {"maintenances", applyMaintenances},
-    {"homeChannels", applyHomeChannels},
-    {"serviceEPGs", applyServiceEpgs},
-    {document::kRemoteControl.element, settingSection<document::kRemoteControl>},
-    {document::kNetwork.element, settingSection<document::kNetwork>},
-    {"dvbNetworks", applyDvbNetworks},
-    {document::kLnb.element, settingSection<document::kLnb>},
-    {"diseqcs", applyDiseqcs},
-    {"preferredLanguages", applyPreferredLanguages},
-    {"scramblings", applyScramblings},
-    {"modules", applyModules},
+// Of the sections that are more than settings.
+constexpr SectionHandler kSectionHandlers[] = {
+    {"maturityRating", apply::maturityRating},
+    {"maintenances", apply::maintenances},
+    {"homeChannels", apply::homeChannels},
+    {"serviceEPGs", apply::serviceEPGs},
+    {"dvbNetworks", apply::dvbNetworks},
+    {"diseqcs", apply::diseqcs},
+    {"preferredLanguages", apply::preferredLanguages},
+    {"scramblings", apply::scramblings},
+    {"modules", apply::modules},
 };
 
 bool applySection(CmdSetConfiguration& command, const XmlNode& node) {
-    if (const Section* section = document::rowFor(kSections, node)) {
-        return section->handler(command, node);
+    if (const auto* handler = document::rowFor(kSectionHandlers, node)) {
+        return handler->apply(command, node);
+    }
+    if (const auto* section = mapping::elementOf(mapping::kConfiguration.children, node)) {
+        return applySettings(command, node, section->children);
     }
     logFault(std::string("Unknown configuration setting: ") + node.name());
     return true;
@@ -59,8 +52,9 @@ bool applySection(CmdSetConfiguration& command, const XmlNode& node) {
 
 void CmdSetConfiguration::execute() {
     result().appendToData(createNode("setConfigurationResult"));
-    apply(commandNode() == nullptr ? nullptr
-                                   : document::childNamed(*commandNode(), "configuration"));
+    apply(commandNode() == nullptr
+              ? nullptr
+              : document::childNamed(*commandNode(), mapping::kConfiguration.name));
 }
 
 void CmdSetConfiguration::apply(const XmlNode* configuration) {

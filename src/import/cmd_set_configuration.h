@@ -6,7 +6,7 @@
 #include "command/command.h"
 #include "db/database.h"
 #include "db/transaction.h"
-#include "document/settings.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
@@ -36,18 +36,18 @@ class CmdSetConfiguration : public Command {
     // The configuration database, in the import's transaction.
     [[nodiscard]] sqlite3* db() const { return db_.get(); }
     // Has a post-action run once the import is stored.
-    void request(document::PostAction action);
+    void request(mapping::PostAction action);
 
   private:
     bool applySections(const document::XmlNode& configuration);
     [[nodiscard]] tarvodb::Transaction transaction() const { return {db(), tarvodb::Tries::three}; }
     bool runPostActions();
-    [[nodiscard]] bool isRequested(document::PostAction action) const {
+    [[nodiscard]] bool isRequested(mapping::PostAction action) const {
         return postActions_.contains(action);
     }
 
     tarvodb::Database db_;
-    std::set<document::PostAction> postActions_;
+    std::set<mapping::PostAction> postActions_;
 };
 
 }  // namespace tarvo_remote_control

@@ -1,4 +1,6 @@
 // The positions of the satellite dish switch.
+#include "mapping/diseqcs.h"
+
 #include <string>
 
 #include "db/clauses.h"
@@ -9,29 +11,22 @@
 namespace tarvo_remote_control {
 
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::DiSEqCGlobal;
 using tarvodb::Record;
 
 namespace {
 
-constexpr TextField<DiSEqCGlobal> kTextFields[] = {
-    {"position", DiSEqCGlobal::Posicion},
-    {"name", DiSEqCGlobal::Nombre},
-    {"orbit", DiSEqCGlobal::Orbita},
-};
-
-constexpr CodedField<DiSEqCGlobal> kCodedFields[] = {
-    {"polarity", DiSEqCGlobal::Polaridad, document::kPolarity},
-    {"band", DiSEqCGlobal::Banda, document::kBand},
-};
+constexpr const Element& kId = mapping::rowNamed(mapping::kDiseqc, "id");
 
 // Every coded text of the element must be one, not only the last of its name, which is stored.
-bool validate(CmdSetConfiguration& command, const XmlNode& element) {
-    for (const XmlNode& child : document::childrenOf(element)) {
-        const auto* field = document::rowFor(kCodedFields, child);
-        if (field != nullptr && !document::codeOfAnyCase(field->texts, document::textOf(child))) {
+bool validate(CmdSetConfiguration& command, const XmlNode& diseqc) {
+    for (const XmlNode& child : document::childrenOf(diseqc)) {
+        const Element* element = mapping::elementOf(mapping::kDiseqc, child);
+        if (element != nullptr && element->take == mapping::Take::code &&
+            !codeOf(*element, document::textOf(child))) {
             return fail(command, ErrorCode::invalidCommand,
-                        std::string("Invalid value for diseqc/") + field->element);
+                        std::string("Invalid value for diseqc/") + element->name);
         }
     }
     return true;
@@ -50,17 +45,19 @@ Record<DiSEqCGlobal> newDiseqc(const char* id) {
 }
 
 std::string logText(const Record<DiSEqCGlobal>& diseqc) {
-    return "position=" + diseqc[DiSEqCGlobal::Posicion].asString() +
-           " name=" + diseqc[DiSEqCGlobal::Nombre].asString() +
-           " orbit=" + diseqc[DiSEqCGlobal::Orbita].asString() +
-           " polarity=" + diseqc[DiSEqCGlobal::Polaridad].asString() +
-           " band=" + diseqc[DiSEqCGlobal::Banda].asString();
+    std::string text;
+    for (const Element& element : mapping::kDiseqc) {
+        if (element.label != nullptr) {
+            text += element.label + diseqc.value(element.column.index).asString();
+        }
+    }
+    return text;
 }
 
 }  // namespace
 
-bool applyDiseqcs(CmdSetConfiguration& command, const XmlNode& section) {
-    std::vector<Record<DiSEqCGlobal>> diseqcs;
+bool apply::diseqcs(CmdSetConfiguration& command, const XmlNode& section) {
+    std::vector<Record<DiSEqCGlobal>> positions;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "diseqc")) {
             return failOnElement(command, "No diseqc element found");
@@ -68,15 +65,15 @@ bool applyDiseqcs(CmdSetConfiguration& command, const XmlNode& section) {
         if (!validate(command, element)) {
             return false;
         }
-        const char* id = document::lastText(element, "id");
+        const char* id = document::lastText(element, kId.name);
         if (id == nullptr) {
-            return fail(command, ErrorCode::invalidCommand, "diseqc has no id field");
+            return fail(command, ErrorCode::invalidCommand, kId.required.missing);
         }
-        diseqcs.push_back(storedOrNew(command, tarvodb::clause::kByDiseqc, id, newDiseqc));
-        setFields(diseqcs.back(), element, kTextFields, kCodedFields);
-        logChange("New DISEqC parameters: " + logText(diseqcs.back()));
+        positions.push_back(storedOrNew(command, tarvodb::clause::kByDiseqc, id, newDiseqc));
+        takeKeyed(positions.back(), mapping::kDiseqc, element);
+        logChange("New DISEqC parameters: " + logText(positions.back()));
     }
-    return replaceTable(command, diseqcs, "Could not delete diseqcs", "Could not insert diseqc");
+    return replaceTable(command, positions, "Could not delete diseqcs", "Could not insert diseqc");
 }
 
 }  // namespace tarvo_remote_control

@@ -1,4 +1,6 @@
 // The DVB networks that the headend's outputs belong to.
+#include "mapping/dvb_networks.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,77 +10,54 @@
 #include "import/keyed_rows.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
-#include "text/to_int.h"
 
 namespace tarvo_remote_control {
 
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::Record;
 using tarvodb::RedesCabecera;
 
 namespace {
 
-// A column that an element sets. Without a label a change is not told in the log.
-struct Field {
-    const char* element;
-    RedesCabecera::Column column;
-    const char* label;
+constexpr const Element& kId = mapping::rowNamed(mapping::kDvbNetwork, "id");
+constexpr const Element& kPatternType = mapping::rowNamed(mapping::kDvbNetwork, "tipoNITPatron");
+constexpr const Element& kPattern = mapping::rowNamed(mapping::kDvbNetwork, "nitPatron");
+constexpr const Element& kPatternVersion =
+    mapping::rowNamed(mapping::kDvbNetwork, "versionNITPatron");
+
+// What an element gave of its NIT pattern so far.
+struct NitPattern {
+    int type = 0;
+    int number = 0;
 };
 
-constexpr Field kTextFields[] = {
-    {"nid", RedesCabecera::NID, "nid="},
-    {"onidOut", RedesCabecera::ONID_Out, nullptr},
-    {"name", RedesCabecera::NombreRed, "name="},
-    {"ciplusTVs", RedesCabecera::CI_TV_Type, "ciplusTVs="},
-};
-
-constexpr const char* kPatternType = "tipoNITPatron";
-constexpr const char* kPattern = "nitPatron";
-constexpr const char* kPatternVersion = "versionNITPatron";
-
-// 0 counts as not given: it never replaces a stored number.
-constexpr Field kNumberFields[] = {
-    {"tvType", RedesCabecera::TV_Type, "tvType="},
-    {"cellID", RedesCabecera::CellID, "cellID="},
-    {"forceServiceName", RedesCabecera::Force_ServiceName, "forcedServiceName="},
-    {"autoServiceList", RedesCabecera::Auto_Service_List, "autoServiceList="},
-    {"lcnOffset", RedesCabecera::LCN_Offset, "lcnOffset="},
-    {"lcnMode", RedesCabecera::LCN_Mode, "lcnMode="},
-    {kPatternType, RedesCabecera::Tipo_NIT_Patron, "tipoNITPatron="},
-    {kPattern, RedesCabecera::NIT_Patron, "nitPatron="},
-    {kPatternVersion, RedesCabecera::Version_NIT_Patron, "versionNITPatron="},
-};
-
-constexpr Field kMaskFields[] = {
-    {"autoBlockPIDs", RedesCabecera::Block_PIDs, "autoBlockPIDsMask="},
-    {"autoDecryptPIDs", RedesCabecera::Decrypt_PIDs, "autoDecryptPIDsMask="},
-};
-
-// Checks the three numbers of the NIT pattern against each other, each against what came earlier
-// in the element: a pattern other than 0 or 1 needs a type other than 0, a version other than 0
-// needs a pattern other than 0.
-bool validate(CmdSetConfiguration& command, const XmlNode& element) {
+// Checks a child against what came earlier in the element: a pattern other than 0 or 1 needs a type
+// other than 0, a version other than 0 needs a pattern other than 0. The error's message, null when
+// there is none.
+const char* nitPatternError(NitPattern& earlier, const XmlNode& child) {
     constexpr const char* kBadType = "tipoNITPatron not allowed value detected";
     constexpr const char* kBadPattern = "nitPatron not allowed value detected";
-    int type = 0;
-    int pattern = 0;
+    const int number = document::numberOf(child);
+    if (document::hasName(child, kPatternType.name)) {
+        earlier.type = number;
+        return kPatternType.range.contains(number) ? nullptr : kBadType;
+    }
+    if (document::hasName(child, kPattern.name)) {
+        earlier.number = number;
+        return mapping::kBinary.contains(number) || earlier.type != 0 ? nullptr : kBadPattern;
+    }
+    if (document::hasName(child, kPatternVersion.name)) {
+        return number == 0 || earlier.number != 0 ? nullptr : kBadPattern;
+    }
+    return nullptr;
+}
+
+bool validate(CmdSetConfiguration& command, const XmlNode& element) {
+    NitPattern pattern;
     for (const XmlNode& child : document::childrenOf(element)) {
-        const int number = document::numberOf(child);
-        const bool isBinary = number == 0 || number == 1;
-        if (document::hasName(child, kPatternType)) {
-            if (!isBinary) {
-                return fail(command, ErrorCode::invalidValue, kBadType);
-            }
-            type = number;
-        } else if (document::hasName(child, kPattern)) {
-            if (!isBinary && type == 0) {
-                return fail(command, ErrorCode::invalidValue, kBadPattern);
-            }
-            pattern = number;
-        } else if (document::hasName(child, kPatternVersion)) {
-            if (number != 0 && pattern == 0) {
-                return fail(command, ErrorCode::invalidValue, kBadPattern);
-            }
+        if (const char* error = nitPatternError(pattern, child)) {
+            return fail(command, ErrorCode::invalidValue, error);
         }
     }
     return true;
@@ -90,12 +69,12 @@ struct PartialMask {
     int values = 0;
 };
 
-PartialMask maskOf(const XmlNode& element) {
+PartialMask maskOf(const Element& element, const XmlNode& node) {
     PartialMask mask;
-    for (const auto& [bit, name] : document::kPidMaskBits) {
-        if (const char* text = document::lastText(element, name)) {
-            mask.given |= bit;
-            mask.values |= std::string_view(text) == "1" ? bit : 0;
+    for (const Element& kind : element.children) {
+        if (const char* text = document::lastText(node, kind.name)) {
+            mask.given |= kind.bit;
+            mask.values |= std::string_view(text) == "1" ? kind.bit : 0;
         }
     }
     return mask;
@@ -107,22 +86,11 @@ class NetworkChange {
     NetworkChange(Record<RedesCabecera>& network, std::string log)
         : network_(network), log_(std::move(log)) {}
 
-    void apply(const XmlNode& element) {
-        for (const Field& field : kTextFields) {
-            const char* text = document::lastText(element, field.element);
-            if (text != nullptr && network_.set(field.column, text)) {
-                note(field);
-            }
-        }
-        for (const Field& field : kNumberFields) {
-            const int number = text::toInt(document::lastText(element, field.element));
-            if (number != 0 && network_.setIfOtherNumber(field.column, number)) {
-                note(field);
-            }
-        }
-        for (const Field& field : kMaskFields) {
-            if (const XmlNode* child = document::lastChildNamed(element, field.element)) {
-                setMask(field, maskOf(*child));
+    void apply(const XmlNode& parent) {
+        for (const Element& element : mapping::kDvbNetwork) {
+            const XmlNode* child = document::lastChildNamed(parent, element.name);
+            if (child != nullptr && takeChild(element, *child)) {
+                note(element);
             }
         }
     }
@@ -130,17 +98,24 @@ class NetworkChange {
     [[nodiscard]] const std::string& log() const { return log_; }
 
   private:
-    void setMask(const Field& field, const PartialMask& mask) {
-        const int stored = network_[field.column].asInt();
-        if ((stored & mask.given) != mask.values) {
-            network_.set(field.column, (stored & ~mask.given) | mask.values);
-            note(field);
-        }
+    bool takeChild(const Element& element, const XmlNode& child) {
+        return element.take == mapping::Take::bits ? takeMask(element, maskOf(element, child))
+                                                   : take(network_, element, child);
     }
 
-    void note(const Field& field) {
-        if (field.label != nullptr) {
-            log_ += field.label + network_[field.column].asString() + ",";
+    bool takeMask(const Element& element, const PartialMask& mask) {
+        const int stored = network_.value(element.column.index).asInt();
+        if ((stored & mask.given) == mask.values) {
+            return false;
+        }
+        const int merged = (stored & ~mask.given) | mask.values;
+        network_.setValue(element.column.index, tarvodb::columnValue(merged));
+        return true;
+    }
+
+    void note(const Element& element) {
+        if (element.label != nullptr) {
+            log_ += element.label + network_.value(element.column.index).asString() + ",";
         }
         network_.set(RedesCabecera::estado, StatusMark::changed);
     }
@@ -175,7 +150,7 @@ Record<RedesCabecera> changedNetwork(const CmdSetConfiguration& command, const X
 
 }  // namespace
 
-bool applyDvbNetworks(CmdSetConfiguration& command, const XmlNode& section) {
+bool apply::dvbNetworks(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<RedesCabecera>> networks;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "dvbNetwork")) {
@@ -185,10 +160,10 @@ bool applyDvbNetworks(CmdSetConfiguration& command, const XmlNode& section) {
         if (!validate(command, element)) {
             return false;
         }
-        const char* id = document::lastText(element, "id");
+        const char* id = document::lastText(element, kId.name);
         if (id == nullptr) {
             return failPlainly(command, {.code = ErrorCode::invalidCommand,
-                                         .message = "dvbNetwork has no id field",
+                                         .message = kId.required.missing,
                                          .loggedCode = ErrorCode::invalidValue});
         }
         networks.push_back(changedNetwork(command, element, id));

@@ -1,4 +1,6 @@
 // The home transponders used for maintenance.
+#include "mapping/home_channels.h"
+
 #include "db/clauses.h"
 #include "import/keyed_rows.h"
 #include "import/sections.h"
@@ -12,17 +14,7 @@ using HomeChannels = tarvodb::MantenimientoHomeChannelsGlobal;
 
 namespace {
 
-// `onid` and `tsid` are not imported.
-constexpr TextField<HomeChannels> kTextFields[] = {
-    {"frequency", HomeChannels::Frequency},
-    {"symbolrate", HomeChannels::SymbolRate},
-    {"orbit", HomeChannels::Orbita},
-};
-
-constexpr CodedField<HomeChannels> kCodedFields[] = {
-    {"polarity", HomeChannels::Polaridad, document::kPolarity},
-    {"band", HomeChannels::Banda, document::kBand},
-};
+constexpr const mapping::Element& kId = mapping::rowNamed(mapping::kHomeChannel, "id");
 
 Record<HomeChannels> newHomeChannel(const char* id) {
     Record<HomeChannels> channel;
@@ -40,21 +32,21 @@ Record<HomeChannels> newHomeChannel(const char* id) {
 
 }  // namespace
 
-bool applyHomeChannels(CmdSetConfiguration& command, const XmlNode& section) {
+bool apply::homeChannels(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<HomeChannels>> channels;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "homechannel")) {
             return failPlainly(command, {.code = ErrorCode::invalidCommand,
                                          .loggedMessage = "No homechannel element found"});
         }
-        const char* id = document::lastText(element, "id");
+        const char* id = document::lastText(element, kId.name);
         if (id == nullptr) {
-            return failPlainly(command, {.code = ErrorCode::invalidCommand,
-                                         .message = "homechannel has no id field"});
+            return failPlainly(
+                command, {.code = ErrorCode::invalidCommand, .message = kId.required.missing});
         }
         channels.push_back(
             storedOrNew(command, tarvodb::clause::kByHomeChannel, id, newHomeChannel));
-        setFields(channels.back(), element, kTextFields, kCodedFields);
+        takeKeyed(channels.back(), mapping::kHomeChannel, element);
     }
     return replaceTable(command, channels, "Could not delete homeChannels",
                         "Could not insert homeChannel");

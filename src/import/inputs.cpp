@@ -1,24 +1,25 @@
 // A module's inputs with their tuners.
+#include "mapping/inputs.h"
+
 #include <syslog.h>
 
+#include <algorithm>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
 #include "db/clauses.h"
 #include "document/input_type.h"
-#include "import/child_rules.h"
-#include "import/required_child.h"
+#include "import/elements.h"
 #include "import/satellite_tuning.h"
 #include "import/sections.h"
 #include "platform/debug_log.h"
-#include "text/to_int.h"
 
 namespace tarvo_remote_control {
 
 using document::InputType;
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::EntradasGlobal;
 using tarvodb::NimCOFDMGlobal;
 using tarvodb::NimGlobal;
@@ -27,115 +28,98 @@ using tarvodb::Record;
 
 namespace {
 
-constexpr RequiredNumber kInputId{.element = "inputId",
-                                  .errorCode = ErrorCode::moduleInput,
-                                  .missing = "Input has no inputId field",
-                                  .lowest = 1,
-                                  .highest = 2,
-                                  .outOfRange = "Input inputId should be 1 or 2"};
+constexpr const Element& kInputId = mapping::rowNamed(mapping::kInput, "inputId");
+constexpr const Element& kActive = mapping::rowNamed(mapping::kInput, "active");
+constexpr const Element& kType = mapping::rowNamed(mapping::kInput, "type");
 
-constexpr RequiredNumber kType{
-    .element = "type",
-    .errorCode = ErrorCode::moduleInput,
-    .missing = "Input has no type field",
-    .lowest = 0,
-    .highest = 2,
-    .outOfRange = "Input type should be 0, 1 or 2",
-    .outOfRangeDebugLine = "Error 401, Input Input type should be 0, 1 or 2"};
-
-// Children for every type of input; `progressName` is how standard output calls them.
-struct InputRule {
-    const char* element;
-    EntradasGlobal::Column column;
-    const char* label;
-    const char* progressName;
+// How standard output calls the children of every type of input.
+struct ProgressName {
+    const char* name;
+    const char* shown;
 };
 
-constexpr InputRule kInputRules[] = {
-    {"type", EntradasGlobal::tipoEntrada, " type: ", "Type"},
-    {"tsid", EntradasGlobal::TSID, " tsid: ", "TSID"},
-    {"onid", EntradasGlobal::ONID, " onid: ", "ONID"},
-};
+constexpr ProgressName kProgressNames[] = {{"type", "Type"}, {"tsid", "TSID"}, {"onid", "ONID"}};
 
-// Children of one type of input. On an input of another type they only appear in the log, where
-// they have a label. A `frequency` is logged and remembered once, whatever the type.
-constexpr ValueRule<NimGlobal> kSatelliteRules[] = {
-    {"frequency", NimGlobal::fe, Compare::text, kNotLogged},
-    {"diseqc", NimGlobal::DiSEqC, Compare::text, kNotLogged},
-    {"scramblingID", NimGlobal::ScramblingID, Compare::numberStoredText, " scramblingID: "},
-};
-
-constexpr ValueRule<NimCOFDMGlobal> kTerrestrialRules[] = {
-    {"frequency", NimCOFDMGlobal::Frequency, Compare::text, kNotLogged},
-    {"autoScan", NimCOFDMGlobal::trackingStatusEn, Compare::text, " autoScan: "},
-    {"onidScan", NimCOFDMGlobal::ONID_Tracking, Compare::text, " onidScan: "},
-    {"tsidScan", NimCOFDMGlobal::TSID_Tracking, Compare::text, " tsidScan: "},
-};
-
-constexpr ValueRule<NimQAMGlobal> kCableRules[] = {
-    {"frequency", NimQAMGlobal::Frequency, Compare::text, kNotLogged},
-    {"symbolRate", NimQAMGlobal::SymbolRate, Compare::numberStoredText, " symbolRate: "},
-    {"constelacion", NimQAMGlobal::Constelacion, Compare::numberStoredText, " constelacion: "},
-};
-
-// "auto" or a number.
-std::optional<int> automaticOrNumber(document::CodeTable texts, const char* text) {
-    return document::codeOfExactly(texts, text).value_or(text::toInt(text));
-}
-
-// `PLSmode` and `bandwidth` are recorded as an output's error and logged as an input's: kept.
-constexpr CodedRule<NimGlobal> kSatelliteCodes[] = {
-    {"band", NimGlobal::banda_FI, document::kBand, document::codeOfAnyCase,
-     " band: ", ErrorCode::moduleInput, ErrorCode::moduleInput},
-    {"PLSmode", NimGlobal::ModoPLS, document::kPlsModeImported, document::codeOfExactly,
-     " PLSmode: ", ErrorCode::moduleOutput, ErrorCode::moduleInput},
-    {"streamID", NimGlobal::StreamID, document::kAutomaticId, automaticOrNumber,
-     " streamID: ", ErrorCode::moduleInput, ErrorCode::moduleInput},
-};
-
-constexpr CodedRule<NimCOFDMGlobal> kTerrestrialCodes[] = {
-    {"bandwidth", NimCOFDMGlobal::Bandwidth, document::kInputBandwidth, document::codeOfExactly,
-     " bandwidth: ", ErrorCode::moduleOutput, ErrorCode::moduleInput},
-    {"hierarchy", NimCOFDMGlobal::Hierarchy, document::kHierarchy, document::codeOfExactly,
-     " hierarchy: ", ErrorCode::moduleInput, ErrorCode::moduleInput},
-    {"PLPID", NimCOFDMGlobal::PLP_ID, document::kAutomaticId, automaticOrNumber,
-     " PLPID: ", ErrorCode::moduleInput, ErrorCode::moduleInput},
-};
-
-constexpr std::span<const CodedRule<NimQAMGlobal>> kCableCodes{};
-
-bool failOnInputValue(CmdSetConfiguration& command, const char* element) {
-    return failOnValue(command, std::string("input/") + element, ErrorCode::moduleInput,
+// The error of a text that cannot be taken.
+bool failOnInputValue(CmdSetConfiguration& command, const Element& element) {
+    return failOnValue(command, std::string("input/") + element.name,
+                       element.refusedAsOutput ? ErrorCode::moduleOutput : ErrorCode::moduleInput,
                        ErrorCode::moduleInput);
 }
 
 // The first tuner row of an input, if it has one. Read anew each time, so that it is what is
 // stored.
 template <class Table>
-std::optional<Record<Table>> tuner(const CmdSetConfiguration& command,
-                                   const Record<EntradasGlobal>& input) {
+std::optional<Record<Table>> firstTuner(const CmdSetConfiguration& command,
+                                        const Record<EntradasGlobal>& input) {
     auto rows =
         tarvodb::doSelect<Table>(command.db(), tarvodb::clause::kByInput, input.key().text());
     return rows.empty() ? std::nullopt : std::optional(std::move(rows.front()));
 }
 
-// The first tuner rows of an input, one of each type.
-struct Tuners {
-    std::optional<Record<NimGlobal>> satellite;
-    std::optional<Record<NimCOFDMGlobal>> terrestrial;
-    std::optional<Record<NimQAMGlobal>> cable;
+template <class Table>
+constexpr const mapping::Part& tunerPart() {
+    return *std::find_if(std::begin(mapping::kTuners), std::end(mapping::kTuners),
+                         [](const auto& part) { return part.table == &Table::info; });
+}
 
-    [[nodiscard]] bool has(InputType type) const {
-        switch (type) {
-            case InputType::satellite:
-                return satellite.has_value();
-            case InputType::terrestrial:
-                return terrestrial.has_value();
-            case InputType::cable:
-                return cable.has_value();
+// The first tuner of its type that an input has, and what is changed of it.
+template <class Table>
+struct Tuner {
+    Tuner(const CmdSetConfiguration& command, const Record<EntradasGlobal>& input,
+          const char* message)
+        : row(firstTuner<Table>(command, input)), updateMessage(message) {
+        if (row) {
+            change.emplace(*row);
         }
-        return false;
     }
+    Tuner(const Tuner&) = delete;
+    Tuner& operator=(const Tuner&) = delete;
+
+    [[nodiscard]] static bool isOfType(InputType type) {
+        return tunerPart<Table>().inputType == type;
+    }
+
+    // The row of a child that the type has; null when it has none.
+    [[nodiscard]] static const Element* elementOf(const XmlNode& child) {
+        return mapping::elementOf(tunerPart<Table>().rows, child);
+    }
+
+    void setStandby(int standby) {
+        if (change) {
+            change->setNumber(Table::STANDBY, standby);
+        }
+    }
+
+    bool save(CmdSetConfiguration& command) {
+        return !change || saveIfChanged(command, *change, Table::Estado, updateMessage);
+    }
+
+    std::optional<Record<Table>> row;
+    std::optional<Change<Table>> change;  // none without a row
+    const char* updateMessage;
+};
+
+// The first tuners of an input, one of each type. They are read, visited and saved in this order.
+struct Tuners {
+    Tuners(const CmdSetConfiguration& command, const Record<EntradasGlobal>& input)
+        : satellite(command, input, "Could not update nim"),
+          terrestrial(command, input, "Could not update nimCOFDM"),
+          cable(command, input, "Could not update nimQAM") {}
+
+    // True when `visit` is for every tuner; the first false ends it.
+    template <class Visit>
+    bool all(Visit visit) {
+        return visit(satellite) && visit(terrestrial) && visit(cable);
+    }
+
+    [[nodiscard]] bool has(InputType type) {
+        return !all([type](auto& tuner) { return !(tuner.isOfType(type) && tuner.change); });
+    }
+
+    Tuner<NimGlobal> satellite;
+    Tuner<NimCOFDMGlobal> terrestrial;
+    Tuner<NimQAMGlobal> cable;
 };
 
 Record<EntradasGlobal>* inputNumbered(std::vector<Record<EntradasGlobal>>& inputs, int number) {
@@ -157,17 +141,12 @@ class InputImport {
     // `inputs` are the module's inputs, one of which is `input` with the number `inputId`.
     InputImport(CmdSetConfiguration& command, std::vector<Record<EntradasGlobal>>& inputs,
                 Record<EntradasGlobal>& input, Tuners& tuners, int inputId, InputType type)
-        : command_(command), inputs_(inputs), input_(input), inputId_(inputId), type_(type) {
-        if (tuners.satellite) {
-            satellite_.emplace(*tuners.satellite);
-        }
-        if (tuners.terrestrial) {
-            terrestrial_.emplace(*tuners.terrestrial);
-        }
-        if (tuners.cable) {
-            cable_.emplace(*tuners.cable);
-        }
-    }
+        : command_(command),
+          inputs_(inputs),
+          input_(input),
+          tuners_(tuners),
+          inputId_(inputId),
+          type_(type) {}
 
     Outcome apply(const XmlNode& element) {
         for (const XmlNode& child : document::childrenOf(element)) {
@@ -179,137 +158,131 @@ class InputImport {
         return save();
     }
 
-    [[nodiscard]] bool satelliteChanged() const { return satellite_ && satellite_->changed; }
+    [[nodiscard]] bool satelliteChanged() const {
+        return tuners_.satellite.change && tuners_.satellite.change->changed;
+    }
 
   private:
     bool applyChild(const XmlNode& child) {
-        if (document::hasName(child, "active")) {
-            return applyActive(child);
+        if (document::hasName(child, kActive.name)) {
+            return applyActive(document::numberOf(child));
         }
-        if (document::hasName(child, "rfLoop")) {
+        if (document::hasName(child, mapping::kRfLoop.name)) {
             return applyLoop(child);
         }
-        if (const InputRule* rule = document::rowFor(kInputRules, child)) {
-            const char* text = document::textOf(child);
-            reportProgress(std::string("Input: ") + rule->progressName + " = " + text);
-            input_.setNumber(rule->column, document::numberOf(child));
-            appendToLog(log_, rule->label, child);
+        if (const Element* element = mapping::elementOf(mapping::kInput, child)) {
+            applyToInput(*element, child);
             return true;
         }
-        if (document::hasName(child, "frequency")) {
-            frequencyGiven_ = true;
-            appendToLog(log_, " frequency: ", child);
-        }
-        return applyTunerChild(child, InputType::satellite, satellite_, kSatelliteRules,
-                               kSatelliteCodes) &&
-               applyTunerChild(child, InputType::terrestrial, terrestrial_, kTerrestrialRules,
-                               kTerrestrialCodes) &&
-               applyTunerChild(child, InputType::cable, cable_, kCableRules, kCableCodes);
+        frequencyGiven_ |= document::hasName(child, "frequency");
+        return applyToTuners(child);
     }
 
-    // Applies a child that has a rule to the tuner, when that is of the input's type.
-    template <class Table, class Codes, std::size_t Size>
-    bool applyTunerChild(const XmlNode& child, InputType tunerType,
-                         std::optional<Change<Table>>& tuner, const ValueRule<Table> (&rules)[Size],
-                         const Codes& codes) {
-        const bool applies = type_ == tunerType;
-        if (const auto* rule = document::rowFor(rules, child)) {
-            if (applies) {
-                setValue(*tuner, *rule, child);
-            }
-            appendToLog(log_, rule->label, child);
-        } else if (const auto* coded = document::rowFor(codes, child)) {
-            if (applies) {
-                const auto code =
-                    readCode(command_, *coded, child, std::string("input/") + coded->element);
-                if (!code) {
-                    return false;
-                }
-                tuner->setNumber(coded->column, *code);
-            }
-            appendToLog(log_, coded->label, child);
+    void applyToInput(const Element& element, const XmlNode& child) {
+        if (const auto* progress = document::rowFor(kProgressNames, child)) {
+            reportProgress(std::string("Input: ") + progress->shown + " = " +
+                           document::textOf(child));
         }
+        input_.take(element, child);
+        appendToLog(log_, element.label, child);
+    }
+
+    // A child goes to the tuner of the input's type. What only other types have appears in the log
+    // all the same; what several have appears once.
+    bool applyToTuners(const XmlNode& child) {
+        const Element* logged = nullptr;
+        return tuners_.all([&](auto& tuner) {
+            const Element* element = tuner.elementOf(child);
+            if (element == nullptr) {
+                return true;
+            }
+            if (tuner.isOfType(type_) && !takeValue(*tuner.change, *element, child)) {
+                return failOnInputValue(command_, *element);
+            }
+            if (logged == nullptr) {
+                appendToLog(log_, element->label, child);
+                logged = element;
+            }
+            return true;
+        });
+    }
+
+    // False when the text stands for no code.
+    template <class Table>
+    static bool takeValue(Change<Table>& tuner, const Element& element, const XmlNode& child) {
+        if (!element.texts.empty() && !codeOf(element, document::textOf(child))) {
+            return false;
+        }
+        tuner.take(element, child);
         return true;
     }
 
     // A switched-off input's tuners stand by.
-    bool applyActive(const XmlNode& child) {
-        const int active = document::numberOf(child);
-        if (active != 0 && active != 1) {
-            return failOnInputValue(command_, "active");
+    bool applyActive(int active) {
+        if (!kActive.range.contains(active)) {
+            return failOnInputValue(command_, kActive);
         }
         if (!input_.row.setIfOtherNumber(EntradasGlobal::Activo, active)) {
             return true;
         }
         input_.changed = true;
         const int standby = active == 1 ? 0 : 1;
-        if (satellite_) {
-            satellite_->setNumber(NimGlobal::STANDBY, standby);
-        }
-        if (terrestrial_) {
-            terrestrial_->setNumber(NimCOFDMGlobal::STANDBY, standby);
-        }
-        if (cable_) {
-            cable_->setNumber(NimQAMGlobal::STANDBY, standby);
-        }
+        tuners_.all([standby](auto& tuner) {
+            tuner.setStandby(standby);
+            return true;
+        });
         log_ += "STANDBY: " + std::to_string(standby);
         return true;
     }
 
     // Input 1 feeds the loop and is never fed by it.
     bool applyLoop(const XmlNode& child) {
-        if (satellite_) {
+        if (auto& satellite = tuners_.satellite.change) {
             const int loop = inputId_ == 1 ? 0 : document::numberOf(child);
-            if (loop != 0 && loop != 1) {
-                return failOnInputValue(command_, "rfLoop");
+            if (!mapping::kRfLoop.range.contains(loop)) {
+                return failOnInputValue(command_, mapping::kRfLoop);
             }
-            satellite_->setNumber(NimGlobal::RFIN_LOOP, loop);
+            satellite->setNumber(NimGlobal::RFIN_LOOP, loop);
         }
-        appendToLog(log_, " rfLoop: ", child);
+        appendToLog(log_, mapping::kRfLoop.label, child);
         return true;
     }
 
     Outcome save() {
         bool saved = saveIfChanged(command_, input_, EntradasGlobal::Estado, "Could not update eg");
-        if (satelliteChanged()) {
-            satellite_->row.set(NimGlobal::Estado, StatusMark::changed);
-            takeOverFromLoop();
-            if (!tuneSatellite(command_, *satellite_, frequencyGiven_)) {
-                return saved ? Outcome::outOfRange : Outcome::failed;
-            }
-            saved &= updateRecord(command_, satellite_->row, "Could not update nim");
+        if (satelliteChanged() && !tune(*tuners_.satellite.change)) {
+            return saved ? Outcome::outOfRange : Outcome::failed;
         }
-        if (terrestrial_) {
-            saved &= saveIfChanged(command_, *terrestrial_, NimCOFDMGlobal::Estado,
-                                   "Could not update nimCOFDM");
-        }
-        if (cable_) {
-            saved &=
-                saveIfChanged(command_, *cable_, NimQAMGlobal::Estado, "Could not update nimQAM");
-        }
+        tuners_.all([&](auto& tuner) {
+            saved &= tuner.save(command_);
+            return true;
+        });
         return saved ? Outcome::stored : Outcome::failed;
     }
 
+    bool tune(Change<NimGlobal>& satellite) {
+        takeOverFromLoop(satellite);
+        return tuneSatellite(command_, satellite, frequencyGiven_);
+    }
+
     // Lets input 2 follow input 1 when it is fed through input 1's loop.
-    void takeOverFromLoop() {
-        if (inputId_ != 2 || !isFedThroughLoop(satellite_->row)) {
+    void takeOverFromLoop(Change<NimGlobal>& satellite) {
+        if (inputId_ != 2 || !isFedThroughLoop(satellite.row)) {
             return;
         }
         const auto* firstInput = inputNumbered(inputs_, 1);
         if (firstInput == nullptr) {
             return;
         }
-        if (const auto first = tuner<NimGlobal>(command_, *firstInput)) {
-            followLoop(*satellite_, *first);
+        if (const auto first = firstTuner<NimGlobal>(command_, *firstInput)) {
+            followLoop(satellite, *first);
         }
     }
 
     CmdSetConfiguration& command_;
     std::vector<Record<EntradasGlobal>>& inputs_;
     Change<EntradasGlobal> input_;
-    std::optional<Change<NimGlobal>> satellite_;
-    std::optional<Change<NimCOFDMGlobal>> terrestrial_;
-    std::optional<Change<NimQAMGlobal>> cable_;
+    Tuners& tuners_;
     int inputId_;
     InputType type_;
     bool frequencyGiven_ = false;
@@ -337,34 +310,31 @@ class InputsImport {
 
   private:
     Outcome applyInput(const XmlNode& element) {
-        if (!document::hasName(element, "input")) {
+        if (!document::hasName(element, mapping::kInputs[0].name)) {
             fail(command_, ErrorCode::invalidCommand, "No input element found");
             return Outcome::failed;
         }
-        const auto inputId = requiredNumber(command_, element, kInputId);
-        const auto type = inputId ? requiredNumber(command_, element, kType) : std::nullopt;
-        if (!type) {
-            return Outcome::failed;
+        const auto inputId = requiredNumber(command_, element, kInputId, ErrorCode::moduleInput);
+        const auto type = inputId ? requiredNumber(command_, element, kType, ErrorCode::moduleInput)
+                                  : std::nullopt;
+        return type ? applyTo(element, *inputId, static_cast<InputType>(*type)) : Outcome::failed;
+    }
+
+    // Writes the element to the input of that number, which must have a tuner of that type.
+    Outcome applyTo(const XmlNode& element, int inputId, InputType type) {
+        auto* input = inputNumbered(inputs_, inputId);
+        std::optional<Tuners> tuners;
+        if (input != nullptr) {
+            tuners.emplace(command_, *input);
         }
-        const auto inputType = static_cast<InputType>(*type);
-        auto* input = inputNumbered(inputs_, *inputId);
-        Tuners tuners = input == nullptr ? Tuners{} : tunersOf(*input);
-        if (!tuners.has(inputType)) {
+        if (!tuners || !tuners->has(type)) {
             fail(command_, ErrorCode::moduleInput, "Input could not be found");
             return Outcome::failed;
         }
-        InputImport inputImport(command_, inputs_, *input, tuners, *inputId, inputType);
+        InputImport inputImport(command_, inputs_, *input, *tuners, inputId, type);
         const Outcome outcome = inputImport.apply(element);
-        firstInputChanged_ |= *inputId == 1 && inputImport.satelliteChanged();
+        firstInputChanged_ |= inputId == 1 && inputImport.satelliteChanged();
         return outcome;
-    }
-
-    [[nodiscard]] Tuners tunersOf(const Record<EntradasGlobal>& input) const {
-        Tuners tuners;
-        tuners.satellite = tuner<NimGlobal>(command_, input);
-        tuners.terrestrial = tuner<NimCOFDMGlobal>(command_, input);
-        tuners.cable = tuner<NimQAMGlobal>(command_, input);
-        return tuners;
     }
 
     // After a change of input 1's satellite tuner, an input 2 that is fed through its loop takes
@@ -381,9 +351,9 @@ class InputsImport {
             }
             const int number = input[EntradasGlobal::fk_idEntrada].asInt();
             if (number == 1) {
-                first = tuner<NimGlobal>(command_, input);
+                first = firstTuner<NimGlobal>(command_, input);
             } else if (number == 2) {
-                second = tuner<NimGlobal>(command_, input);
+                second = firstTuner<NimGlobal>(command_, input);
             }
         }
         if (!first || !second || !isFedThroughLoop(*second)) {
@@ -401,13 +371,13 @@ class InputsImport {
 
 }  // namespace
 
-bool applyInputs(CmdSetConfiguration& command, const char* mac, const XmlNode& section) {
+bool apply::inputs(CmdSetConfiguration& command, const char* mac, const XmlNode& section) {
     reportProgress("Processing: Inputs");
-    auto inputs = tarvodb::doSelect<EntradasGlobal>(command.db(), tarvodb::clause::kByMac, mac);
-    if (inputs.empty()) {
+    auto rows = tarvodb::doSelect<EntradasGlobal>(command.db(), tarvodb::clause::kByMac, mac);
+    if (rows.empty()) {
         return fail(command, ErrorCode::database, "No module inputs found");
     }
-    return InputsImport(command, std::move(inputs)).apply(section);
+    return InputsImport(command, std::move(rows)).apply(section);
 }
 
 }  // namespace tarvo_remote_control

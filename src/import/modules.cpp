@@ -1,18 +1,22 @@
 // The modules of the headend: which element is which module, and the module's own settings.
+#include "mapping/modules.h"
+
 #include <algorithm>
 #include <compare>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "db/clauses.h"
 #include "device/device_identity.h"
-#include "import/child_rules.h"
+#include "import/elements.h"
 #include "import/sections.h"
 
 namespace tarvo_remote_control {
 
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::Record;
 using tarvodb::RedesModulos;
 
@@ -35,18 +39,33 @@ struct Entry {
     const XmlNode* element = nullptr;
     std::string mac = {};
     ModuleKind kind = {};
+    std::size_t macElements = 0;  // that were read
     bool assigned = false;
 };
 
-// On RNB-K408 documents do not tell: the headend's modules count as of an empty kind, and an
-// element is read up to its `mac`.
-bool documentTellsKinds() { return !DeviceIdentity::instance().isRNB(); }
+constexpr const Element& kMac = mapping::rowNamed(mapping::kModule, "mac");
+
+// The elements that tell a module's kind.
+struct KindPart {
+    const char* name;
+    std::string ModuleKind::*text;
+};
+
+constexpr KindPart kKindParts[] = {
+    {"family", &ModuleKind::family},
+    {"model", &ModuleKind::model},
+    {"isMaster", &ModuleKind::master},
+};
+
+// Documents of RNB-K408 do not give the kinds of modules: the headend's modules count as of an
+// empty kind then, and an element is read up to its `mac`.
+bool documentsGiveKinds() { return !DeviceIdentity::instance().isRNB(); }
 
 FreeModules headendModules(const std::vector<Record<RedesModulos>>& rows) {
     FreeModules modules;
     for (const auto& row : rows) {
         ModuleKind kind;
-        if (documentTellsKinds()) {
+        if (documentsGiveKinds()) {
             kind = {row[RedesModulos::Familia].asString(), row[RedesModulos::Modelo].asString(),
                     row[RedesModulos::Master].asString()};
         }
@@ -55,26 +74,26 @@ FreeModules headendModules(const std::vector<Record<RedesModulos>>& rows) {
     return modules;
 }
 
-// Reads what tells one module from another, until all of it is there. Counts the `mac` elements.
-Entry readEntry(const XmlNode& element, std::size_t& macElements) {
+// Whether the entry tells which module it is.
+bool isComplete(const Entry& entry) {
+    if (!documentsGiveKinds()) {
+        return entry.macElements > 0;
+    }
+    return !entry.mac.empty() && !entry.kind.family.empty() && !entry.kind.model.empty() &&
+           !entry.kind.master.empty();
+}
+
+// Reads what tells one module from another, until all of it is there.
+Entry readEntry(const XmlNode& element) {
     Entry entry{.element = &element};
     for (const XmlNode& child : document::childrenOf(element)) {
-        const char* text = document::textOf(child);
-        if (document::hasName(child, "mac")) {
-            entry.mac = text;
-            ++macElements;
-            if (!documentTellsKinds()) {
-                break;
-            }
-        } else if (document::hasName(child, "family")) {
-            entry.kind.family = text;
-        } else if (document::hasName(child, "model")) {
-            entry.kind.model = text;
-        } else if (document::hasName(child, "isMaster")) {
-            entry.kind.master = text;
+        if (document::hasName(child, kMac.name)) {
+            entry.mac = document::textOf(child);
+            ++entry.macElements;
+        } else if (const KindPart* part = document::rowFor(kKindParts, child)) {
+            entry.kind.*part->text = document::textOf(child);
         }
-        if (!entry.mac.empty() && !entry.kind.family.empty() && !entry.kind.model.empty() &&
-            !entry.kind.master.empty()) {
+        if (isComplete(entry)) {
             break;
         }
     }
@@ -109,13 +128,17 @@ void assignByKind(Entry& entry, FreeModules& modules) {
 }
 
 // A document must have as many `mac` elements as the headend has modules; not on RNB-K408.
-bool checkAmount(CmdSetConfiguration& command, std::size_t headendModules, std::size_t macElements,
+bool checkAmount(CmdSetConfiguration& command, std::size_t headendModules,
                  const std::vector<Entry>& entries) {
-    if (!documentTellsKinds() || macElements == headendModules) {
+    std::size_t macElements = 0;
+    std::size_t notAssigned = 0;
+    for (const Entry& entry : entries) {
+        macElements += entry.macElements;
+        notAssigned += entry.assigned ? 0 : 1;
+    }
+    if (!documentsGiveKinds() || macElements == headendModules) {
         return true;
     }
-    const auto notAssigned =
-        std::count_if(entries.begin(), entries.end(), [](const Entry& e) { return !e.assigned; });
     const std::string counts = "headendAssignedModules: " + std::to_string(headendModules) +
                                "\nxmlAssignedModules: " + std::to_string(macElements) +
                                "\nnotAssignedModules: " + std::to_string(notAssigned) + "\n";
@@ -125,20 +148,7 @@ bool checkAmount(CmdSetConfiguration& command, std::size_t headendModules, std::
                                      ", " + errorMessage(ErrorCode::moduleAmount) + ", " + counts});
 }
 
-// Children that are numbers; the log tells the number.
-struct NumberRule {
-    const char* element;
-    RedesModulos::Column column;
-    const char* label;
-};
-
-constexpr NumberRule kNumberRules[] = {
-    {"attenuation", RedesModulos::Atenuacion, "attenuation: "},
-    {"dvbNetworkId", RedesModulos::RED, " dvbNetworkId: "},
-};
-
-constexpr NumberRule kRfOutputModeRule{"modoSalidaRF", RedesModulos::ModoSalidaRF,
-                                       " modoSalidaRF: "};
+constexpr const Element& kRfOutputMode = mapping::rowNamed(mapping::kModule, "modoSalidaRF");
 
 // Writes one module's settings and the sections inside it.
 class ModuleImport {
@@ -164,36 +174,37 @@ class ModuleImport {
     }
 
     bool applyChild(const XmlNode& child) {
-        if (const auto* rule = document::rowFor(kNumberRules, child)) {
-            applyNumber(*rule, child);
+        const Element* element = mapping::elementOf(mapping::kModule, child);
+        if (element == nullptr) {
             return true;
         }
-        if (document::hasName(child, kRfOutputModeRule.element)) {
-            applyNumber(kRfOutputModeRule, child);
+        if (element->take == mapping::Take::children) {
+            return applySection(child);
+        }
+        change_.take(*element, child);
+        if (element->label != nullptr) {
+            log_ += element->label + loggedText(*element, child);
+        }
+        if (element == &kRfOutputMode) {
             rfOutputMode_ = document::numberOf(child);
-            return true;
-        }
-        if (document::hasName(child, "name")) {
-            change_.setText(RedesModulos::LabelName, document::textOf(child));
-            appendToLog(log_, " name: ", child);
-            return true;
-        }
-        if (document::hasName(child, "inputs")) {
-            return applyInputs(command_, mac_, child);
-        }
-        if (document::hasName(child, "outputs")) {
-            return applyOutputs(command_, mac_, rfOutputMode_, child);
-        }
-        if (document::hasName(child, "services")) {
-            return applyServices(command_, mac_, child);
         }
         return true;
     }
 
-    void applyNumber(const NumberRule& rule, const XmlNode& child) {
-        const int number = document::numberOf(child);
-        change_.setNumber(rule.column, number);
-        log_ += rule.label + std::to_string(number);
+    // The log tells numbers as they are read.
+    static std::string loggedText(const Element& element, const XmlNode& child) {
+        return element.take == mapping::Take::number ? std::to_string(document::numberOf(child))
+                                                     : document::textOf(child);
+    }
+
+    bool applySection(const XmlNode& section) {
+        if (document::hasName(section, "inputs")) {
+            return apply::inputs(command_, mac_, section);
+        }
+        if (document::hasName(section, "outputs")) {
+            return apply::outputs(command_, mac_, rfOutputMode_, section);
+        }
+        return apply::services(command_, mac_, section);
     }
 
     CmdSetConfiguration& command_;
@@ -213,37 +224,47 @@ bool applyModule(CmdSetConfiguration& command, const Entry& entry) {
     return ModuleImport(command, rows.front(), mac).apply(*entry.element);
 }
 
-}  // namespace
-
-bool applyModules(CmdSetConfiguration& command, const XmlNode& section) {
-    const auto rows = tarvodb::doSelect<RedesModulos>(command.db());
-    if (rows.empty()) {
-        return fail(command, ErrorCode::database, "No modules found");
-    }
-    FreeModules modules = headendModules(rows);
+// The elements of a section, with the modules that their MACs name taken from `modules`. Nothing
+// when one is refused.
+std::optional<std::vector<Entry>> readEntries(CmdSetConfiguration& command, const XmlNode& section,
+                                              FreeModules& modules) {
     std::vector<Entry> entries;
-    std::size_t macElements = 0;
     for (const XmlNode& element : document::childrenOf(section)) {
-        if (!document::hasName(element, "module")) {
-            return failOnElement(command, "No module element found");
+        if (!document::hasName(element, mapping::kModules[0].name)) {
+            failOnElement(command, "No module element found");
+            return std::nullopt;
         }
-        entries.push_back(readEntry(element, macElements));
+        entries.push_back(readEntry(element));
         if (!assignByMac(command, entries.back(), modules)) {
-            return false;
+            return std::nullopt;
         }
     }
-    if (!checkAmount(command, rows.size(), macElements, entries)) {
-        return false;
-    }
+    return entries;
+}
+
+// Gives every entry that has no module one of its kind. False when one is left over.
+bool assignRest(CmdSetConfiguration& command, std::vector<Entry>& entries, FreeModules& modules) {
     for (Entry& entry : entries) {
         if (!entry.assigned) {
             assignByKind(entry, modules);
         }
     }
-    if (!std::all_of(entries.begin(), entries.end(), [](const Entry& e) { return e.assigned; })) {
-        return fail(command, ErrorCode::moduleNotFound);
+    return std::all_of(entries.begin(), entries.end(), [](const Entry& e) { return e.assigned; }) ||
+           fail(command, ErrorCode::moduleNotFound);
+}
+
+}  // namespace
+
+bool apply::modules(CmdSetConfiguration& command, const XmlNode& section) {
+    const auto rows = tarvodb::doSelect<RedesModulos>(command.db());
+    if (rows.empty()) {
+        return fail(command, ErrorCode::database, "No modules found");
     }
-    return std::all_of(entries.begin(), entries.end(),
+    FreeModules freeModules = headendModules(rows);
+    auto entries = readEntries(command, section, freeModules);
+    return entries && checkAmount(command, rows.size(), *entries) &&
+           assignRest(command, *entries, freeModules) &&
+           std::all_of(entries->begin(), entries->end(),
                        [&](const Entry& entry) { return applyModule(command, entry); });
 }
 

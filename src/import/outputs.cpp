@@ -1,63 +1,31 @@
 // A module's logical outputs with their RF modulators.
+#include "mapping/outputs.h"
+
 #include <string>
 #include <vector>
 
 #include "db/clauses.h"
 #include "device/device_identity.h"
-#include "import/child_rules.h"
-#include "import/required_child.h"
+#include "import/elements.h"
 #include "import/sections.h"
 
 namespace tarvo_remote_control {
 
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::Record;
 using tarvodb::RFOutGlobal;
 using tarvodb::SalidasLogicasGlobal;
 
 namespace {
 
-constexpr RequiredNumber kOutputId{.element = "outputId",
-                                   .errorCode = ErrorCode::moduleOutput,
-                                   .missing = "Output has no outputId field",
-                                   .lowest = 1,
-                                   .highest = 2,
-                                   .outOfRange = "Output outputId should be 1 or 2"};
+constexpr const Element& kOutputId = mapping::rowNamed(mapping::kOutput, "outputId");
+constexpr const Element& kActive = mapping::rowNamed(mapping::kRfOutput, "active");
 
-constexpr ValueRule<SalidasLogicasGlobal> kTransportStreamRules[] = {
-    {"onid", SalidasLogicasGlobal::ONID_Out, Compare::text, " onid: "},
-    {"tsid", SalidasLogicasGlobal::TSID_Out, Compare::text, " tsid: "},
-};
-
-constexpr ValueRule<RFOutGlobal> kRfRules[] = {
-    {"frequency", RFOutGlobal::Frecuencia, Compare::text, " frequency: "},
-    {"symbolRate", RFOutGlobal::Symbol_Rate, Compare::text, " symbolRate: "},
-};
-
-// A coded text of an output, in any letter case.
-constexpr CodedRule<RFOutGlobal> codedText(const char* element, RFOutGlobal::Column column,
-                                           document::CodeTable texts, const char* label) {
-    return {element,
-            column,
-            texts,
-            document::codeOfAnyCase,
-            label,
-            ErrorCode::moduleOutput,
-            ErrorCode::moduleOutput};
-}
-
-constexpr CodedRule<RFOutGlobal> kCodedRules[] = {
-    codedText("modeOFDM", RFOutGlobal::Modo_OFDM, document::kModeOFDM, " modeOFDM: "),
-    codedText("bandwidth", RFOutGlobal::Ancho_Banda, document::kOutputBandwidth, " bandwidth: "),
-    codedText("guardInterval", RFOutGlobal::Intervalo_Guarda, document::kGuardInterval,
-              " guardInterval: "),
-    codedText("codeRate", RFOutGlobal::Code_Rate, document::kCodeRate, " codeRate: "),
-    codedText("formatIQ", RFOutGlobal::Espectro_Salida, document::kSpectrum, "formatIQ: "),
-};
-
-CodedRule<RFOutGlobal> constellationRule(int rfOutputMode) {
-    return codedText("constellation", RFOutGlobal::Constelacion,
-                     document::constellationOf(rfOutputMode), " constellation: ");
+// How an error calls the element: a constellation's tells its table too.
+std::string errorPath(const Element& element, int rfOutputMode) {
+    const char* table = element.dvbCTexts.empty() ? "" : rfOutputMode == 0 ? " DVBT" : " DVBC";
+    return std::string("output/") + element.name + table;
 }
 
 // Writes one `output` element.
@@ -80,31 +48,38 @@ class OutputImport {
 
   private:
     bool applyChild(const XmlNode& child, int rfOutputMode) {
-        if (document::hasName(child, "active")) {
-            return applyActive(child);
-        }
-        if (document::hasName(child, "constellation")) {
-            return applyCoded(child, constellationRule(rfOutputMode),
-                              rfOutputMode == 0 ? " DVBT" : " DVBC");
-        }
-        if (const auto* rule = document::rowFor(kCodedRules, child)) {
-            return applyCoded(child, *rule);
-        }
-        if (const auto* rule = document::rowFor(kTransportStreamRules, child)) {
-            setValue(logical_, *rule, child);
-            appendToLog(log_, rule->label, child);
-        } else if (const auto* rfRule = document::rowFor(kRfRules, child)) {
-            setValue(rf_, *rfRule, child);
-            appendToLog(log_, rfRule->label, child);
+        if (const Element* element = mapping::elementOf(mapping::kOutput, child)) {
+            logical_.take(*element, child);
+            appendToLog(log_, element->label, child);
+        } else if (const Element* rfElement = mapping::elementOf(mapping::kRfOutput, child)) {
+            return applyRf(*rfElement, child, rfOutputMode);
         }
         return true;
     }
 
-    bool applyActive(const XmlNode& child) {
-        const int active = document::numberOf(child);
-        if (active != 0 && active != 1) {
-            return failOnValue(command_, "output/active", ErrorCode::moduleOutput,
+    bool applyRf(const Element& element, const XmlNode& child, int rfOutputMode) {
+        if (!takeRf(element, child, rfOutputMode)) {
+            return failOnValue(command_, errorPath(element, rfOutputMode), ErrorCode::moduleOutput,
                                ErrorCode::moduleOutput);
+        }
+        appendToLog(log_, element.label, child);
+        return true;
+    }
+
+    bool takeRf(const Element& element, const XmlNode& child, int rfOutputMode) {
+        if (&element == &kActive) {
+            return applyActive(document::numberOf(child));
+        }
+        if (element.take == mapping::Take::code) {
+            return applyCode(element, document::textOf(child), rfOutputMode);
+        }
+        rf_.take(element, child);
+        return true;
+    }
+
+    bool applyActive(int active) {
+        if (!kActive.range.contains(active)) {
+            return false;
         }
         // A modulator that is on holds 3: it never equals 1, so that "on" always is a change.
         if (rf_.row[RFOutGlobal::Modo_Salida_Modulacion].asInt() != active) {
@@ -112,23 +87,18 @@ class OutputImport {
             rf_.changed = true;
         }
         givenActive_ = active;
-        appendToLog(log_, " active: ", child);
         return true;
     }
 
-    // An error message tells the constellation's table too.
-    bool applyCoded(const XmlNode& child, const CodedRule<RFOutGlobal>& rule,
-                    const char* errorSuffix = "") {
-        const auto code =
-            readCode(command_, rule, child, std::string("output/") + rule.element + errorSuffix);
+    bool applyCode(const Element& element, const char* text, int rfOutputMode) {
+        const auto code = codeOf(element, text, rfOutputMode);
         if (!code) {
             return false;
         }
-        rf_.setNumber(rule.column, *code);
-        if (rule.column == RFOutGlobal::Modo_OFDM) {
+        rf_.setNumber(element, *code);
+        if (element.column.index == RFOutGlobal::Modo_OFDM) {
             givenModeOfdm_ = *code;
         }
-        appendToLog(log_, rule.label, child);
         return true;
     }
 
@@ -164,16 +134,16 @@ std::vector<Record<RFOutGlobal>> rfOutputs(const CmdSetConfiguration& command,
                                           logical.key().text());
 }
 
-bool applyOutput(CmdSetConfiguration& command, std::vector<Record<SalidasLogicasGlobal>>& outputs,
+bool applyOutput(CmdSetConfiguration& command, std::vector<Record<SalidasLogicasGlobal>>& logicals,
                  int rfOutputMode, const XmlNode& element) {
-    if (!document::hasName(element, "output")) {
+    if (!document::hasName(element, mapping::kOutputs[0].name)) {
         return fail(command, ErrorCode::invalidCommand, "No output element found");
     }
-    const auto outputId = requiredNumber(command, element, kOutputId);
+    const auto outputId = requiredNumber(command, element, kOutputId, ErrorCode::moduleOutput);
     if (!outputId) {
         return false;
     }
-    auto* logical = rowWithNumber(outputs, SalidasLogicasGlobal::fk_idSalidasLogicas, *outputId);
+    auto* logical = rowWithNumber(logicals, SalidasLogicasGlobal::fk_idSalidasLogicas, *outputId);
     std::vector<Record<RFOutGlobal>> rfRows;
     if (logical != nullptr) {
         rfRows = rfOutputs(command, *logical);
@@ -188,16 +158,16 @@ bool applyOutput(CmdSetConfiguration& command, std::vector<Record<SalidasLogicas
 
 }  // namespace
 
-bool applyOutputs(CmdSetConfiguration& command, const char* mac, int rfOutputMode,
-                  const XmlNode& section) {
+bool apply::outputs(CmdSetConfiguration& command, const char* mac, int rfOutputMode,
+                    const XmlNode& section) {
     reportProgress("Processing: Outputs");
-    auto outputs =
+    auto logicals =
         tarvodb::doSelect<SalidasLogicasGlobal>(command.db(), tarvodb::clause::kByMac, mac);
-    if (outputs.empty()) {
+    if (logicals.empty()) {
         return fail(command, ErrorCode::database, "No module outputs found");
     }
     for (const XmlNode& element : document::childrenOf(section)) {
-        if (!applyOutput(command, outputs, rfOutputMode, element)) {
+        if (!applyOutput(command, logicals, rfOutputMode, element)) {
             return false;
         }
     }

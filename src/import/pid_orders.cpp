@@ -1,53 +1,70 @@
 // The elementary streams of an output service and their order.
 //
 // As with services, a stream that the document does not list is only marked for removal.
+#include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
 #include "db/clauses.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
+#include "mapping/services.h"
 
 namespace tarvo_remote_control {
 
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::Record;
 using Stream = tarvodb::PIDsSalidaGlobal;
 using Service = tarvodb::ServiciosSalidaGlobal;
 
 namespace {
 
-// What one `pidOrder` element gives; a missing child counts as the empty text.
-struct GivenStream {
-    const char* languageCode = "";
-    const char* streamId = "";
-    const char* type = "";
-    const char* order = "";
-};
+constexpr const Element& kOrder = mapping::rowNamed(mapping::kPidOrder, "order");
 
-GivenStream read(const XmlNode& element) {
-    GivenStream given;
-    for (const XmlNode& child : document::childrenOf(element)) {
-        const char* text = document::textOf(child);
-        if (document::hasName(child, "languageCode")) {
-            given.languageCode = text;
-            reportProgress(std::string("languageCode node_value: ") + text);
-        } else if (document::hasName(child, "streamId")) {
-            given.streamId = text;
-        } else if (document::hasName(child, "type")) {
-            given.type = text;
-        } else if (document::hasName(child, "order")) {
-            given.order = text;
+// What one `pidOrder` element gives, by the rows of its children. The last child of a name counts;
+// a missing one counts as the empty text.
+class GivenStream {
+  public:
+    explicit GivenStream(const XmlNode& pidOrder) {
+        texts_.fill("");
+        for (const XmlNode& child : document::childrenOf(pidOrder)) {
+            if (const Element* element = mapping::elementOf(mapping::kPidOrder, child)) {
+                texts_[indexOf(*element)] = document::textOf(child);
+                reportLanguage(*element, child);
+            }
         }
     }
-    return given;
+
+    [[nodiscard]] const char* text(const Element& element) const {
+        return texts_[indexOf(element)];
+    }
+
+  private:
+    static std::size_t indexOf(const Element& element) {
+        return static_cast<std::size_t>(&element - mapping::kPidOrder);
+    }
+    static void reportLanguage(const Element& element, const XmlNode& child) {
+        if (element.column.index == Stream::AudioCode) {
+            reportProgress(std::string(element.name) + " node_value: " + document::textOf(child));
+        }
+    }
+
+    std::array<const char*, std::size(mapping::kPidOrder)> texts_;
+};
+
+bool isStream(const Record<Stream>& stream, const GivenStream& given) {
+    return std::all_of(
+        std::begin(mapping::kPidOrder), std::end(mapping::kPidOrder), [&](const Element& element) {
+            return element.take != mapping::Take::key ||
+                   given.text(element) == stream.value(element.column.index).asString();
+        });
 }
 
 Record<Stream>* streamOf(std::vector<Record<Stream>>& streams, const GivenStream& given) {
     for (auto& stream : streams) {
-        if (given.languageCode == stream[Stream::AudioCode].asString() &&
-            given.streamId == stream[Stream::StreamId].asString() &&
-            given.type == stream[Stream::Tipo].asString()) {
+        if (isStream(stream, given)) {
             return &stream;
         }
     }
@@ -68,48 +85,58 @@ bool insertStream(CmdSetConfiguration& command, const tarvodb::tSqlite3int& idSS
     stream.put(Stream::MAC, service[Service::MAC]);
     stream.put(Stream::fk_idEntrada, service[Service::fk_idEntrada]);
     stream.put(Stream::fk_idSalidasLogicas, service[Service::fk_idSalidasLogicas]);
-    stream.put(Stream::AudioCode, given.languageCode);
-    stream.put(Stream::StreamId, given.streamId);
     stream.put(Stream::fk_idSSG, idSSG);
-    stream.put(Stream::Orden, given.order);
-    stream.put(Stream::Tipo, given.type);
+    for (const Element& element : mapping::kPidOrder) {
+        stream.putValue(element.column.index, tarvodb::columnValue(given.text(element)));
+    }
     stream.put(Stream::EstadoBorrado, RemovalMark::listed);
     stream.put(Stream::EstadoPID, StatusMark::changed);
     return insertRecord(command, stream, kMessage);
 }
 
-}  // namespace
-
-bool applyPidOrders(CmdSetConfiguration& command, int idSSG, const XmlNode& section) {
-    const tarvodb::tSqlite3int key(long{idSSG});
-    reportProgress("Processing: PIDs --->idSSG: " + std::to_string(idSSG));
-    auto streams = tarvodb::selectByFkIdSSG(command.db(), key);
+// The streams of a service, all to be removed until the document lists them.
+std::vector<Record<Stream>> markedStreams(const CmdSetConfiguration& command,
+                                          const tarvodb::tSqlite3int& idSSG) {
+    auto streams = tarvodb::selectByFkIdSSG(command.db(), idSSG);
     for (auto& stream : streams) {
         stream.set(Stream::EstadoBorrado, RemovalMark::toBeRemoved);
         stream.set(Stream::EstadoPID, StatusMark::changed);
     }
-    bool inserted = true;
+    return streams;
+}
+
+// Lists a stored stream, or inserts a new one.
+bool applyStream(CmdSetConfiguration& command, const tarvodb::tSqlite3int& idSSG,
+                 std::vector<Record<Stream>>& streams, const GivenStream& given) {
+    auto* stream = streamOf(streams, given);
+    if (stream == nullptr) {
+        return insertStream(command, idSSG, given);
+    }
+    stream->setValue(kOrder.column.index, tarvodb::columnValue(given.text(kOrder)));
+    stream->set(Stream::EstadoBorrado, RemovalMark::listed);
+    return true;
+}
+
+bool updateStreams(CmdSetConfiguration& command, std::vector<Record<Stream>>& streams) {
+    return std::all_of(streams.begin(), streams.end(), [&](Record<Stream>& stream) {
+        return updateRecord(command, stream, "Could not update pidOrder");
+    });
+}
+
+}  // namespace
+
+bool apply::pidOrders(CmdSetConfiguration& command, int idSSG, const XmlNode& section) {
+    const tarvodb::tSqlite3int key(long{idSSG});
+    reportProgress("Processing: PIDs --->idSSG: " + std::to_string(idSSG));
+    auto streams = markedStreams(command, key);
+    bool applied = true;
     for (const XmlNode& element : document::childrenOf(section)) {
-        if (!document::hasName(element, "pidOrder")) {
+        if (!document::hasName(element, mapping::kPidOrders[0].name)) {
             return fail(command, ErrorCode::invalidCommand, "No pidOrder element found");
         }
-        const GivenStream given = read(element);
-        if (auto* stream = streamOf(streams, given)) {
-            stream->set(Stream::Orden, given.order);
-            stream->set(Stream::EstadoBorrado, RemovalMark::listed);
-        } else {
-            inserted &= insertStream(command, key, given);
-        }
+        applied &= applyStream(command, key, streams, GivenStream(element));
     }
-    if (!inserted) {
-        return false;
-    }
-    for (auto& stream : streams) {
-        if (!updateRecord(command, stream, "Could not update pidOrder")) {
-            return false;
-        }
-    }
-    return true;
+    return applied && updateStreams(command, streams);
 }
 
 }  // namespace tarvo_remote_control

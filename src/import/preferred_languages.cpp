@@ -1,4 +1,6 @@
 // The preferred audio languages.
+#include "mapping/preferred_languages.h"
+
 #include <string>
 
 #include "import/sections.h"
@@ -9,17 +11,18 @@ namespace tarvo_remote_control {
 using document::XmlNode;
 using tarvodb::AudioLanguageListGlobal;
 
-bool applyPreferredLanguages(CmdSetConfiguration& command, const XmlNode& section) {
+bool apply::preferredLanguages(CmdSetConfiguration& command, const XmlNode& section) {
     if (!emptyTable<AudioLanguageListGlobal>(command, "Could not delete preferredLanguages")) {
         return false;
     }
+    const mapping::Element& entry = mapping::kPreferredLanguages[0];
     for (const XmlNode& element : document::childrenOf(section)) {
-        if (!document::hasName(element, "language")) {
+        if (!document::hasName(element, entry.name)) {
             return fail(command, ErrorCode::invalidCommand, "language expected");
         }
         const char* code = document::textOf(element);
         tarvodb::Record<AudioLanguageListGlobal> language;
-        language.put(AudioLanguageListGlobal::AudioCode, code);
+        language.putValue(entry.column.index, tarvodb::columnValue(code));
         if (!insertRecord(command, language, "Could not insert preferredLanguage")) {
             return false;
         }

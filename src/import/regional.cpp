@@ -10,7 +10,7 @@
 
 #include "db/clauses.h"
 #include "db/database.h"
-#include "document/settings.h"
+#include "db/setting_keys.h"
 #include "import/reporting.h"
 #include "import/time_zones.h"
 #include "platform/debug_log.h"
@@ -56,9 +56,9 @@ std::optional<RegionalSettings> readSettings() {
     if (!db) {
         return std::nullopt;
     }
-    const auto language = storedSetting(db.get(), document::kLanguageKey);
-    const auto country = storedSetting(db.get(), document::kCountryKey);
-    const auto timeZone = storedSetting(db.get(), document::kTimeZoneKey);
+    const auto language = storedSetting(db.get(), tarvodb::setting::kLanguage);
+    const auto country = storedSetting(db.get(), tarvodb::setting::kCountry);
+    const auto timeZone = storedSetting(db.get(), tarvodb::setting::kTimeZone);
     if (!language || !country || !timeZone) {
         return std::nullopt;
     }

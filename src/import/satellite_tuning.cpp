@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "db/clauses.h"
-#include "document/settings.h"
+#include "db/setting_keys.h"
 
 namespace tarvo_remote_control {
 
@@ -31,8 +31,9 @@ void takeBandOfPosition(const CmdSetConfiguration& command, Change<NimGlobal>& t
 // The local oscillator of the tuner's band in MHz; nothing when it is not set up.
 std::optional<int> oscillatorFrequency(const CmdSetConfiguration& command,
                                        const Record<NimGlobal>& tuner) {
-    const char* key = tuner[NimGlobal::banda_FI].asInt() == 1 ? document::kHighBandOscillatorKey
-                                                              : document::kLowBandOscillatorKey;
+    const char* key = tuner[NimGlobal::banda_FI].asInt() == 1
+                          ? tarvodb::setting::kHighBandOscillator
+                          : tarvodb::setting::kLowBandOscillator;
     const auto settings = tarvodb::selectByNombre(command.db(), tarvodb::tSqlite3parent(key));
     return settings.empty()
                ? std::nullopt

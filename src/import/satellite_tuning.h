@@ -3,8 +3,8 @@
 #pragma once
 
 #include "db/schema.h"
-#include "import/child_rules.h"
 #include "import/cmd_set_configuration.h"
+#include "import/elements.h"
 
 namespace tarvo_remote_control {
 

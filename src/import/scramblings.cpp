@@ -1,14 +1,17 @@
 // The headend's one scrambling system: whether it is on, and its control words.
-#include <optional>
+#include "mapping/scramblings.h"
+
+#include <string>
 
 #include "db/clauses.h"
-#include "document/coded_texts.h"
+#include "import/elements.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
 
 namespace tarvo_remote_control {
 
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::Record;
 using tarvodb::ScramblingGlobal;
 using tarvodb::ScramblingKeysGlobal;
@@ -18,60 +21,35 @@ namespace {
 // The system that every `scrambling` element is written to, whatever its name.
 constexpr const char* kSystem = "VSecure";
 
-// What one element gives; null or nothing where it does not.
-struct GivenScrambling {
-    const char* name = nullptr;
-    std::optional<int> active;
-    std::optional<int> mode;
-    const char* frequency = nullptr;
-    const char* oddKey = nullptr;
-    const char* evenKey = nullptr;
-    const char* date = nullptr;
-};
+constexpr const Element& kName = mapping::rowNamed(mapping::kScrambling, "name");
 
-struct TextField {
-    const char* element;
-    const char* GivenScrambling::*text;
-};
+// Checks the value of a child, whatever comes after it.
+bool validate(CmdSetConfiguration& command, const XmlNode& child) {
+    const Element* element = mapping::elementOf(mapping::kScrambling, child);
+    if (element == nullptr) {
+        return true;
+    }
+    if (!element->range.contains(document::numberOf(child))) {
+        return fail(command, ErrorCode::invalidValue,
+                    std::string("scrambling/") + element->name + " should be 0/1");
+    }
+    if (element->take == mapping::Take::code && !codeOf(*element, document::textOf(child))) {
+        // A bad mode has this text and these two codes on purpose.
+        return fail(command, Failure{.code = ErrorCode::invalidCommand,
+                                     .message = kName.required.missing,
+                                     .loggedCode = ErrorCode::invalidValue});
+    }
+    return true;
+}
 
-constexpr TextField kTextFields[] = {
-    {"name", &GivenScrambling::name},     {"frequency", &GivenScrambling::frequency},
-    {"oddKey", &GivenScrambling::oddKey}, {"evenKey", &GivenScrambling::evenKey},
-    {"date", &GivenScrambling::date},
-};
-
-// Nothing when the element has an invalid value or no name.
-std::optional<GivenScrambling> read(CmdSetConfiguration& command, const XmlNode& element) {
-    constexpr const char* kNoName = "scrambling has no name field";
-    GivenScrambling given;
-    for (const XmlNode& child : document::childrenOf(element)) {
-        if (const TextField* field = document::rowFor(kTextFields, child)) {
-            given.*field->text = document::textOf(child);
-        }
-        if (document::hasName(child, "active")) {
-            given.active = document::numberOf(child);
-            if (given.active != 0 && given.active != 1) {
-                fail(command, ErrorCode::invalidValue, "scrambling/active should be 0/1");
-                return std::nullopt;
-            }
-        }
-        if (document::hasName(child, "mode")) {
-            given.mode =
-                document::codeOfAnyCase(document::kScramblingMode, document::textOf(child));
-            if (!given.mode) {
-                // A bad mode has this text and these two codes on purpose.
-                fail(command, Failure{.code = ErrorCode::invalidCommand,
-                                      .message = kNoName,
-                                      .loggedCode = ErrorCode::invalidValue});
-                return std::nullopt;
-            }
+bool validateAll(CmdSetConfiguration& command, const XmlNode& scrambling) {
+    for (const XmlNode& child : document::childrenOf(scrambling)) {
+        if (!validate(command, child)) {
+            return false;
         }
     }
-    if (given.name == nullptr) {
-        fail(command, ErrorCode::invalidCommand, kNoName);
-        return std::nullopt;
-    }
-    return given;
+    return document::childNamed(scrambling, kName.name) != nullptr ||
+           fail(command, ErrorCode::invalidCommand, kName.required.missing);
 }
 
 // Inserts a new record, or updates a stored one that is marked to be applied.
@@ -93,14 +71,20 @@ Record<ScramblingGlobal> newSystem() {
     return system;
 }
 
-bool writeSystem(CmdSetConfiguration& command, const GivenScrambling& given) {
+// Takes the row's part of the element; a changed row is marked.
+template <class Table>
+void takePart(Record<Table>& record, const XmlNode& scrambling) {
+    if (takeLast(record, mapping::kScrambling, scrambling)) {
+        record.set(Table::Estado, StatusMark::changed);
+    }
+}
+
+bool writeSystem(CmdSetConfiguration& command, const XmlNode& scrambling) {
     auto stored = tarvodb::doSelect<ScramblingGlobal>(command.db(),
                                                       tarvodb::clause::kByScramblingName, kSystem);
     const bool isNew = stored.empty();
     Record<ScramblingGlobal> system = isNew ? newSystem() : std::move(stored.front());
-    if (given.active && system.setIfOtherNumber(ScramblingGlobal::Mode, *given.active)) {
-        system.set(ScramblingGlobal::Estado, StatusMark::changed);
-    }
+    takePart(system, scrambling);
     return write(command, system, isNew, "Could not insert ScramblingG",
                  "Could not update ScramblingG");
 }
@@ -119,56 +103,32 @@ Record<ScramblingKeysGlobal> newKeys() {
     return keys;
 }
 
-void setKeys(Record<ScramblingKeysGlobal>& keys, const GivenScrambling& given) {
-    using Keys = ScramblingKeysGlobal;
-    const auto setText = [&keys](Keys::Column column, const char* text) {
-        return text != nullptr && keys.set(column, text);
-    };
-    // The form derived from a changed control word is cleared; the key tool makes it again.
-    const auto setControlWord = [&](Keys::Column column, Keys::Column derived, const char* text) {
-        const bool changed = setText(column, text);
-        if (changed) {
-            keys.set(derived, "");
-        }
-        return changed;
-    };
-    bool changed = given.mode && keys.setIfOtherNumber(Keys::Mode, *given.mode);
-    changed |= setText(Keys::Frequency, given.frequency);
-    changed |= setControlWord(Keys::Odd, Keys::EK_Odd, given.oddKey);
-    changed |= setControlWord(Keys::Even, Keys::EK_Even, given.evenKey);
-    changed |= setText(Keys::Date, given.date);
-    if (changed) {
-        keys.set(Keys::Estado, StatusMark::changed);
-    }
-}
-
-bool writeKeys(CmdSetConfiguration& command, const GivenScrambling& given) {
+bool writeKeys(CmdSetConfiguration& command, const XmlNode& scrambling) {
     auto stored = tarvodb::doSelect<ScramblingKeysGlobal>(
         command.db(), tarvodb::clause::kByScramblingSystem, kSystem);
     const bool isNew = stored.empty();
     Record<ScramblingKeysGlobal> keys = isNew ? newKeys() : std::move(stored.front());
-    setKeys(keys, given);
+    takePart(keys, scrambling);
     return write(command, keys, isNew, "Could not insert ScramblingKG",
                  "Could not update ScramblingKG");
 }
 
 }  // namespace
 
-bool applyScramblings(CmdSetConfiguration& command, const XmlNode& section) {
+bool apply::scramblings(CmdSetConfiguration& command, const XmlNode& section) {
     bool written = true;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "scrambling")) {
             return failOnElement(command, "No scrambling element found");
         }
-        const auto given = read(command, element);
-        if (!given) {
+        if (!validateAll(command, element)) {
             return false;
         }
-        written &= writeSystem(command, *given);
-        written &= writeKeys(command, *given);
+        written &= writeSystem(command, element);
+        written &= writeKeys(command, element);
     }
     if (written) {
-        command.request(document::PostAction::scramblingKeys);
+        command.request(mapping::PostAction::scramblingKeys);
     }
     return written;
 }

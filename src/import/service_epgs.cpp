@@ -1,14 +1,18 @@
 // The services of the programme guide, rebuilt from the document.
+#include "mapping/service_epgs.h"
+
+#include <algorithm>
+#include <cctype>
 #include <string>
 
-#include "document/coded_texts.h"
+#include "import/elements.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
-#include "text/to_int.h"
 
 namespace tarvo_remote_control {
 
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::Record;
 using tarvodb::Service_EPG;
 using tarvodb::Service_EPG_audios;
@@ -17,82 +21,35 @@ using tarvodb::Service_EPG_Satellite;
 
 namespace {
 
-enum class Check { none, present, identifier };
+std::string upperCased(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return text;
+}
 
-// An element that is stored as it stands. An identifier (of the DVB kind, or a channel number) is
-// 1 to 65535; `name` is how the error message calls the element.
-template <class Table>
-struct Field {
-    const char* element;
-    typename Table::Column column;
-    Check check = Check::none;
-    const char* name = nullptr;
-};
-
-constexpr Field<Service_EPG> kServiceFields[] = {
-    {"onid", Service_EPG::ONID, Check::identifier, "ONID"},
-    {"tsid", Service_EPG::TSID, Check::identifier, "TSID"},
-    {"sid", Service_EPG::SID, Check::identifier, "SID"},
-    {"epg", Service_EPG::EPG, Check::present, "EPG"},
-    {"lcn", Service_EPG::LCN, Check::identifier, "LCN"},
-    {"videoType", Service_EPG::Video_Type},
-    {"videoPeakBitrate", Service_EPG::Video_peak_bitrate},
-    {"serviceType", Service_EPG::Service_type},
-    {"name", Service_EPG::Nombre},
-    {"provider", Service_EPG::Proveedor},
-};
-
-constexpr Field<Service_EPG_Satellite> kSatelliteFields[] = {
-    {"onid", Service_EPG_Satellite::ONID, Check::identifier, "ONID"},
-    {"tsid", Service_EPG_Satellite::TSID, Check::identifier, "TSID"},
-    {"frequency", Service_EPG_Satellite::Frequency},
-    {"symbolrate", Service_EPG_Satellite::SymbolRate},
-    {"orbit", Service_EPG_Satellite::Orbita},
-    {"westEastFlag", Service_EPG_Satellite::West_East_Flag},
-};
-
-constexpr Field<Service_EPG_audios> kAudioFields[] = {
-    {"languageCode", Service_EPG_audios::Language_code},
-    {"audioType", Service_EPG_audios::Audio_Type},
-};
-
-constexpr Field<Service_EPG_replacing> kReplacingFields[] = {
-    {"replacingEpgChannelId", Service_EPG_replacing::replacing_epg_channel_id},
-};
-
-// Records the error of an element that does not pass its check.
-template <class Table>
-bool passes(CmdSetConfiguration& command, const Field<Table>& field, const char* text) {
-    const std::string name = field.name == nullptr ? "" : field.name;
-    switch (field.check) {
-        case Check::none:
-            return true;
-        case Check::present:
-            // An element without text reads as the empty text, which is a value.
-            return text != nullptr ||
-                   fail(command, ErrorCode::invalidValue, name + " value can't be NULL");
-        case Check::identifier:
-            const int number = text::toInt(text);
-            return (number >= 1 && number <= 65535) ||
-                   fail(command, ErrorCode::invalidValue,
-                        name + " value must be a value between [1-65535]");
-    }
+// What is not vertical counts as horizontal.
+bool putCode(tarvodb::Row& record, const Element& element, const char* text) {
+    record.putValue(element.column.index, tarvodb::columnValue(codeOf(element, text).value_or(1)));
     return true;
 }
 
-// Stores an element that `fields` names; others are skipped. False when it does not pass.
-template <class Table, std::size_t Size>
-bool setField(CmdSetConfiguration& command, Record<Table>& record,
-              const Field<Table> (&fields)[Size], const XmlNode& element) {
-    const Field<Table>* field = document::rowFor(fields, element);
-    if (field == nullptr) {
+// Stores a child that the record has a column for; others are skipped. False when its number is
+// out of range, which is an error.
+bool putChild(CmdSetConfiguration& command, tarvodb::Row& record, mapping::Elements elements,
+              const XmlNode& child) {
+    const Element* element = mapping::elementOf(elements, child, record.table());
+    if (element == nullptr) {
         return true;
     }
-    const char* text = document::textOf(element);
-    if (!passes(command, *field, text)) {
-        return false;
+    const char* text = document::textOf(child);
+    if (element->otherTextsAreOne) {
+        return putCode(record, *element, text);
     }
-    record.put(field->column, text);
+    if (!element->range.contains(document::numberOf(child))) {
+        return fail(command, ErrorCode::invalidValue,
+                    upperCased(element->name) + " value must be a value between [1-65535]");
+    }
+    record.putValue(element->column.index, tarvodb::columnValue(text));
     return true;
 }
 
@@ -105,52 +62,45 @@ int insertSatellite(CmdSetConfiguration& command, const XmlNode& element) {
     }
     Record<Service_EPG_Satellite> satellite;
     for (const XmlNode& child : document::childrenOf(element)) {
-        if (!setField(command, satellite, kSatelliteFields, child)) {
+        if (!putChild(command, satellite, mapping::kSatelliteEpg, child)) {
             return 0;
-        }
-        if (document::hasName(child, "polarity")) {
-            // What is not vertical counts as horizontal.
-            satellite.put(
-                Service_EPG_Satellite::Polaridad,
-                document::codeOfAnyCase(document::kPolarity, document::textOf(child)).value_or(1));
         }
     }
     return insertRecord(command, satellite, "Could not insert svcEPG") ? satellite.key().asInt()
                                                                        : 0;
 }
 
-// A list of rows that belong to one service.
-template <class Table, std::size_t Size>
-struct ChildList {
+// What the import says of a list of rows that belong to one service.
+struct ListTexts {
     const char* progress;
-    const char* element;
     const char* wrongElement;
     const char* insertMessage;
-    const Field<Table> (&fields)[Size];
 };
 
-constexpr ChildList<Service_EPG_audios, std::size(kAudioFields)> kAudios{
-    "Processing: Service EPGs Audios", "audiosEPG", "No audiosEPGs element found",
-    "Could not insert svcAudio", kAudioFields};
-constexpr ChildList<Service_EPG_replacing, std::size(kReplacingFields)> kReplacings{
-    "Processing: Service EPGs Replacing", "replacingEPG", "No replacingEPGs element found",
-    "Could not insert svcEPGRep", kReplacingFields};
+constexpr ListTexts kAudioTexts{"Processing: Service EPGs Audios", "No audiosEPGs element found",
+                                "Could not insert svcAudio"};
+constexpr ListTexts kReplacingTexts{"Processing: Service EPGs Replacing",
+                                    "No replacingEPGs element found", "Could not insert svcEPGRep"};
 
-template <class Table, std::size_t Size>
-bool insertChildren(CmdSetConfiguration& command, const ChildList<Table, Size>& list, int serviceId,
-                    const XmlNode& section) {
-    reportProgress(list.progress);
+// No list, nothing to insert. `entry` is the row of the list's elements.
+template <class Table>
+bool insertList(CmdSetConfiguration& command, const ListTexts& texts, const Element& entry,
+                int serviceId, const XmlNode* list) {
+    if (list == nullptr) {
+        return true;
+    }
+    reportProgress(texts.progress);
     bool inserted = true;
-    for (const XmlNode& element : document::childrenOf(section)) {
-        if (!document::hasName(element, list.element)) {
-            return fail(command, ErrorCode::invalidCommand, list.wrongElement);
+    for (const XmlNode& element : document::childrenOf(*list)) {
+        if (!document::hasName(element, entry.name)) {
+            return fail(command, ErrorCode::invalidCommand, texts.wrongElement);
         }
         Record<Table> record;
         record.put(Table::fk_idService_EPG, serviceId);
         for (const XmlNode& child : document::childrenOf(element)) {
-            setField(command, record, list.fields, child);
+            putChild(command, record, entry.children, child);
         }
-        inserted &= insertRecord(command, record, list.insertMessage);
+        inserted &= insertRecord(command, record, texts.insertMessage);
     }
     return inserted;
 }
@@ -161,36 +111,64 @@ enum class Outcome {
     failed,   // the section ends
 };
 
-Outcome insertService(CmdSetConfiguration& command, const XmlNode& element) {
-    Record<Service_EPG> service;
-    service.put(Service_EPG::fk_idService_EPG_Satellite, 0);
-    const XmlNode* audios = nullptr;
-    const XmlNode* replacings = nullptr;
-    bool stored = true;
-    for (const XmlNode& child : document::childrenOf(element)) {
-        if (!setField(command, service, kServiceFields, child)) {
-            // What was read so far is stored all the same: the caller rolls everything back.
-            stored = false;
-            break;
+// Writes one `serviceEPG` element.
+class ServiceImport {
+  public:
+    explicit ServiceImport(CmdSetConfiguration& command) : command_(command) {
+        service_.put(Service_EPG::fk_idService_EPG_Satellite, 0);
+    }
+
+    // Of an element that is refused, what was read so far is stored all the same: the caller rolls
+    // everything back.
+    Outcome apply(const XmlNode& element) {
+        bool stored = readChildren(element);
+        stored &= insertRecord(command_, service_, "Could not insert ServiceEPG");
+        if (!insertLists(service_.key().asInt())) {
+            return Outcome::failed;
         }
-        if (document::hasName(child, "satelliteEPG")) {
-            service.put(Service_EPG::fk_idService_EPG_Satellite, insertSatellite(command, child));
-        } else if (document::hasName(child, "audiosEPGs")) {
-            audios = &child;
-        } else if (document::hasName(child, "replacingEPGs")) {
-            replacings = &child;
+        return stored ? Outcome::stored : Outcome::invalid;
+    }
+
+  private:
+    bool readChildren(const XmlNode& element) {
+        for (const XmlNode& child : document::childrenOf(element)) {
+            if (!putChild(command_, service_, mapping::kServiceEpg, child)) {
+                return false;
+            }
+            readPart(child);
+        }
+        return true;
+    }
+
+    void readPart(const XmlNode& child) {
+        if (document::hasName(child, kSatelliteEpg.name)) {
+            service_.put(Service_EPG::fk_idService_EPG_Satellite, insertSatellite(command_, child));
+        } else if (document::hasName(child, kAudiosEpgs.name)) {
+            audios_ = &child;
+        } else if (document::hasName(child, kReplacingEpgs.name)) {
+            replacings_ = &child;
         }
     }
-    stored &= insertRecord(command, service, "Could not insert ServiceEPG");
-    const int serviceId = service.key().asInt();
-    if (audios != nullptr && !insertChildren(command, kAudios, serviceId, *audios)) {
-        return Outcome::failed;
+
+    bool insertLists(int serviceId) {
+        return insertList<Service_EPG_audios>(command_, kAudioTexts, mapping::kAudiosEpgs[0],
+                                              serviceId, audios_) &&
+               insertList<Service_EPG_replacing>(
+                   command_, kReplacingTexts, mapping::kReplacingEpgs[0], serviceId, replacings_);
     }
-    if (replacings != nullptr && !insertChildren(command, kReplacings, serviceId, *replacings)) {
-        return Outcome::failed;
-    }
-    return stored ? Outcome::stored : Outcome::invalid;
-}
+
+    static constexpr const Element& kSatelliteEpg =
+        mapping::rowNamed(mapping::kServiceEpg, "satelliteEPG");
+    static constexpr const Element& kAudiosEpgs =
+        mapping::rowNamed(mapping::kServiceEpg, "audiosEPGs");
+    static constexpr const Element& kReplacingEpgs =
+        mapping::rowNamed(mapping::kServiceEpg, "replacingEPGs");
+
+    CmdSetConfiguration& command_;
+    Record<Service_EPG> service_;
+    const XmlNode* audios_ = nullptr;
+    const XmlNode* replacings_ = nullptr;
+};
 
 bool emptyTables(CmdSetConfiguration& command) {
     bool emptied = emptyTable<Service_EPG>(command, "Could not delete ServiceEPGs");
@@ -202,14 +180,14 @@ bool emptyTables(CmdSetConfiguration& command) {
 
 }  // namespace
 
-bool applyServiceEpgs(CmdSetConfiguration& command, const XmlNode& section) {
+bool apply::serviceEPGs(CmdSetConfiguration& command, const XmlNode& section) {
     reportProgress("Processing: Service EPGs");
     bool stored = emptyTables(command);
     for (const XmlNode& element : document::childrenOf(section)) {
-        if (!document::hasName(element, "serviceEPG")) {
+        if (!document::hasName(element, mapping::kServiceEpgs[0].name)) {
             return fail(command, ErrorCode::invalidCommand, "No serviceEPG element found");
         }
-        const Outcome outcome = insertService(command, element);
+        const Outcome outcome = ServiceImport(command).apply(element);
         if (outcome == Outcome::failed) {
             return false;
         }

@@ -2,73 +2,31 @@
 //
 // A service that the document does not list is never deleted: its row is marked for removal, and
 // the device's own software acts on the mark.
-#include <limits>
+#include "mapping/services.h"
+
 #include <string>
 #include <vector>
 
 #include "db/clauses.h"
 #include "device/device_identity.h"
-#include "import/child_rules.h"
-#include "import/required_child.h"
+#include "import/elements.h"
 #include "import/sections.h"
 
 namespace tarvo_remote_control {
 
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::PIDsSalidaGlobal;
 using tarvodb::Record;
 using Service = tarvodb::ServiciosSalidaGlobal;
 
 namespace {
 
-constexpr RequiredNumber kOutputId{.element = "outputId",
-                                   .errorCode = ErrorCode::invalidCommand,
-                                   .missing = "Service has no outputId field",
-                                   .lowest = 1,
-                                   .highest = 2,
-                                   .outOfRange = "Service outputId should be 1 or 2"};
-
-constexpr RequiredNumber kOutputSid{.element = "outputSid",
-                                    .errorCode = ErrorCode::invalidCommand,
-                                    .missing = "Service has no outputSid field",
-                                    .lowest = 1,
-                                    .highest = std::numeric_limits<int>::max(),
-                                    .outOfRange = "Service outputSid should be greater than 0"};
-
-constexpr int kHighestServiceId = 65535;
-
-// What a child does besides being compared and stored.
-enum class Special {
-    none,
-    lcn,        // another LCN must be above 0; on RNB-K408 it is forced
-    serviceId,  // at most 65535
-    decrypt,    // sets Orden too: 1 when on, else 2
-};
-
-struct Rule : ValueRule<Service> {
-    Special special = Special::none;
-};
-
-constexpr Rule kRules[] = {
-    {{"lcn", Service::LCN, Compare::number, " lcn: "}, Special::lcn},
-    {{"olcn", Service::OLCN, Compare::number, " olcn: "}},
-    {{"forcedLcn", Service::LCNForzado, Compare::number, " forcedLcn: "}},
-    {{"simulcastLcn", Service::SimulcastLCN, Compare::number, " simulcastLcn: "}},
-    {{"inputId", Service::fk_idEntrada, Compare::number, "inputId: "}},
-    {{"inputSid", Service::OSID, Compare::number, " inputSid: "}, Special::serviceId},
-    {{"outputSid", Service::SID, Compare::number, " outputSid: "}, Special::serviceId},
-    {{"inputName", Service::NombreEntrada, Compare::text, "outputSid: "}},  // kept as it is
-    {{"forcedName", Service::NombreForzado, Compare::number, " forcedName: "}},
-    {{"outputName", Service::NombreSalida, Compare::text, " outputName: "}},
-    {{"idEPG", Service::idEPG, Compare::number, " idEPG: "}},
-    {{"serviceTypeDVB", Service::Tipo, Compare::number, " serviceTypeDVB: "}},
-    {{"serviceTypeCanal", Service::Service_Type, Compare::number, " serviceTypeCanal: "}},
-    {{"videoFormat", Service::VideoFormat, Compare::number, " videoFormat: "}},
-    {{"cloned", Service::DuplicadoClonado, Compare::number, " cloned: "}},
-    {{"decrypt", Service::Descifrar, Compare::number, "decrypt: "}, Special::decrypt},
-    {{"transcoding", Service::Transcoding, Compare::number, "transcoding: "}},
-    {{"videoPeakBitrate", Service::Video_peak_bitrate, Compare::number, "videoPeakBitrate: "}},
-};
+constexpr const Element& kOutputId = mapping::rowNamed(mapping::kService, "outputId");
+constexpr const Element& kOutputSid = mapping::rowNamed(mapping::kService, "outputSid");
+constexpr const Element& kLcn = mapping::rowNamed(mapping::kService, "lcn");
+constexpr const Element& kDecrypt = mapping::rowNamed(mapping::kService, "decrypt");
+constexpr const Element& kPidOrders = mapping::rowNamed(mapping::kService, "pidOrders");
 
 // Of a service that has no row yet; newService adds what the element and its module tell.
 struct Default {
@@ -127,7 +85,7 @@ class ServiceImport {
             applied &= insertRecord(command_, service_.row, "Could not insert service");
         }
         if (pidOrders_ != nullptr) {
-            applied &= applyPidOrders(command_, service_.row.key().asInt(), *pidOrders_);
+            applied &= apply::pidOrders(command_, service_.row.key().asInt(), *pidOrders_);
         }
         if (applied) {
             logChange("New SERVICE parameters: " + log_);
@@ -138,42 +96,40 @@ class ServiceImport {
   private:
     bool applyChildren(const XmlNode& element) {
         for (const XmlNode& child : document::childrenOf(element)) {
-            if (document::hasName(child, "pidOrders")) {
+            const Element* row = mapping::elementOf(mapping::kService, child);
+            if (row == &kPidOrders) {
                 pidOrders_ = &child;
-            } else if (const auto* rule = document::rowFor(kRules, child)) {
-                if (!applyRule(*rule, child)) {
-                    return false;
-                }
+            } else if (row != nullptr && !applyChild(*row, child)) {
+                return false;
             }
         }
         return true;
     }
 
-    bool applyRule(const Rule& rule, const XmlNode& child) {
+    bool applyChild(const Element& element, const XmlNode& child) {
         const int number = document::numberOf(child);
-        switch (rule.special) {
-            case Special::none:
-                break;
-            case Special::lcn:
-                if (!applyLcn(number)) {
-                    return false;
-                }
-                break;
-            case Special::serviceId:
-                if (number > kHighestServiceId) {
-                    return fail(command_, ErrorCode::invalidValue,
-                                std::string(rule.element) + " value cannot be greater than 65535");
-                }
-                break;
-            case Special::decrypt:
-                service_.setNumber(Service::Orden, number == 1 ? 1 : 2);
-                break;
+        if (!element.range.contains(number)) {
+            return fail(command_, ErrorCode::invalidValue,
+                        std::string(element.name) + " value cannot be greater than 65535");
         }
-        setValue(service_, rule, child);
-        appendToLog(log_, rule.label, child);
+        if (&element == &kLcn && !applyLcn(number)) {
+            return false;
+        }
+        if (&element == &kDecrypt) {
+            applyDecrypt(number);
+        }
+        service_.take(element, child);
+        appendToLog(log_, element.label, child);
         return true;
     }
 
+    // What is descrambled comes first.
+    void applyDecrypt(int decrypt) {
+        service_.setNumber(Service::Orden, decrypt == 1 ? 1 : 2);
+        service_.setNumber(Service::Descifrar, decrypt);
+    }
+
+    // On RNB-K408 another LCN is forced.
     bool applyLcn(int lcn) {
         if (service_.row[Service::LCN].asInt() == lcn) {
             return true;
@@ -186,6 +142,7 @@ class ServiceImport {
         if (DeviceIdentity::instance().isRNB()) {
             service_.setNumber(Service::LCNForzado, 1);
         }
+        service_.setNumber(Service::LCN, lcn);
         return true;
     }
 
@@ -198,11 +155,13 @@ class ServiceImport {
 
 bool applyService(CmdSetConfiguration& command, const char* mac,
                   std::vector<Record<Service>>& services, const XmlNode& element) {
-    if (!document::hasName(element, "service")) {
+    if (!document::hasName(element, mapping::kServices[0].name)) {
         return fail(command, ErrorCode::invalidCommand, "No service element found");
     }
-    const auto outputId = requiredNumber(command, element, kOutputId);
-    const auto outputSid = outputId ? requiredNumber(command, element, kOutputSid) : std::nullopt;
+    const auto outputId = requiredNumber(command, element, kOutputId, ErrorCode::invalidCommand);
+    const auto outputSid =
+        outputId ? requiredNumber(command, element, kOutputSid, ErrorCode::invalidCommand)
+                 : std::nullopt;
     if (!outputSid) {
         return false;
     }
@@ -245,7 +204,7 @@ bool saveServices(CmdSetConfiguration& command, std::vector<Record<Service>>& se
 
 }  // namespace
 
-bool applyServices(CmdSetConfiguration& command, const char* mac, const XmlNode& section) {
+bool apply::services(CmdSetConfiguration& command, const char* mac, const XmlNode& section) {
     reportProgress("Processing: Services");
     auto services = tarvodb::doSelect<Service>(command.db(), tarvodb::clause::kByMac, mac);
     for (auto& service : services) {

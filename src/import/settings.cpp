@@ -6,11 +6,12 @@
 #include "db/clauses.h"
 #include "import/reporting.h"
 #include "import/sections.h"
+#include "mapping/settings.h"
 
 namespace tarvo_remote_control {
 
-using document::Setting;
 using document::XmlNode;
+using mapping::Element;
 using tarvodb::configuracionWebGlobal;
 
 namespace {
@@ -20,7 +21,7 @@ constexpr const char* kAddressLine = "0x0";
 
 // Writes one row of configuracionWebGlobal, whose post-action is requested when the value is
 // another one. A key without a row gets one.
-bool setConfig(CmdSetConfiguration& command, const Setting& setting, const char* value) {
+bool setConfig(CmdSetConfiguration& command, const Element& setting, const char* value) {
     const std::string assignment = std::string(setting.key) + " = " + value;
     reportProgress("setConfig: " + assignment);
     reportProgress(kAddressLine);
@@ -45,9 +46,9 @@ bool setConfig(CmdSetConfiguration& command, const Setting& setting, const char*
 }  // namespace
 
 bool applySettings(CmdSetConfiguration& command, const XmlNode& section,
-                   std::span<const Setting> settings) {
+                   mapping::Elements settings) {
     for (const XmlNode& child : document::childrenOf(section)) {
-        const Setting* setting = document::rowFor(settings, child);
+        const Element* setting = mapping::elementOf(settings, child);
         if (setting != nullptr && !setConfig(command, *setting, document::textOf(child))) {
             reportProgress(kAddressLine);
             return fail(command, Failure{.code = ErrorCode::database,
@@ -59,26 +60,25 @@ bool applySettings(CmdSetConfiguration& command, const XmlNode& section,
     return true;
 }
 
-bool applyMaturityRating(CmdSetConfiguration& command, const XmlNode& element) {
-    return setConfig(command, document::kMaturityRating, document::textOf(element));
+bool apply::maturityRating(CmdSetConfiguration& command, const XmlNode& element) {
+    return setConfig(command, mapping::kMaturityRating, document::textOf(element));
 }
 
-bool applyMaintenances(CmdSetConfiguration& command, const XmlNode& section) {
+bool apply::maintenances(CmdSetConfiguration& command, const XmlNode& section) {
     bool written = true;
     for (const XmlNode& maintenance : document::childrenOf(section)) {
-        if (!document::hasName(maintenance, document::kMaintenance.element)) {
+        if (!document::hasName(maintenance, mapping::kMaintenances[0].name)) {
             return failPlainly(command, {.code = ErrorCode::invalidCommand,
                                          .loggedMessage = "No maintenance element found"});
         }
         // Nothing is written of an element that is not complete.
-        for (const Setting& setting : document::kMaintenance.settings) {
-            if (document::lastText(maintenance, setting.element) == nullptr) {
-                return fail(command, ErrorCode::invalidValue);
+        for (const Element& setting : mapping::kMaintenance) {
+            if (document::lastText(maintenance, setting.name) == nullptr) {
+                return fail(command, ErrorCode::invalidValue, setting.required.missing);
             }
         }
-        for (const Setting& setting : document::kMaintenance.settings) {
-            const char* value = document::lastText(maintenance, setting.element);
-            written &= setConfig(command, setting, value);
+        for (const Element& setting : mapping::kMaintenance) {
+            written &= setConfig(command, setting, document::lastText(maintenance, setting.name));
         }
     }
     return written;

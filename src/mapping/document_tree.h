@@ -17,8 +17,7 @@ namespace mapping {
 inline constexpr Element kSections[] = {
     section("identification", kIdentification),
     section("regional", kRegional),
-    setting("maturityRating", "MaturityRating", Form::number, PostAction::none,
-            ExportedBy::familyA),
+    kMaturityRating,
     list("maintenances", kMaintenances, ExportedBy::familyA),
     list("homeChannels", kHomeChannels, ExportedBy::familyA),
     list("serviceEPGs", kServiceEpgs, ExportedBy::familyA),

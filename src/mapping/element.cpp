@@ -68,8 +68,13 @@ Range importedRange(const Element& element) {
             std::min(element.range.highest, element.required.range.highest)};
 }
 
-document::CodeTable importedTexts(const Element& element) {
-    return element.importedTexts.empty() ? element.texts : element.importedTexts;
+document::CodeTable exportedTexts(const Element& element, int rfOutputMode) {
+    return rfOutputMode == 0 || element.dvbCTexts.empty() ? element.texts : element.dvbCTexts;
+}
+
+document::CodeTable importedTexts(const Element& element, int rfOutputMode) {
+    return element.importedTexts.empty() ? exportedTexts(element, rfOutputMode)
+                                         : element.importedTexts;
 }
 
 const Element* elementOf(Elements rows, const XmlNode& node) {

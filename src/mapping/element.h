@@ -9,6 +9,7 @@
 #include <climits>
 #include <cstddef>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 #include <type_traits>
 
@@ -249,8 +250,16 @@ Form formOf(const Element& element);
 // The numbers that the import lets pass.
 Range importedRange(const Element& element);
 
-// The texts that the import takes for codes, where `texts` are the exported ones.
-document::CodeTable importedTexts(const Element& element);
+// The texts that the export writes and the import takes for codes. `rfOutputMode` is the module's,
+// for an element of an output.
+document::CodeTable exportedTexts(const Element& element, int rfOutputMode = 0);
+document::CodeTable importedTexts(const Element& element, int rfOutputMode = 0);
+
+// Whether the element is a setting or holds nothing but settings.
+constexpr bool isOfSettings(const Element& element) {
+    return element.key != nullptr ||
+           (!element.children.empty() && isOfSettings(element.children[0]));
+}
 
 // The row that names the node, without regard to letter case; null when there is none.
 const Element* elementOf(Elements rows, const document::XmlNode& node);
@@ -259,14 +268,20 @@ const Element* elementOf(Elements rows, const document::XmlNode& node);
 const Element* elementOf(Elements rows, const document::XmlNode& node,
                          const tarvodb::TableInfo& table);
 
-// The row of that name exactly. It must be there; in a constant expression the compiler sees to
-// it.
-constexpr const Element& elementNamed(Elements rows, std::string_view name) {
-    const Element* row = rows.begin();
-    while (row->name != name) {
-        ++row;
+constexpr bool isNamed(const Element& element, std::string_view name) {
+    return element.name == name;
+}
+
+// The row with exactly this `name`, of elements or of any other rows that name elements. It must be
+// there; in a constant expression the compiler sees to it.
+template <class AnyRows>
+constexpr const auto& rowNamed(const AnyRows& rows, std::string_view name) {
+    for (const auto& row : rows) {
+        if (row.name == name) {
+            return row;
+        }
     }
-    return *row;
+    throw std::out_of_range("no row of that name");
 }
 
 // The row of a child, in `children` or in any of the parts, without regard to letter case; null

@@ -82,6 +82,10 @@ inline constexpr Element kMaintenance[] = {
     maintenanceSetting("active", "mantenimiento_activo", Form::onOff),
 };
 
+// Directly under the document's root.
+inline constexpr Element kMaturityRating = setting("maturityRating", "MaturityRating", Form::number,
+                                                   PostAction::none, ExportedBy::familyA);
+
 // Exported once. The import takes several, the last one wins.
 inline constexpr Element kMaintenances[] = {entry("maintenance", kMaintenance)};
 

@@ -106,14 +106,4 @@ TEST(CodedTexts, NameWhatAnyOtherCodeMeans) {
     EXPECT_STREQ(kSignalUnlocked, "Unlocked");
 }
 
-TEST(CodedTexts, HaveTheConstellationsOfTheRfOutputMode) {
-    EXPECT_STREQ(codeText(constellationOf(0), 0), "QPSK");
-    EXPECT_STREQ(codeText(constellationOf(0), 4), "");
-    for (const int mode : {1, 2, -1}) {
-        SCOPED_TRACE(mode);
-        EXPECT_STREQ(codeText(constellationOf(mode), 0), "16 QAM");
-        EXPECT_STREQ(codeText(constellationOf(mode), 4), "256 QAM");
-    }
-}
-
 }  // namespace document

@@ -44,47 +44,59 @@ TEST(Column, IsAColumnOfTheEnumeratorsTable) {
 }
 
 TEST(Form, ComesFromTheColumnUnlessTheRowSaysOtherwise) {
-    EXPECT_EQ(formOf(elementNamed(kDvbNetwork, "nid")), Form::number);
-    EXPECT_EQ(formOf(elementNamed(kDvbNetwork, "name")), Form::text);
-    EXPECT_EQ(formOf(elementNamed(kDvbNetwork, "OutputNITDate")), Form::text);
-    EXPECT_EQ(formOf(elementNamed(kDvbNetwork, "autoBlockPIDs")), Form::none);
-    EXPECT_EQ(formOf(elementNamed(kPidMask, "data")), Form::onOff);
-    EXPECT_EQ(formOf(elementNamed(kDiseqc, "band")), Form::code);
-    EXPECT_EQ(formOf(elementNamed(kSatelliteTuner, "streamID")), Form::codeOrNumber);
-    EXPECT_EQ(formOf(elementNamed(kNetwork, "ip")), Form::address);
-    EXPECT_EQ(formOf(elementNamed(kSections, "lnb")), Form::none);
+    EXPECT_EQ(formOf(rowNamed(kDvbNetwork, "nid")), Form::number);
+    EXPECT_EQ(formOf(rowNamed(kDvbNetwork, "name")), Form::text);
+    EXPECT_EQ(formOf(rowNamed(kDvbNetwork, "OutputNITDate")), Form::text);
+    EXPECT_EQ(formOf(rowNamed(kDvbNetwork, "autoBlockPIDs")), Form::none);
+    EXPECT_EQ(formOf(rowNamed(kPidMask, "data")), Form::onOff);
+    EXPECT_EQ(formOf(rowNamed(kDiseqc, "band")), Form::code);
+    EXPECT_EQ(formOf(rowNamed(kSatelliteTuner, "streamID")), Form::codeOrNumber);
+    EXPECT_EQ(formOf(rowNamed(kNetwork, "ip")), Form::address);
+    EXPECT_EQ(formOf(rowNamed(kSections, "lnb")), Form::none);
 }
 
 TEST(ImportedRange, IsWhatPassesEveryCheck) {
-    const Range outputSid = importedRange(elementNamed(kService, "outputSid"));
+    const Range outputSid = importedRange(rowNamed(kService, "outputSid"));
     EXPECT_EQ(outputSid.lowest, 1);
     EXPECT_EQ(outputSid.highest, 65535);
-    EXPECT_FALSE(importedRange(elementNamed(kService, "olcn")).isLimited());
+    EXPECT_FALSE(importedRange(rowNamed(kService, "olcn")).isLimited());
 }
 
 TEST(ImportedTexts, AreTheExportedOnesWhereTheSidesAgree) {
-    const Element& mode = elementNamed(kSatelliteTuner, "PLSmode");
+    const Element& mode = rowNamed(kSatelliteTuner, "PLSmode");
     EXPECT_STREQ(document::codeText(importedTexts(mode), 1), "root");
     EXPECT_STREQ(document::codeText(mode.texts, 1), "gold");
-    EXPECT_STREQ(document::codeText(importedTexts(elementNamed(kSatelliteTuner, "band")), 1),
-                 "high");
+    EXPECT_STREQ(document::codeText(importedTexts(rowNamed(kSatelliteTuner, "band")), 1), "high");
+}
+
+TEST(ExportedTexts, AreTheConstellationsOfTheRfOutputMode) {
+    const Element& constellation = rowNamed(kRfOutput, "constellation");
+    EXPECT_STREQ(document::codeText(exportedTexts(constellation, 0), 0), "QPSK");
+    EXPECT_STREQ(document::codeText(exportedTexts(constellation, 0), 4), "");
+    for (const int mode : {1, 2, -1}) {
+        SCOPED_TRACE(mode);
+        EXPECT_STREQ(document::codeText(exportedTexts(constellation, mode), 0), "16 QAM");
+        EXPECT_STREQ(document::codeText(importedTexts(constellation, mode), 4), "256 QAM");
+    }
+    EXPECT_STREQ(document::codeText(exportedTexts(rowNamed(kRfOutput, "formatIQ"), 1), 1),
+                 "Reversed");
 }
 
 TEST(ElementOf, FindsTheRowOfATable) {
     document::XmlDocument document;
     document::parseCopy(document, "<FREQUENCY/>");
     const document::XmlNode& node = *document.first_node();
-    EXPECT_EQ(elementOf(kRfOutput, node), &elementNamed(kRfOutput, "frequency"));
+    EXPECT_EQ(elementOf(kRfOutput, node), &rowNamed(kRfOutput, "frequency"));
     EXPECT_EQ(elementOf(kRfOutput, node, tarvodb::RFOutGlobal::info),
-              &elementNamed(kRfOutput, "frequency"));
+              &rowNamed(kRfOutput, "frequency"));
     EXPECT_EQ(elementOf(kRfOutput, node, tarvodb::NimGlobal::info), nullptr);
     EXPECT_EQ(elementOf(kOutput, node), nullptr);
 }
 
 TEST(ChildOf, LooksIntoTheParts) {
-    EXPECT_EQ(childOf(kOutputs[0], "outputID"), &elementNamed(kOutput, "outputId"));
-    EXPECT_EQ(childOf(kOutputs[0], "codeRate"), &elementNamed(kRfOutput, "codeRate"));
-    EXPECT_EQ(childOf(kInputs[0], "symbolRate"), &elementNamed(kCableTuner, "symbolRate"));
+    EXPECT_EQ(childOf(kOutputs[0], "outputID"), &rowNamed(kOutput, "outputId"));
+    EXPECT_EQ(childOf(kOutputs[0], "codeRate"), &rowNamed(kRfOutput, "codeRate"));
+    EXPECT_EQ(childOf(kInputs[0], "symbolRate"), &rowNamed(kCableTuner, "symbolRate"));
     EXPECT_EQ(childOf(kOutputs[0], "lcn"), nullptr);
 }
 
