@@ -1,0 +1,83 @@
+#include "backup/command_line.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <map>
+#include <string>
+
+#include "backup/fault.h"
+#include "backup/verbs.h"
+
+namespace tarvo_backup {
+
+namespace {
+
+constexpr const char* kDescription =
+    "Looks after backups of a DVB headend's configuration, beside tarvo-config.";
+constexpr const char* kFooter = "A FILE named - is standard input. See tarvo-backup(8).";
+
+// What a verb's command line fills in, and what came of running it.
+struct Session {
+    const Console& console;
+    ExitStatus status = ExitStatus::done;
+    DiffOptions diff = {};
+};
+
+void addOutputOptions(CLI::App& verb, OutputOptions& options) {
+    static const std::map<std::string, ColorMode> kModes{
+        {"auto", ColorMode::automatic}, {"always", ColorMode::always}, {"never", ColorMode::never}};
+    verb.add_flag("--json", options.json, "Print JSON");
+    verb.add_option("--color", options.color, "Use colors: auto, always or never")
+        ->transform(CLI::CheckedTransformer(kModes, CLI::ignore_case).description(""))
+        ->option_text("WHEN");
+}
+
+// A verb whose options the caller adds to the returned command.
+template <class Options>
+CLI::App& addVerb(CLI::App& app, const char* name, const char* description, Session& session,
+                  Options& options, ExitStatus (*runVerb)(const Options&, const Console&)) {
+    CLI::App& verb = *app.add_subcommand(name, description);
+    addOutputOptions(verb, options.output);
+    verb.callback(
+        [&session, &options, runVerb] { session.status = runVerb(options, session.console); });
+    return verb;
+}
+
+void addDiff(CLI::App& app, Session& session) {
+    DiffOptions& options = session.diff;
+    CLI::App& verb =
+        addVerb(app, "diff", "What is different between two documents", session, options, runDiff);
+    verb.add_option("OLD", options.oldPath, "The document to compare with")->required();
+    verb.add_option("NEW", options.newPath, "The document that may be different")->required();
+    verb.add_flag("--state", options.liveState, "Also what the device reports of itself");
+}
+
+}  // namespace
+
+ExitStatus run(int argc, const char* const* argv, const Console& console) {
+    Session session{.console = console};
+    CLI::App app(kDescription, "tarvo-backup");
+    app.set_version_flag("--version", std::string("tarvo-backup ") + TARVO_VERSION);
+    app.require_subcommand(1);
+    app.footer(kFooter);
+    addDiff(app, session);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& request) {
+        // Help and version come as errors of status 0.
+        return app.exit(request, console.out, console.err) == 0 ? ExitStatus::done
+                                                                : ExitStatus::usage;
+    } catch (const Fault& fault) {
+        console.err << "tarvo-backup: " << fault.what() << '\n';
+        return fault.status();
+    }
+    console.out.flush();
+    if (!console.out) {
+        console.err << "tarvo-backup: cannot write standard output\n";
+        return ExitStatus::cannotWrite;
+    }
+    return session.status;
+}
+
+}  // namespace tarvo_backup

@@ -1,0 +1,91 @@
+#include "backup/document.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+#include "backup/fault.h"
+
+namespace tarvo_backup {
+
+namespace {
+
+std::vector<std::size_t> lineStartsOf(const std::string& text) {
+    std::vector<std::size_t> starts{0};
+    for (std::size_t end = text.find('\n'); end != std::string::npos;
+         end = text.find('\n', end + 1)) {
+        starts.push_back(end + 1);
+    }
+    return starts;
+}
+
+}  // namespace
+
+Document::Document(std::string name, std::string text)
+    : name_(std::move(name)),
+      text_(std::move(text)),
+      parsed_(std::make_unique<std::string>(text_)),
+      tree_(std::make_unique<document::XmlDocument>()),
+      lineStarts_(lineStartsOf(text_)) {
+    try {
+        document::parse(*tree_, *parsed_);
+    } catch (const document::ParseError& error) {
+        throw Fault(ExitStatus::usage, name_ + ":" + error.what());
+    }
+}
+
+const XmlNode* Document::outermost(const char* name) const {
+    const XmlNode* around = backup();
+    return document::findSibling((around == nullptr ? *tree_ : *around).first_node(), name);
+}
+
+const XmlNode* Document::backup() const {
+    return document::findSibling(tree_->first_node(), "backup");
+}
+
+const XmlNode* Document::configuration() const { return outermost("configuration"); }
+
+const XmlNode* Document::camList() const {
+    return backup() == nullptr ? nullptr : outermost("vsecureCAMList");
+}
+
+Position Document::positionOf(const XmlNode& node) const {
+    const char* place = node.name_size() == 0 ? node.value() : node.name();
+    return positionOf(static_cast<std::size_t>(place - parsed_->data()));
+}
+
+Position Document::positionOf(std::size_t offset) const {
+    const auto next = std::upper_bound(lineStarts_.begin(), lineStarts_.end(), offset);
+    const auto line = static_cast<std::size_t>(std::distance(lineStarts_.begin(), next));
+    return {.line = line, .column = offset - lineStarts_[line - 1] + 1};
+}
+
+std::string nameOf(const std::string& path) { return path == "-" ? "standard input" : path; }
+
+std::string readText(const std::string& path, const Console& console) {
+    std::ifstream file;
+    if (path != "-") {
+        file.open(path, std::ios::binary);
+    }
+    std::istream& source = path == "-" ? console.in : file;
+    std::string text;
+    std::array<char, 1U << 16U> block{};
+    while (source.read(block.data(), block.size()), source.gcount() > 0) {
+        text.append(block.data(), static_cast<std::size_t>(source.gcount()));
+    }
+    // A folder opens like a file, and fails at the first byte.
+    if (source.bad() || (path != "-" && !file.is_open())) {
+        throw Fault(ExitStatus::cannotRead, nameOf(path) + ": " + std::strerror(errno));
+    }
+    return text;
+}
+
+Document readDocument(const std::string& path, const Console& console) {
+    return Document(nameOf(path), readText(path, console));
+}
+
+}  // namespace tarvo_backup

@@ -1,0 +1,71 @@
+// A configuration document as the verbs look at it: the text, the tree that the import would see,
+// and where in the text each of its nodes stands.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "backup/console.h"
+#include "document/xml.h"
+
+namespace tarvo_backup {
+
+using document::XmlNode;
+
+// Both count from 1; columns count bytes, as compilers and editors do.
+struct Position {
+    std::size_t line = 1;
+    std::size_t column = 1;
+
+    bool operator==(const Position&) const = default;
+};
+
+// Moving a document leaves its nodes where they are.
+class Document {
+  public:
+    // `name` is how messages call the document. Throws Fault (usage) when the text is not
+    // well-formed, with the position in front.
+    Document(std::string name, std::string text);
+
+    [[nodiscard]] const std::string& name() const { return name_; }
+    // The text as it was read.
+    [[nodiscard]] const std::string& text() const { return text_; }
+    // The nameless node that holds the outermost ones.
+    [[nodiscard]] const XmlNode& tree() const { return *tree_; }
+
+    // What the import takes, found as the import finds it; null where it is missing.
+    // `backup`, around the other two in a document of RNB-K408.
+    [[nodiscard]] const XmlNode* backup() const;
+    [[nodiscard]] const XmlNode* configuration() const;
+    // `vsecureCAMList`, only inside a backup.
+    [[nodiscard]] const XmlNode* camList() const;
+
+    // Where the name of an element stands, or a nameless node's text.
+    [[nodiscard]] Position positionOf(const XmlNode& node) const;
+    // Of a byte of the text.
+    [[nodiscard]] Position positionOf(std::size_t offset) const;
+
+  private:
+    [[nodiscard]] const XmlNode* outermost(const char* name) const;
+
+    std::string name_;
+    std::string text_;
+    // The parsed copy, in which the tree's names and texts stand at the offsets of `text_`.
+    std::unique_ptr<std::string> parsed_;
+    std::unique_ptr<document::XmlDocument> tree_;
+    std::vector<std::size_t> lineStarts_;
+};
+
+// Reads the file at `path`, standard input for "-". Throws Fault when it cannot be read
+// (cannotRead) or is not well-formed (usage).
+Document readDocument(const std::string& path, const Console& console);
+
+// The text of the file at `path`, standard input for "-". Throws Fault (cannotRead).
+std::string readText(const std::string& path, const Console& console);
+
+// How messages call a document at `path`.
+std::string nameOf(const std::string& path);
+
+}  // namespace tarvo_backup

@@ -1,0 +1,15 @@
+// What tarvo-backup tells its caller.
+#pragma once
+
+namespace tarvo_backup {
+
+enum class ExitStatus : int {
+    done = 0,         // also: nothing to tell
+    differences = 1,  // diff and plan found some
+    usage = 2,        // of the command line, or a document that is faulty
+    cannotRead = 3,
+    cannotWrite = 4,
+    failure = 5,  // whatever has no status of its own
+};
+
+}  // namespace tarvo_backup

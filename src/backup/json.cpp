@@ -1,0 +1,30 @@
+#include "backup/json.h"
+
+#include <nlohmann/json.hpp>
+
+namespace tarvo_backup {
+
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+// Bytes that are not UTF-8 become U+FFFD: JSON has no others.
+std::string printed(const Json& json) {
+    return json.dump(2, ' ', false, Json::error_handler_t::replace);
+}
+
+Json jsonOf(const std::optional<std::string>& text) { return text ? Json(*text) : Json(nullptr); }
+
+}  // namespace
+
+std::string toJson(const std::vector<Difference>& differences) {
+    Json list = Json::array();
+    for (const Difference& difference : differences) {
+        list.push_back({{"path", difference.path},
+                        {"old", jsonOf(difference.oldText)},
+                        {"new", jsonOf(difference.newText)}});
+    }
+    return printed(list);
+}
+
+}  // namespace tarvo_backup

@@ -1,0 +1,39 @@
+#include "backup/tree.h"
+
+#include "backup/values.h"
+
+namespace tarvo_backup {
+
+using mapping::Element;
+
+bool isElement(const XmlNode& node) { return node.type() == rapidxml::node_element; }
+
+const XmlNode* elementFrom(const XmlNode* node) {
+    while (node != nullptr && !isElement(*node)) {
+        node = node->next_sibling();
+    }
+    return node;
+}
+
+const Element* rowOf(const Element* parent, const XmlNode& node) {
+    return parent == nullptr ? nullptr : mapping::childOf(*parent, node.name());
+}
+
+std::string identityOf(const Element& entry, const XmlNode& node) {
+    if (entry.identity) {
+        return canonicalText(&entry, node);
+    }
+    std::string identity;
+    for (const Element& row : entry.children) {
+        const XmlNode* child = row.identity ? document::childNamed(node, row.name) : nullptr;
+        if (child != nullptr) {
+            identity += identity.empty() ? "" : ",";
+            identity += row.name;
+            identity += '=';
+            identity += canonicalText(&row, *child);
+        }
+    }
+    return identity;
+}
+
+}  // namespace tarvo_backup

@@ -1,0 +1,133 @@
+#include "backup/values.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "text/to_int.h"
+
+namespace tarvo_backup {
+
+using document::XmlNode;
+using mapping::Element;
+using mapping::Form;
+using mapping::Take;
+
+namespace {
+
+bool isSpace(unsigned char character) { return std::isspace(character) != 0; }
+
+// How the import reads the element's text.
+enum class Reading { text, number, wholeNumber, code, codeOrNumber, bit, withoutWhiteSpace };
+
+Reading readingOf(const Element& row) {
+    const bool isNumeric =
+        mapping::formOf(row) == Form::number || mapping::formOf(row) == Form::onOff;
+    switch (row.take) {
+        case Take::number:
+        case Take::numberStoredText:
+        case Take::numberUnlessZero:
+            return Reading::number;
+        case Take::code:
+        case Take::codeExactly:
+            return Reading::code;
+        case Take::codeOrNumber:
+            return Reading::codeOrNumber;
+        case Take::bits:
+            return Reading::bit;
+        case Take::special:
+            return isNumeric ? Reading::number : Reading::withoutWhiteSpace;
+        case Take::key:
+            // Looked up by SQLite, or read before. Others are compared as texts.
+            if (row.required.missing == nullptr || !isNumeric) {
+                return Reading::text;
+            }
+            return row.required.range.isLimited() ? Reading::number : Reading::wholeNumber;
+        case Take::text:
+        case Take::children:
+        case Take::ignored:
+            return Reading::text;
+    }
+    return Reading::text;
+}
+
+std::string numberText(const char* text) { return std::to_string(text::toInt(text)); }
+
+// The table's own text for a text in another letter case or for the code itself.
+std::optional<std::string> codedText(const Element& row, const XmlNode& node, const char* text) {
+    const document::CodeTable table = importedTextsAt(row, node);
+    auto code = row.take == Take::code ? document::codeOfAnyCase(table, text)
+                                       : document::codeOfExactly(table, text);
+    if (!code && isWholeNumber(text)) {
+        code = text::toInt(text);
+    }
+    if (row.otherTextsAreOne && (!code || *document::codeText(table, *code) == '\0')) {
+        code = 1;
+    }
+    const char* known = code ? document::codeText(table, *code) : "";
+    return *known == '\0' ? std::nullopt : std::optional<std::string>(known);
+}
+
+// 0 is DVB-T, any other DVB-C. It counts for the outputs that come after it.
+int rfOutputModeAt(const XmlNode& outputChild) {
+    const XmlNode* output = outputChild.parent();
+    const XmlNode* outputs = output == nullptr ? nullptr : output->parent();
+    int mode = 0;
+    for (const XmlNode* before = outputs == nullptr ? nullptr : outputs->previous_sibling();
+         before != nullptr; before = before->previous_sibling()) {
+        if (document::hasName(*before, "modoSalidaRF")) {
+            return document::numberOf(*before);
+        }
+    }
+    return mode;
+}
+
+}  // namespace
+
+bool isWholeNumber(std::string_view text) {
+    while (!text.empty() && isSpace(static_cast<unsigned char>(text.front()))) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && isSpace(static_cast<unsigned char>(text.back()))) {
+        text.remove_suffix(1);
+    }
+    if (!text.empty() && (text.front() == '-' || text.front() == '+')) {
+        text.remove_prefix(1);
+    }
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](unsigned char character) {
+        return std::isdigit(character) != 0;
+    });
+}
+
+document::CodeTable importedTextsAt(const Element& row, const XmlNode& node) {
+    const bool isDvbC = !row.dvbCTexts.empty() && rfOutputModeAt(node) != 0;
+    return isDvbC ? row.dvbCTexts : mapping::importedTexts(row);
+}
+
+std::string canonicalText(const Element* row, const XmlNode& node) {
+    const char* text = document::textOf(node);
+    if (row == nullptr) {
+        return text;
+    }
+    switch (readingOf(*row)) {
+        case Reading::text:
+            return text;
+        case Reading::number:
+            return numberText(text);
+        case Reading::wholeNumber:
+            return isWholeNumber(text) ? numberText(text) : text;
+        case Reading::code:
+            return codedText(*row, node, text).value_or(text);
+        case Reading::codeOrNumber:
+            return codedText(*row, node, text).value_or(numberText(text));
+        case Reading::bit:
+            return std::string_view(text) == "1" ? "1" : "0";
+        case Reading::withoutWhiteSpace: {
+            std::string dense = text;
+            std::erase_if(dense, isSpace);
+            return dense;
+        }
+    }
+    return text;
+}
+
+}  // namespace tarvo_backup

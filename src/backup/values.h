@@ -1,0 +1,26 @@
+// When the import takes two texts of an element for the same value.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "document/xml.h"
+#include "mapping/element.h"
+
+namespace tarvo_backup {
+
+// A form in which the texts of an element are equal exactly when the import takes them for the same
+// value: "05" is 5 where numbers are compared, "LOW" and the code 0 are "low". Texts of an element
+// that the import does not know (`row` is null) stay as they are. `node` is the element itself: the
+// texts of an output's constellation depend on its module.
+std::string canonicalText(const mapping::Element* row, const document::XmlNode& node);
+
+// Whether the text is a decimal number from end to end, blanks around it aside, as a column of
+// numbers takes it.
+bool isWholeNumber(std::string_view text);
+
+// The texts that the import takes of `node`.
+document::CodeTable importedTextsAt(const mapping::Element& row, const document::XmlNode& node);
+
+}  // namespace tarvo_backup

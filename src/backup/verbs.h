@@ -1,0 +1,23 @@
+// What the verbs are asked to do, and the functions that do it. Each prints its result on the
+// console and throws Fault for what keeps it from its work.
+#pragma once
+
+#include <string>
+
+#include "backup/console.h"
+#include "backup/exit_status.h"
+
+namespace tarvo_backup {
+
+// Paths may be "-" for standard input.
+
+struct DiffOptions {
+    OutputOptions output;
+    std::string oldPath;
+    std::string newPath;
+    bool liveState = false;
+};
+// Status `differences` when there are some.
+ExitStatus runDiff(const DiffOptions& options, const Console& console);
+
+}  // namespace tarvo_backup

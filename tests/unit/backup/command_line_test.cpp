@@ -1,0 +1,48 @@
+#include "backup/command_line.h"
+
+#include <gmock/gmock.h>
+
+#include "unit/backup/backup_test.h"
+
+namespace tarvo_backup {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+TEST(BackupCommandLine, HelpIsThereOnEveryLevel) {
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{"--help"}, {"diff", "--help"}}) {
+        const Ran help = ran(arguments);
+        EXPECT_EQ(help.status, ExitStatus::done);
+        EXPECT_THAT(help.out, HasSubstr("Usage: "));
+        EXPECT_EQ(help.err, "");
+    }
+}
+
+TEST(BackupCommandLine, TellsItsVersion) {
+    const Ran version = ran({"--version"});
+    EXPECT_EQ(version.status, ExitStatus::done);
+    EXPECT_THAT(version.out, StartsWith("tarvo-backup 1."));
+}
+
+TEST(BackupCommandLine, WithoutAVerbOrWithAnUnknownOneOrOptionIsAUsageError) {
+    for (const std::vector<const char*>& arguments : {std::vector<const char*>{},
+                                                      {"frobnicate"},
+                                                      {"diff", "--frobnicate", "a", "b"},
+                                                      {"diff", "a"},
+                                                      {"diff", "--color", "green", "a", "b"}}) {
+        const Ran refused = ran(arguments);
+        EXPECT_EQ(refused.status, ExitStatus::usage);
+        EXPECT_EQ(refused.out, "");
+        EXPECT_THAT(refused.err, HasSubstr("--help"));
+    }
+}
+
+TEST(BackupCommandLine, AFileThatCannotBeReadHasAStatusOfItsOwn) {
+    const Ran refused = ran({"diff", "/nonexistent/a.xml", "-"});
+    EXPECT_EQ(refused.status, ExitStatus::cannotRead);
+    EXPECT_EQ(refused.err, "tarvo-backup: /nonexistent/a.xml: No such file or directory\n");
+    EXPECT_EQ(ran({"diff", "/", "-"}).status, ExitStatus::cannotRead);
+}
+
+}  // namespace tarvo_backup

@@ -1,0 +1,63 @@
+#include "backup/document.h"
+
+#include "backup/fault.h"
+#include "unit/backup/backup_test.h"
+
+namespace tarvo_backup {
+
+namespace {
+
+Position positionOfConfigurationChild(const Document& document, const char* name) {
+    return document.positionOf(*document::childNamed(*document.configuration(), name));
+}
+
+}  // namespace
+
+TEST(BackupDocument, TellsWhereAnElementStands) {
+    const Document document =
+        parsed("<?xml version=\"1.0\"?>\n<configuration>\n\t<network/>\n</configuration>");
+    EXPECT_EQ(positionOfConfigurationChild(document, "network"), (Position{3, 3}));
+}
+
+TEST(BackupDocument, TellsPositionsBehindEntitiesAndAByteOrderMarkInTheTextAsItWas) {
+    const Document document =
+        parsed("\xef\xbb\xbf<configuration><lnb>&amp;&amp;</lnb>\r\n<network/></configuration>");
+    EXPECT_EQ(positionOfConfigurationChild(document, "lnb"), (Position{1, 20}));
+    EXPECT_EQ(positionOfConfigurationChild(document, "network"), (Position{2, 2}));
+}
+
+TEST(BackupDocument, TellsWhereTextBetweenElementsStands) {
+    const Document document = configured("<lnb/>\nloose");
+    const XmlNode* text = document.configuration()->last_node();
+    EXPECT_EQ(document.positionOf(*text), (Position{1, 22}));
+}
+
+TEST(BackupDocument, KeepsItsNodesWhenMoved) {
+    Document first = configured("<lnb/>");
+    const Document second = std::move(first);
+    EXPECT_EQ(positionOfConfigurationChild(second, "lnb"), (Position{1, 17}));
+}
+
+TEST(BackupDocument, FindsWhatTheImportTakes) {
+    const Document plain = parsed("<configuration/><vsecureCAMList/>");
+    EXPECT_NE(plain.configuration(), nullptr);
+    EXPECT_EQ(plain.camList(), nullptr);
+
+    const Document backup = parsed("<backup><configuration/><vsecureCAMList/></backup>");
+    EXPECT_NE(backup.configuration(), nullptr);
+    EXPECT_NE(backup.camList(), nullptr);
+
+    EXPECT_EQ(parsed("<Configuration/>").configuration(), nullptr);
+}
+
+TEST(BackupDocument, ThatIsNotWellFormedIsAFaultWithItsPosition) {
+    try {
+        parsed("<configuration>\n  <lnb");
+        FAIL();
+    } catch (const Fault& fault) {
+        EXPECT_EQ(fault.status(), ExitStatus::usage);
+        EXPECT_STREQ(fault.what(), "test.xml:2:7: expected >");
+    }
+}
+
+}  // namespace tarvo_backup
