@@ -113,6 +113,7 @@ class Mutation:
             *(self.removed, self.removed, self.doubled, self.doubled, self.changed_double),
             *(self.reordered, self.renamed, self.name_case, self.moved, self.emptied, self.added),
             *(self.attribute, self.text_between, self.swapped_value),
+            *(self.respelled, self.respelled, self.varied, self.varied),
             *((self.deep,) if self.random.random() < 0.05 else ()),
         )
         kind = self.random.choice(kinds)
@@ -180,6 +181,25 @@ class Mutation:
         """The value of another element of the same name: valid, but not here."""
         leaf = self.leaf(target)
         leaf.text = self.random.choice([e for e in root.all() if e.name == leaf.name]).text
+
+    def respelled(self, root: Element, parent: Element, target: Element) -> None:
+        """Many numbers as they are, written otherwise: what compares texts tells them apart."""
+        forms = ("0{}", "00{}", "+{}", " {}", "{} ", "{}.0", "{}abc")
+        share = self.random.choice((0.05, 0.3, 1.0))
+        for leaf in (e for e in root.all() if re.fullmatch(r"[0-9]{1,7}", e.text)):
+            if self.random.random() < share:
+                leaf.text = self.random.choice(forms).format(leaf.text)
+
+    def varied(self, root: Element, parent: Element, target: Element) -> None:
+        """Many values of their kind: a document that is mostly valid and changes everything."""
+        share = self.random.choice((0.02, 0.1, 0.5))
+        values: dict[str, list[str]] = {}
+        leaves = [e for e in root.all() if not e.children]
+        for leaf in leaves:
+            values.setdefault(leaf.name, []).append(leaf.text)
+        for leaf in leaves:
+            if leaf.name != "mac" and self.random.random() < share:
+                leaf.text = self.random.choice(values[leaf.name])
 
     def blank_value(self, root: Element, parent: Element, target: Element) -> None:
         leaf = self.leaf(target)
