@@ -323,9 +323,6 @@ class Comparison {
     std::vector<Difference> differences_;
 };
 
-constexpr const Element& kCamList =
-    mapping::elementNamed(mapping::kBackup.children, "vsecureCAMList");
-
 }  // namespace
 
 std::vector<Difference> diff(const Document& older, const Document& newer, DiffScope scope) {
