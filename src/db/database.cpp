@@ -3,10 +3,19 @@
 #include <sqlite3.h>
 #include <syslog.h>
 
+#include "db/like.h"
 #include "db/sql_text.h"
 #include "platform/debug_log.h"
 
 namespace tarvodb {
+
+Database openDatabase(const std::string& path) {
+    Database db(platform::openDatabase(path));
+    if (db) {
+        quickenLike(db.get());
+    }
+    return db;
+}
 
 int execWithRetries(sqlite3* db, const char* sql) {
     constexpr int kTries = 3;

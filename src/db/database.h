@@ -27,9 +27,7 @@ using Database = std::unique_ptr<sqlite3, CloseDatabase>;
 // Closes it now. SQLite's result code; an empty one is closed already.
 inline int close(Database& db) { return platform::closeDatabase(db.release()); }
 
-inline Database openDatabase(const std::string& path) {
-    return Database(platform::openDatabase(path));
-}
+Database openDatabase(const std::string& path);
 
 // Runs one statement without rows, up to three times, one second apart (the last failure is
 // followed by its second too). Returns SQLite's result code of the last try, 0 for success.
