@@ -87,7 +87,9 @@ class Device:
         folder = Path(root)
         if folder.exists() and (not folder.is_dir() or any(folder.iterdir())):
             raise SimError(f"{folder} is not empty; a new device needs an empty folder")
-        shutil.copytree(SIM / "skeleton", folder, dirs_exist_ok=True)
+        folder.mkdir(parents=True, exist_ok=True)
+        for part in (SIM / "skeleton").iterdir():  # the folder itself keeps its own mode
+            shutil.copytree(part, folder / part.name)
         for name in ("tarvo/DB", "tarvo/datosWeb/tablasSI", "tarvo/sim/exit", "tarvo/sim/values"):
             (folder / name).mkdir(parents=True)
         (folder / "tmp").mkdir()

@@ -282,9 +282,9 @@ class Running(DeviceTest):
         self.assertEqual(device.run("true").actions, [])
 
     def test_a_killed_program_is_dead_and_reported(self) -> None:
-        running = self.device().start("sleep", ["60"])
+        running = self.device().start("sleep", ["600"])
         running.kill()
-        self.assertEqual(running.wait(timeout=5).status, 128 + signal.SIGKILL)
+        self.assertEqual(running.wait(timeout=60).status, 128 + signal.SIGKILL)
 
     def test_a_program_that_takes_too_long_is_ended(self) -> None:
         device = self.device()
@@ -341,6 +341,18 @@ class Runner(DeviceTest):
         self.assert_refused(self.call("--model", "QRA-310", "--color", "--", "true"), "--color")
         self.assert_refused(self.call("--root", str(SIM), "--", "true"), "new or empty folder")
 
+    def test_a_folder_that_cannot_hold_a_device_is_one_sentence(self) -> None:
+        (self.folder / "file").touch()
+        for root in ("/proc/device", "/dev/null/device", str(self.folder / "file" / "device")):
+            result = self.call("--model", "QRA-310", "--root", root, "--", "true")
+            self.assert_refused(result, root)
+
+    def test_a_folder_keeps_its_mode(self) -> None:
+        root = self.folder / "private"
+        root.mkdir(mode=0o700)
+        self.call("--model", "QRA-310", "--root", str(root), "--", "true")
+        self.assertEqual(root.stat().st_mode & 0o777, 0o700)
+
     def test_missing_bubblewrap_is_one_sentence(self) -> None:
         result = self.call("--model", "QRA-310", "--", "true", env={"PATH": ""})
         self.assert_refused(result, "apt-get install bubblewrap")
@@ -355,10 +367,10 @@ class Runner(DeviceTest):
     def test_the_program_dies_with_the_runner(self) -> None:
         for number in (signal.SIGKILL, signal.SIGTERM):
             command = [RUN, "--root", self.folder / "kept", "--model", "QRA-310", "--"]
-            with subprocess.Popen([*command, "sh", "-c", "echo; sleep 60"], stdout=-1) as runner:
+            with subprocess.Popen([*command, "sh", "-c", "echo; sleep 600"], stdout=-1) as runner:
                 runner.stdout.readline()
                 runner.send_signal(number)
-                self.assertEqual(runner.communicate(timeout=5), (b"", None))
+                self.assertEqual(runner.communicate(timeout=60), (b"", None))
 
 
 if __name__ == "__main__":
