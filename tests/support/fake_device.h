@@ -20,6 +20,12 @@ struct sqlite3;
 
 namespace test {
 
+// The last item of a list. Throws when there is none: that fails a test, and does not end them all.
+template <class List>
+auto last(const List& list) {
+    return list.at(list.size() - 1);
+}
+
 // A row as texts; nothing is SQL NULL.
 using Row = std::vector<std::optional<std::string>>;
 

@@ -82,13 +82,13 @@ class ModuleImportTest : public ImportTest {
         EXPECT_EQ(errors(), recorded);
         EXPECT_EQ(result(), "1");
         EXPECT_EQ(errorLines(), logged);
-        EXPECT_EQ(device.statements().back(), "ROLLBACK");
+        EXPECT_EQ(test::last(device.statements()), "ROLLBACK");
     }
 
     void expectSuccess() {
         EXPECT_EQ(errors(), std::vector<std::string>());
         EXPECT_EQ(result(), "0");
-        EXPECT_EQ(device.statements().back(), "COMMIT");
+        EXPECT_EQ(test::last(device.statements()), "COMMIT");
     }
 
   private:

@@ -68,7 +68,7 @@ class SectionImportTest : public ImportTest {
             {"202 Could not set configuration", "Error 202, Could not set configuration"});
         expectErrors(expected);
         EXPECT_EQ(result(), "1");
-        EXPECT_EQ(device.statements().back(), "ROLLBACK");
+        EXPECT_EQ(test::last(device.statements()), "ROLLBACK");
         EXPECT_EQ(device.shellCommands(), std::vector<std::string>());
         expectUnchanged();
     }

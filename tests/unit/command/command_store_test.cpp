@@ -152,7 +152,7 @@ TEST_F(CommandStore, RollsAFailedInsertBack) {
     EXPECT_FALSE(command.save());
     EXPECT_EQ(device.statements(), (Lines{"BEGIN TRANSACTION", kInsertOfANewCommand,
                                           kInsertOfANewCommand, kInsertOfANewCommand, "ROLLBACK"}));
-    EXPECT_EQ(device.events().back(), kClose);
+    EXPECT_EQ(test::last(device.events()), kClose);
     EXPECT_EQ(device.logLines().at(0),
               "3: [ERROR_DB]insert: Error (13) inserting register in table RCCommand . Attempt: "
               "0\n");
@@ -167,9 +167,9 @@ TEST_F(CommandStore, RollsAFailedUpdateBack) {
     command.setSchedule("hourly");
     device.failStatements("UPDATE", 3, SQLITE_BUSY, "database is locked");
     EXPECT_FALSE(command.save());
-    EXPECT_EQ(device.statements().front(), "BEGIN TRANSACTION");
-    EXPECT_EQ(device.statements().back(), "ROLLBACK");
-    EXPECT_EQ(device.events().back(), kClose);
+    EXPECT_EQ(device.statements().at(0), "BEGIN TRANSACTION");
+    EXPECT_EQ(test::last(device.statements()), "ROLLBACK");
+    EXPECT_EQ(test::last(device.events()), kClose);
     EXPECT_EQ(device.logLines().at(4),
               "3: [ERROR_DB]update: Error actualizando datos registro en tabla RCCommand . "
               "intento: 2\n");
@@ -182,7 +182,7 @@ TEST_F(CommandStore, SavedOnlyWhenTheCommitSucceeds) {
     EXPECT_FALSE(command.save());
     EXPECT_EQ(device.statements(),
               (Lines{"BEGIN TRANSACTION", kInsertOfANewCommand, "COMMIT", "COMMIT", "COMMIT"}));
-    EXPECT_EQ(device.events().back(), kClose);
+    EXPECT_EQ(test::last(device.events()), kClose);
     EXPECT_TRUE(storedRows().empty());
 }
 
@@ -254,7 +254,7 @@ TEST_F(CommandStore, ARemovalThatFailsCountsAsDone) {
               "3: [ERROR_DB]deleteId: Error (5) borrando registro en tabla RCCommand . intento: "
               "0\n");
     EXPECT_EQ(device.sleeps(), (Lines{"1", "2", "3"}));
-    EXPECT_EQ(device.events().back(), kClose);
+    EXPECT_EQ(test::last(device.events()), kClose);
     EXPECT_EQ(storedRows().size(), 1U);
 }
 

@@ -33,7 +33,7 @@ class SelectClauses : public test::DeviceTest {
         device.forgetEvents();
         const Database db = openDatabase(kConfigDatabase);
         doSelect<Table>(db.get(), clause, arguments...);
-        return device.statements().front();
+        return device.statements().at(0);
     }
 
     sqlite3* db() { return db_.get(); }
@@ -102,7 +102,7 @@ TEST_F(SelectClauses, ANullValueIsSqlNullAndMatchesNothing) {
 
 TEST_F(SelectClauses, TheValueIsQuotedAndTheOrderEscapedWithoutQuotes) {
     selectByNombre(db(), tSqlite3parent("O'Neil 50%s"), "no''mbre", 0);
-    EXPECT_EQ(device.statements().front(),
+    EXPECT_EQ(device.statements().at(0),
               "SELECT * FROM configuracionWebGlobal  WHERE nombre LIKE 'O''Neil 50%s' ORDER BY "
               "no''''mbre");
 }

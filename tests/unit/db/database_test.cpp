@@ -122,7 +122,7 @@ TEST_F(StatementExecutor, LogsNothingWithOtherDebugBits) {
 TEST_F(StatementExecutor, LogsTheRealErrorMessageOfSqlite) {
     platform::debugMask = platform::kDebugLogBit;
     run("COMMIT");
-    EXPECT_EQ(device.logLines().front(),
+    EXPECT_EQ(device.logLines().at(0),
               "6: DB exec error (1 try): cannot commit - no transaction is active");
 }
 

@@ -351,7 +351,7 @@ TEST_F(IdentityOfDevice, IsReadFromAFailedOpenAllTheSame) {
     EXPECT_EQ(device.statements(),
               (Lines{kSettingsSelects[0], kSettingsSelects[0], kSettingsSelects[0],
                      kSettingsSelects[1], kSettingsSelects[1], kSettingsSelects[1]}));
-    EXPECT_EQ(device.logLines().front(),
+    EXPECT_EQ(device.logLines().at(0),
               "3: [ERROR_DB]doSelect: Error leyendo datos tabla configuracionWebGlobal . intento: "
               "0\n");
     EXPECT_EQ(identity().getSerialNumber(), "A123");

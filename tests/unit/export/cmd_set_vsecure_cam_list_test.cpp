@@ -104,7 +104,7 @@ class SetVsecureCAMList : public test::DeviceTest {
     // Rolled back, with these errors and without the key tool.
     void expectRolledBack(const std::vector<std::string>& expected) {
         EXPECT_EQ(errors_, expected);
-        EXPECT_EQ(device.statements().back(), "ROLLBACK");
+        EXPECT_EQ(test::last(device.statements()), "ROLLBACK");
         EXPECT_THAT(device.shellCommands(), IsEmpty());
         expectUnchanged();
     }
@@ -293,12 +293,12 @@ TEST_F(SetVsecureCAMList, TheSameKeyInOtherLinesLeavesTheModuleAlone) {
 
 TEST_F(SetVsecureCAMList, OtherTextsKeepTheirWhiteSpace) {
     EXPECT_TRUE(applyPartial(cam("C4", "<ekShared>a b</ekShared><description>c\nd</description>")));
-    EXPECT_EQ(select("EK_Shared, Descripcion").front(), (test::Row{"a b", "c\nd"}));
+    EXPECT_EQ(select("EK_Shared, Descripcion").at(0), (test::Row{"a b", "c\nd"}));
 }
 
 TEST_F(SetVsecureCAMList, AnEmptyPublicKeyIsAnotherOne) {
     EXPECT_TRUE(applyPartial(cam("C4", "<publicKey> </publicKey>")));
-    EXPECT_EQ(select("K_Publica, EK_Shared, estado").front(), (test::Row{"", "", "1"}));
+    EXPECT_EQ(select("K_Publica, EK_Shared, estado").at(0), (test::Row{"", "", "1"}));
 }
 
 TEST_F(SetVsecureCAMList, AnotherKeyClearsTheSharedKeyThatStoodBeforeItInTheElement) {
@@ -367,7 +367,7 @@ TEST_F(SetVsecureCAMList, AnUpdateThatFailsLetsTheOthersBeTriedAndRollsBack) {
     device.failStatements("UPDATE VSecure", 3, SQLITE_BUSY);
     EXPECT_FALSE(applyPartial(cam("C4", "<description>new</description>") + cam("C9")));
     expectRolledBack({"102 Could not access database"});
-    EXPECT_EQ(listStatements().back().substr(0, 19), "INSERT INTO VSecure");
+    EXPECT_EQ(test::last(listStatements()).substr(0, 19), "INSERT INTO VSecure");
 }
 
 TEST_F(SetVsecureCAMList, EveryWriteThatFailsIsRecorded) {
@@ -402,7 +402,7 @@ TEST_F(SetVsecureCAMList, AMissingTableFailsTheList) {
     CmdSetVsecureCAMList command;
     EXPECT_FALSE(command.apply(&xml.root(), false));
     EXPECT_THAT(test::Outcome(command).errors, ElementsAre("102 Could not access database"));
-    EXPECT_EQ(device.statements().back(), "ROLLBACK");
+    EXPECT_EQ(test::last(device.statements()), "ROLLBACK");
 }
 
 TEST_F(SetVsecureCAMList, OnceSqliteHasUndoneTheTransactionNothingIsStored) {
@@ -419,11 +419,11 @@ TEST_F(SetVsecureCAMList, OnceSqliteHasUndoneTheTransactionNothingIsStored) {
 TEST_F(SetVsecureCAMList, TheDatabaseIsClosedInEveryWayOut) {
     const std::string close = "close: /tarvo/DB/vsec_global.sqlite";
     EXPECT_FALSE(applyFull("<cam/>"));
-    EXPECT_EQ(device.events().back(), close);
+    EXPECT_EQ(test::last(device.events()), close);
     for (const char* statement : {"BEGIN TRANSACTION", "COMMIT"}) {
         device.failStatements(statement, 1, SQLITE_BUSY);
         EXPECT_FALSE(applyFull(cam("C9")));
-        EXPECT_EQ(device.events().back(), close);
+        EXPECT_EQ(test::last(device.events()), close);
     }
 }
 
@@ -463,7 +463,7 @@ TEST_F(SetVsecureCAMList, AKeyToolThatFailsRecords911AndLeavesTheListStored) {
         device.shellResults[kKeyTool] = result;
         EXPECT_FALSE(applyFull(cam(std::to_string(result))));
         EXPECT_THAT(errors(), ElementsAre("911 Error regenerating scrambling key"));
-        EXPECT_EQ(device.statements().back(), "COMMIT");
+        EXPECT_EQ(test::last(device.statements()), "COMMIT");
         EXPECT_EQ(select("idCliente"), (Rows{{std::to_string(result)}}));
     }
 }

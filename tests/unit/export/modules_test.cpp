@@ -152,7 +152,7 @@ TEST_F(ExportedModules, QuoteTheMacInStatements) {
     exportConfiguration();
     EXPECT_EQ(leaf("mac"), "<mac>M&apos;1 50%</mac>");
     EXPECT_EQ(leaf("swVersion"), "<swVersion>1.0</swVersion>");
-    EXPECT_EQ(device.statements().back(),
+    EXPECT_EQ(test::last(device.statements()),
               "SELECT * FROM ServiciosSalidaGlobal  WHERE MAC LIKE 'M''1 50%' ");
 }
 

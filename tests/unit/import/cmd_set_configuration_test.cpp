@@ -208,7 +208,7 @@ TEST_F(SetConfiguration, RollbackAndCloseReturnsWhatClosingReturned) {
     CmdSetConfiguration command;
     command.apply(&xml.root());
     EXPECT_EQ(command.rollbackAndClose(), SQLITE_BUSY);
-    EXPECT_EQ(device.events().back(), "close: /tarvo/DB/config_global.sqlite");
+    EXPECT_EQ(test::last(device.events()), "close: /tarvo/DB/config_global.sqlite");
 }
 
 TEST_F(SetConfiguration, ASecondImportStartsWithoutThePostActionsOfTheFirst) {
@@ -376,7 +376,7 @@ TEST_F(SetConfiguration, AFailedNetworkScriptRecords203AndEndsThePostActions) {
                        "Error 203, Could not apply network configuration"}});
         EXPECT_EQ(this->result(), "1");
         EXPECT_THAT(device.shellCommands(), ElementsAre(kNetworkScript));
-        EXPECT_EQ(device.statements().back(), "COMMIT");
+        EXPECT_EQ(test::last(device.statements()), "COMMIT");
         EXPECT_EQ(valueOf("network_IP"), std::to_string(result));
     }
 }
@@ -407,7 +407,7 @@ TEST_F(SetConfiguration, AFailedKeyToolRecords911AndKeepsTheImport) {
         expectErrors({{"911 Error regenerating scrambling key",
                        "Error 911, Error regenerating scrambling key"}});
         EXPECT_EQ(this->result(), "1");
-        EXPECT_EQ(device.statements().back(), "COMMIT");
+        EXPECT_EQ(test::last(device.statements()), "COMMIT");
         EXPECT_EQ(valueOf("MaturityRating"), std::to_string(result));
     }
 }

@@ -218,7 +218,7 @@ TEST_F(Diseqcs, AnInsertThatFailsDoesNotStopTheOthers) {
     importDiseqc("<id>5</id></diseqc><diseqc><id>1</id>");
     expectFailure({{"102 Could not access database: Could not insert diseqc",
                     "Error 102, Could not insert diseqc"}});
-    EXPECT_EQ(sectionStatements().back(), insertOf("'1', 'Astra', '2', '192', '1', '0', '0'"));
+    EXPECT_EQ(test::last(sectionStatements()), insertOf("'1', 'Astra', '2', '192', '1', '0', '0'"));
 }
 
 TEST_F(Diseqcs, AnIdThatIsNoNumberOrStandsTwiceCannotBeInserted) {

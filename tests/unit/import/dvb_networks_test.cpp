@@ -157,7 +157,7 @@ TEST_F(DvbNetworks, ChangesAreToldInTheirOwnOrderWhateverTheOrderOfTheElements) 
         "forcedServiceName=7,autoServiceList=6,lcnOffset=5,lcnMode=4,"
         "tipoNITPatron=1,nitPatron=2,versionNITPatron=3,autoBlockPIDsMask=4,"
         "autoDecryptPIDsMask=1,");
-    EXPECT_EQ(sectionStatements().back(),
+    EXPECT_EQ(test::last(sectionStatements()),
               insertOf("'9', 'A & B, 5%', '12', '11', '2', '3', '1', '6', '5', '4', NULL, '7', "
                        "NULL, NULL, '9', '10', NULL, '4', '1', '8', NULL, '1'"));
 }
@@ -321,7 +321,7 @@ TEST_F(DvbNetworks, ANetworkWithoutIdIsRecordedWith101AndLoggedWith103) {
 
 TEST_F(DvbNetworks, AnEmptyIdCountsAsGiven) {
     importNetwork("<id/>");
-    EXPECT_EQ(sectionStatements().front(), selectOf(""));
+    EXPECT_EQ(sectionStatements().at(0), selectOf(""));
 }
 
 TEST_F(DvbNetworks, APatternTypeIsZeroOrOne) {
@@ -392,7 +392,7 @@ TEST_F(DvbNetworks, AnInsertThatFailsDoesNotStopTheOthers) {
     importNetwork("<id>9</id></dvbNetwork><dvbNetwork><id>1</id>");
     expectFailure({{"102 Could not access database: Could not insert dvbNetwork",
                     "Error 102, Could not insert dvbNetwork"}});
-    EXPECT_THAT(sectionStatements().back(), testing::HasSubstr("VALUES ('1', 'Net', "));
+    EXPECT_THAT(test::last(sectionStatements()), testing::HasSubstr("VALUES ('1', 'Net', "));
 }
 
 TEST_F(DvbNetworks, AnIdThatIsNoNumberOrStandsTwiceCannotBeInserted) {

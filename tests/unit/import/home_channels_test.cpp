@@ -199,7 +199,7 @@ TEST_F(HomeChannels, AChannelWithoutIdFailsBeforeAnythingIsDeleted) {
 
 TEST_F(HomeChannels, AnEmptyIdCountsAsGiven) {
     importChannel("<id/>");
-    EXPECT_EQ(sectionStatements().front(), selectOf(""));
+    EXPECT_EQ(sectionStatements().at(0), selectOf(""));
 }
 
 TEST_F(HomeChannels, ADeleteThatFailsDoesNotStopTheInserts) {
@@ -219,7 +219,7 @@ TEST_F(HomeChannels, AnInsertThatFailsDoesNotStopTheOthers) {
         "</homechannel></homeChannels>");
     expectFailure({{"102 Could not access database: Could not insert homeChannel",
                     "Error 102, Could not insert homeChannel"}});
-    EXPECT_EQ(sectionStatements().back(),
+    EXPECT_EQ(test::last(sectionStatements()),
               insertOf("'1', '11000', '130', '1', '0', '22000', '7', '8', '0'"));
 }
 

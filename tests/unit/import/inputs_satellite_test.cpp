@@ -33,7 +33,7 @@ class ImportedSatelliteInputs : public test::InputImportTest {
                    "SELECT Frequency, banda_FI, fe, DiSEqC, Estado FROM NimGlobal WHERE "
                    "idNimGlobal = 1" +
                    std::to_string(input))
-            .front();
+            .at(0);
     }
 
     void loopInput2() { rows("UPDATE NimGlobal SET RFIN_LOOP = 1 WHERE idNimGlobal = 12"); }
@@ -47,7 +47,7 @@ class ImportedSatelliteInputs : public test::InputImportTest {
     void expectOutOfRange() {
         EXPECT_THAT(errors(), ElementsAre("401 Invalid module input: " + std::string(kOutOfRange)));
         EXPECT_THAT(errorLines(), ElementsAre("59: r9::: Error 401, " + std::string(kOutOfRange)));
-        EXPECT_EQ(device.statements().back(), "COMMIT");
+        EXPECT_EQ(test::last(device.statements()), "COMMIT");
         EXPECT_EQ(result(), "0");
     }
 

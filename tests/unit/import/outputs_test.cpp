@@ -435,7 +435,7 @@ TEST_F(ImportedOutputs, AFailedUpdateOfTheOutputStillWritesItsModulator) {
     importOutputs(output(1, "<onid>5</onid><frequency>6</frequency>") +
                   output(2, "<onid>7</onid>"));
     expectFailure(102, "Could not update sg");
-    EXPECT_EQ(writes().back(),
+    EXPECT_EQ(test::last(writes()),
               "UPDATE RFOutGlobal SET  Frecuencia = '6' , Estado = '1'  WHERE idRFOutGlobal = "
               "'11'");
     EXPECT_THAT(stored("SELECT DISTINCT Frecuencia FROM RFOutGlobal"),

@@ -290,7 +290,7 @@ TEST_F(Scramblings, ASystemThatCannotBeUpdatedDoesNotStopTheKeys) {
     importScrambling("<active>1</active><date>new</date>");
     expectFailure({{"102 Could not access database: Could not update ScramblingG",
                     "Error 102, Could not update ScramblingG"}});
-    EXPECT_EQ(sectionStatements().back(), updateOfKeys(" Date = 'new' , Estado = '1' "));
+    EXPECT_EQ(test::last(sectionStatements()), updateOfKeys(" Date = 'new' , Estado = '1' "));
 }
 
 TEST_F(Scramblings, ASystemThatCannotBeInsertedDoesNotStopTheKeys) {
@@ -299,7 +299,7 @@ TEST_F(Scramblings, ASystemThatCannotBeInsertedDoesNotStopTheKeys) {
     importScrambling("<date>new</date>");
     expectFailure({{"102 Could not access database: Could not insert ScramblingG",
                     "Error 102, Could not insert ScramblingG"}});
-    EXPECT_EQ(sectionStatements().back(), updateOfKeys(" Date = 'new' , Estado = '1' "));
+    EXPECT_EQ(test::last(sectionStatements()), updateOfKeys(" Date = 'new' , Estado = '1' "));
 }
 
 TEST_F(Scramblings, KeysThatCannotBeUpdatedFailTheSectionAtItsEnd) {
@@ -309,7 +309,7 @@ TEST_F(Scramblings, KeysThatCannotBeUpdatedFailTheSectionAtItsEnd) {
                    scrambling("<name>b</name><date>second</date>") + "</scramblings>");
     expectFailure({{"102 Could not access database: Could not update ScramblingKG",
                     "Error 102, Could not update ScramblingKG"}});
-    EXPECT_EQ(sectionStatements().back(), updateOfKeys(" Date = 'second' , Estado = '1' "));
+    EXPECT_EQ(test::last(sectionStatements()), updateOfKeys(" Date = 'second' , Estado = '1' "));
 }
 
 TEST_F(Scramblings, KeysThatCannotBeInsertedFailTheSection) {

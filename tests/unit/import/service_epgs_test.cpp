@@ -372,7 +372,7 @@ TEST_F(ServiceEpgs, AnAudioThatCannotBeInsertedDoesNotStopTheOtherAudiosButTheSe
                    service("<name>next</name>"));
     expectFailure({{"102 Could not access database: Could not insert svcAudio",
                     "Error 102, Could not insert svcAudio"}});
-    EXPECT_EQ(inserts().back(), insertOfAudio("NULL, '1', NULL, '2', NULL"));
+    EXPECT_EQ(test::last(inserts()), insertOfAudio("NULL, '1', NULL, '2', NULL"));
 }
 
 TEST_F(ServiceEpgs, AReplacedChannelThatCannotBeInsertedDoesNotStopTheOthersButTheSection) {
@@ -382,7 +382,7 @@ TEST_F(ServiceEpgs, AReplacedChannelThatCannotBeInsertedDoesNotStopTheOthersButT
                    service("<name>next</name>"));
     expectFailure({{"102 Could not access database: Could not insert svcEPGRep",
                     "Error 102, Could not insert svcEPGRep"}});
-    EXPECT_EQ(inserts().back(), insertOfReplacing("NULL, '1', '5', NULL"));
+    EXPECT_EQ(test::last(inserts()), insertOfReplacing("NULL, '1', '5', NULL"));
 }
 
 TEST_F(ServiceEpgs, FailuresAreToldInTheDebugLogToo) {

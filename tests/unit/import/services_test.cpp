@@ -62,8 +62,8 @@ class ImportedServices : public test::ModuleImportTest {
     // Service 1 as it is in the table.
     std::optional<std::string> column(const char* name) {
         return stored("SELECT " + std::string(name) + " FROM ServiciosSalidaGlobal WHERE idSSG = 1")
-            .front()
-            .front();
+            .at(0)
+            .at(0);
     }
 
     static std::string serviceLine(const std::string& changes) {
