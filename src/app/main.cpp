@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
     try {
         return static_cast<int>(run(argc, argv));
     } catch (const std::exception& error) {
-        // A device that does not know itself, or a document that is no XML: an abnormal end, not
+        // A device that does not know itself, or a document that is not XML: an abnormal end, not
         // the exit status of a command error.
         std::cerr << "tarvo-config: " << error.what() << std::endl;
         std::abort();

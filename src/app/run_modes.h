@@ -17,7 +17,7 @@ inline constexpr const char* kOutputFile = "/tmp/ConfigurationXML.xml";
 ExitStatus exportConfiguration(const std::string& outputPath);
 
 // One try of writing the document in file `path` back. Throws document::ParseError, its message
-// led by the path, when the file is no XML.
+// led by the path, when the file is not well-formed XML.
 ExitStatus importConfiguration(const std::string& path);
 
 // Imports the file; up to three tries, each failed one followed by a second's sleep, because the

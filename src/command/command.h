@@ -77,7 +77,7 @@ class Command {
     bool save();
     // Takes row id, due time, schedule and status from a stored row, and the result document when
     // the command is done; command id and command document stay. Throws document::ParseError when
-    // the stored result is no XML.
+    // the stored result is not XML.
     void load(const tarvodb::Record<tarvodb::RCCommand>& record);
 
   protected:

@@ -39,7 +39,7 @@ inline constexpr CodeText kPlsModeExported[] = {{1, "gold"}, {2, "root"}};
 inline constexpr const char* kPlsModeExportedOtherwise = "auto";
 inline constexpr CodeText kPlsModeImported[] = {{0, "auto"}, {1, "root"}, {2, "gold"}};
 
-// A physical layer pipe or stream id that is no number.
+// A physical layer pipe or stream id that is not a number.
 inline constexpr CodeText kAutomaticId[] = {{-2, "auto"}};
 
 inline constexpr CodeText kSignalQuality[] = {{0, "Bad"}, {1, "Marginal"}, {2, "Good"}};

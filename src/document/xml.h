@@ -1,7 +1,7 @@
 // A few helpers over the XML library.
 //
 // Documents hold elements only. Text that stands between elements is a child without a name; a
-// comment is no child at all.
+// comment is not a child.
 #pragma once
 
 #include <iterator>
@@ -37,7 +37,7 @@ std::string printed(const XmlNode& node, int flags = 0);
 // section that it begins with. Lives as long as the tree.
 const char* textOf(const XmlNode& node);
 
-// The text of an element read as a decimal integer, 0 when it is no number.
+// The text of an element read as a decimal integer, 0 when it is not a number.
 int numberOf(const XmlNode& node);
 
 // Names in imported documents are compared without regard to letter case, but for the outermost

@@ -4,6 +4,7 @@
 
 #include "command/error_codes.h"
 #include "db/operations.h"
+#include "document/xml.h"
 #include "export/elements.h"
 #include "export/sections.h"
 #include "mapping/document_tree.h"

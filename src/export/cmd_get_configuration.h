@@ -9,6 +9,7 @@
 #include "db/record.h"
 #include "db/schema.h"
 #include "device/device_identity.h"
+#include "document/xml.h"
 #include "mapping/element.h"
 
 namespace tarvo_remote_control {

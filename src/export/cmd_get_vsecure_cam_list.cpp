@@ -4,8 +4,10 @@
 
 #include "command/error_codes.h"
 #include "db/operations.h"
+#include "document/xml.h"
 #include "export/elements.h"
 #include "mapping/cam_list.h"
+#include "mapping/element.h"
 #include "platform/debug_log.h"
 
 namespace tarvo_remote_control {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "command/command.h"
+#include "document/xml.h"
 
 namespace tarvo_remote_control {
 

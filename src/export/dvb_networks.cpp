@@ -3,8 +3,11 @@
 
 #include <string>
 
+#include "db/operations.h"
 #include "db/si_tables.h"
+#include "document/xml.h"
 #include "export/sections.h"
+#include "mapping/element.h"
 #include "platform/local_time.h"
 #include "platform/platform.h"
 

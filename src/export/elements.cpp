@@ -1,6 +1,8 @@
 #include "export/elements.h"
 
 #include "device/device_identity.h"
+#include "document/coded_texts.h"
+#include "document/xml.h"
 
 namespace tarvo_remote_control {
 

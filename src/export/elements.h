@@ -5,6 +5,7 @@
 
 #include "command/command.h"
 #include "db/record.h"
+#include "document/xml.h"
 #include "mapping/element.h"
 
 namespace tarvo_remote_control {

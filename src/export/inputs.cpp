@@ -5,8 +5,14 @@
 #include <vector>
 
 #include "db/clauses.h"
+#include "db/operations.h"
+#include "db/record.h"
+#include "db/schema.h"
+#include "document/coded_texts.h"
 #include "document/input_type.h"
+#include "document/xml.h"
 #include "export/sections.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 

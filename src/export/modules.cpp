@@ -4,7 +4,13 @@
 #include <string>
 
 #include "db/clauses.h"
+#include "db/operations.h"
+#include "db/record.h"
+#include "db/schema.h"
+#include "document/coded_texts.h"
+#include "document/xml.h"
 #include "export/sections.h"
+#include "mapping/element.h"
 #include "mapping/module_family.h"
 
 namespace tarvo_remote_control {

@@ -2,7 +2,13 @@
 #include "mapping/outputs.h"
 
 #include "db/clauses.h"
+#include "db/operations.h"
+#include "db/record.h"
+#include "db/schema.h"
+#include "document/coded_texts.h"
+#include "document/xml.h"
 #include "export/sections.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 

@@ -4,8 +4,11 @@
 #pragma once
 
 #include "db/operations.h"
+#include "db/record.h"
+#include "document/xml.h"
 #include "export/cmd_get_configuration.h"
 #include "export/elements.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control::write {
 

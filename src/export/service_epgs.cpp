@@ -2,7 +2,11 @@
 #include "mapping/service_epgs.h"
 
 #include "db/clauses.h"
+#include "db/operations.h"
+#include "db/record.h"
+#include "document/xml.h"
 #include "export/sections.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 

@@ -5,6 +5,7 @@
 #include "command/error_codes.h"
 #include "command/system_actions.h"
 #include "device/device_identity.h"
+#include "document/xml.h"
 #include "import/regional.h"
 #include "import/reporting.h"
 #include "import/sections.h"
@@ -117,7 +118,7 @@ bool CmdSetConfiguration::runPostActions() {
         return fail(*this, ErrorCode::network);
     }
     if (isRequested(PostAction::regional)) {
-        applyCountryChanged();  // its failure is no error of the import
+        applyCountryChanged();  // its failure is not an error of the import
     }
     if (isRequested(PostAction::scramblingKeys) && DeviceIdentity::instance().isRNB() &&
         platform::runShell(kRegenerateScramblingKeys) != 0) {

@@ -6,6 +6,7 @@
 #include "command/command.h"
 #include "db/database.h"
 #include "db/transaction.h"
+#include "document/xml.h"
 #include "mapping/element.h"
 
 namespace tarvo_remote_control {

@@ -2,11 +2,20 @@
 #include "mapping/diseqcs.h"
 
 #include <string>
+#include <vector>
 
+#include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/record.h"
+#include "db/schema.h"
+#include "document/xml.h"
+#include "import/elements.h"
 #include "import/keyed_rows.h"
+#include "import/reporting.h"
 #include "import/sections.h"
+#include "import/status_marks.h"
 #include "import/table_writes.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
@@ -70,7 +79,7 @@ bool apply::diseqcs(CmdSetConfiguration& command, const XmlNode& section) {
             return fail(command, ErrorCode::invalidCommand, kId.required.missing);
         }
         positions.push_back(storedOrNew(command, tarvodb::clause::kByDiseqc, id, newDiseqc));
-        takeKeyed(positions.back(), mapping::kDiseqc, element);
+        takeAndMark(positions.back(), mapping::kDiseqc, element);
         logChange("New DISEqC parameters: " + logText(positions.back()));
     }
     return replaceTable(command, positions, "Could not delete diseqcs", "Could not insert diseqc");

@@ -5,11 +5,18 @@
 #include <string_view>
 #include <vector>
 
+#include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/record.h"
 #include "db/si_tables.h"
+#include "document/xml.h"
+#include "import/elements.h"
 #include "import/keyed_rows.h"
+#include "import/reporting.h"
 #include "import/sections.h"
+#include "import/status_marks.h"
 #include "import/table_writes.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
@@ -154,17 +161,17 @@ bool apply::dvbNetworks(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<RedesCabecera>> networks;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "dvbNetwork")) {
-            return failPlainly(command, {.code = ErrorCode::invalidCommand,
-                                         .loggedMessage = "No dvbNetwork element found"});
+            return failLoggedFirst(command, {.code = ErrorCode::invalidCommand,
+                                             .loggedMessage = "No dvbNetwork element found"});
         }
         if (!validate(command, element)) {
             return false;
         }
         const char* id = document::lastText(element, kId.name);
         if (id == nullptr) {
-            return failPlainly(command, {.code = ErrorCode::invalidCommand,
-                                         .message = kId.required.missing,
-                                         .loggedCode = ErrorCode::invalidValue});
+            return failLoggedFirst(command, {.code = ErrorCode::invalidCommand,
+                                             .message = kId.required.missing,
+                                             .loggedCode = ErrorCode::invalidValue});
         }
         networks.push_back(changedNetwork(command, element, id));
     }

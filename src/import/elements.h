@@ -8,6 +8,7 @@
 
 #include "db/record.h"
 #include "document/xml.h"
+#include "import/status_marks.h"
 #include "import/table_writes.h"
 #include "mapping/element.h"
 
@@ -26,6 +27,15 @@ bool take(tarvodb::Row& record, const mapping::Element& element, const document:
 // table, and empties the columns derived from a changed one. Returns whether a column got another
 // value.
 bool takeLast(tarvodb::Row& record, mapping::Elements elements, const document::XmlNode& parent);
+
+// As takeLast; a record that is changed is marked in its Estado.
+template <class Table>
+void takeAndMark(tarvodb::Record<Table>& record, mapping::Elements elements,
+                 const document::XmlNode& parent) {
+    if (takeLast(record, elements, parent)) {
+        record.set(Table::Estado, StatusMark::changed);
+    }
+}
 
 // A row and whether an element changed it. A changed row gets its status mark; which columns an
 // update writes is the row's own business: an output that is switched on over a stored "on" is

@@ -1,10 +1,20 @@
 // The home transponders used for maintenance.
 #include "mapping/home_channels.h"
 
+#include <vector>
+
+#include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/record.h"
+#include "db/schema.h"
+#include "document/xml.h"
+#include "import/elements.h"
 #include "import/keyed_rows.h"
+#include "import/reporting.h"
 #include "import/sections.h"
+#include "import/status_marks.h"
 #include "import/table_writes.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
@@ -36,17 +46,17 @@ bool apply::homeChannels(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<HomeChannels>> channels;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, "homechannel")) {
-            return failPlainly(command, {.code = ErrorCode::invalidCommand,
-                                         .loggedMessage = "No homechannel element found"});
+            return failLoggedFirst(command, {.code = ErrorCode::invalidCommand,
+                                             .loggedMessage = "No homechannel element found"});
         }
         const char* id = document::lastText(element, kId.name);
         if (id == nullptr) {
-            return failPlainly(
+            return failLoggedFirst(
                 command, {.code = ErrorCode::invalidCommand, .message = kId.required.missing});
         }
         channels.push_back(
             storedOrNew(command, tarvodb::clause::kByHomeChannel, id, newHomeChannel));
-        takeKeyed(channels.back(), mapping::kHomeChannel, element);
+        takeAndMark(channels.back(), mapping::kHomeChannel, element);
     }
     return replaceTable(command, channels, "Could not delete homeChannels",
                         "Could not insert homeChannel");

@@ -8,11 +8,18 @@
 #include <string>
 #include <vector>
 
+#include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/operations.h"
+#include "db/record.h"
+#include "db/schema.h"
 #include "document/input_type.h"
+#include "document/xml.h"
 #include "import/elements.h"
+#include "import/reporting.h"
 #include "import/satellite_tuning.h"
 #include "import/sections.h"
+#include "mapping/element.h"
 #include "platform/debug_log.h"
 
 namespace tarvo_remote_control {

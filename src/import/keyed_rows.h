@@ -4,9 +4,8 @@
 #include <utility>
 
 #include "db/operations.h"
+#include "db/record.h"
 #include "import/cmd_set_configuration.h"
-#include "import/elements.h"
-#include "import/status_marks.h"
 
 namespace tarvo_remote_control {
 
@@ -18,16 +17,6 @@ tarvodb::Record<Table> storedOrNew(const CmdSetConfiguration& command, const cha
                                    tarvodb::Record<Table> (*newRow)(const char* id)) {
     auto stored = tarvodb::doSelect<Table>(command.db(), clause, id);
     return stored.empty() ? newRow(id) : std::move(stored.front());
-}
-
-// Takes what `parent` gives and the row has otherwise; the last child of a name counts. A row that
-// is changed is marked in Estado.
-template <class Table>
-void takeKeyed(tarvodb::Record<Table>& row, mapping::Elements elements,
-               const document::XmlNode& parent) {
-    if (takeLast(row, elements, parent)) {
-        row.set(Table::Estado, StatusMark::changed);
-    }
 }
 
 }  // namespace tarvo_remote_control

@@ -8,10 +8,16 @@
 #include <string>
 #include <vector>
 
+#include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/operations.h"
+#include "db/record.h"
 #include "device/device_identity.h"
+#include "document/xml.h"
 #include "import/elements.h"
+#include "import/reporting.h"
 #include "import/sections.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
@@ -45,7 +51,7 @@ struct Entry {
 
 constexpr const Element& kMac = mapping::rowNamed(mapping::kModule, "mac");
 
-// The elements that tell a module's kind.
+// The elements that say of which kind a module is.
 struct KindPart {
     const char* name;
     std::string ModuleKind::*text;
@@ -66,15 +72,17 @@ FreeModules headendModules(const std::vector<Record<RedesModulos>>& rows) {
     for (const auto& row : rows) {
         ModuleKind kind;
         if (documentsGiveKinds()) {
-            kind = {row[RedesModulos::Familia].asString(), row[RedesModulos::Modelo].asString(),
-                    row[RedesModulos::Master].asString()};
+            for (const KindPart& part : kKindParts) {
+                const auto& column = mapping::rowNamed(mapping::kModule, part.name).column;
+                kind.*part.text = row.value(column.index).asString();
+            }
         }
         modules.insert_or_assign(row[RedesModulos::MAC].asString(), std::move(kind));
     }
     return modules;
 }
 
-// Whether the entry tells which module it is.
+// Whether all is known that a module is found by.
 bool isComplete(const Entry& entry) {
     if (!documentsGiveKinds()) {
         return entry.macElements > 0;
@@ -83,7 +91,7 @@ bool isComplete(const Entry& entry) {
            !entry.kind.master.empty();
 }
 
-// Reads what tells one module from another, until all of it is there.
+// Reads what a module is found by, until all of it is there.
 Entry readEntry(const XmlNode& element) {
     Entry entry{.element = &element};
     for (const XmlNode& child : document::childrenOf(element)) {
@@ -191,7 +199,7 @@ class ModuleImport {
         return true;
     }
 
-    // The log tells numbers as they are read.
+    // Numbers are logged as they are read.
     static std::string loggedText(const Element& element, const XmlNode& child) {
         return element.take == mapping::Take::number ? std::to_string(document::numberOf(child))
                                                      : document::textOf(child);

@@ -4,10 +4,18 @@
 #include <string>
 #include <vector>
 
+#include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/operations.h"
+#include "db/record.h"
+#include "db/schema.h"
 #include "device/device_identity.h"
+#include "document/coded_texts.h"
+#include "document/xml.h"
 #include "import/elements.h"
+#include "import/reporting.h"
 #include "import/sections.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
@@ -22,7 +30,7 @@ namespace {
 constexpr const Element& kOutputId = mapping::rowNamed(mapping::kOutput, "outputId");
 constexpr const Element& kActive = mapping::rowNamed(mapping::kRfOutput, "active");
 
-// How an error calls the element: a constellation's tells its table too.
+// How an error calls the element: of a constellation it names the table too.
 std::string errorPath(const Element& element, int rfOutputMode) {
     const char* table = element.dvbCTexts.empty() ? "" : rfOutputMode == 0 ? " DVBT" : " DVBC";
     return std::string("output/") + element.name + table;

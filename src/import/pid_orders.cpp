@@ -6,9 +6,17 @@
 #include <string>
 #include <vector>
 
+#include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/operations.h"
+#include "db/record.h"
+#include "db/schema.h"
+#include "document/xml.h"
+#include "import/reporting.h"
 #include "import/sections.h"
+#include "import/status_marks.h"
 #include "import/table_writes.h"
+#include "mapping/element.h"
 #include "mapping/services.h"
 
 namespace tarvo_remote_control {

@@ -3,8 +3,14 @@
 
 #include <string>
 
+#include "command/error_codes.h"
+#include "db/record.h"
+#include "db/schema.h"
+#include "document/xml.h"
+#include "import/reporting.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 

@@ -38,7 +38,7 @@ bool fail(Command& command, ErrorCode code, const std::string& message) {
     return fail(command, Failure{.code = code, .message = message});
 }
 
-bool failPlainly(Command& command, const Failure& failure) {
+bool failLoggedFirst(Command& command, const Failure& failure) {
     platform::debugLog(LOG_ERR, loggedMessage(failure));
     command.addError(failure.code, failure.message);
     logNewsError(errorLine(failure));

@@ -25,8 +25,9 @@ struct Failure {
 bool fail(Command& command, const Failure& failure);
 bool fail(Command& command, ErrorCode code, const std::string& message = "");
 
-// As fail, for the errors whose debug line is the logged message alone and comes first.
-bool failPlainly(Command& command, const Failure& failure);
+// As fail, for the errors that are logged before they are recorded, with the message alone as the
+// line of the debug log.
+bool failLoggedFirst(Command& command, const Failure& failure);
 
 // Error 101 for a child that is not the element that its parent holds: recorded without a detail,
 // logged with `message`.

@@ -3,7 +3,10 @@
 #include <cstdint>
 #include <optional>
 
+#include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/operations.h"
+#include "db/record.h"
 #include "db/setting_keys.h"
 
 namespace tarvo_remote_control {

@@ -2,6 +2,7 @@
 // DiSEqC position and band, received and intermediate frequency.
 #pragma once
 
+#include "db/record.h"
 #include "db/schema.h"
 #include "import/cmd_set_configuration.h"
 #include "import/elements.h"

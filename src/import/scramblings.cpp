@@ -3,10 +3,18 @@
 
 #include <string>
 
+#include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/operations.h"
+#include "db/record.h"
+#include "db/schema.h"
+#include "document/xml.h"
 #include "import/elements.h"
+#include "import/reporting.h"
 #include "import/sections.h"
+#include "import/status_marks.h"
 #include "import/table_writes.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
@@ -52,41 +60,12 @@ bool validateAll(CmdSetConfiguration& command, const XmlNode& scrambling) {
            fail(command, ErrorCode::invalidCommand, kName.required.missing);
 }
 
-// Inserts a new record, or updates a stored one that is marked to be applied.
-template <class Table>
-bool write(CmdSetConfiguration& command, Record<Table>& record, bool isNew,
-           const char* insertMessage, const char* updateMessage) {
-    if (isNew) {
-        return insertRecord(command, record, insertMessage);
-    }
-    return !holds(record[Table::Estado], StatusMark::changed) ||
-           updateRecord(command, record, updateMessage);
-}
-
 Record<ScramblingGlobal> newSystem() {
     Record<ScramblingGlobal> system;
     system.put(ScramblingGlobal::ScramblingName, kSystem);
     system.put(ScramblingGlobal::Mode, 0);
     system.put(ScramblingGlobal::Estado, StatusMark::changed);
     return system;
-}
-
-// Takes the row's part of the element; a changed row is marked.
-template <class Table>
-void takePart(Record<Table>& record, const XmlNode& scrambling) {
-    if (takeLast(record, mapping::kScrambling, scrambling)) {
-        record.set(Table::Estado, StatusMark::changed);
-    }
-}
-
-bool writeSystem(CmdSetConfiguration& command, const XmlNode& scrambling) {
-    auto stored = tarvodb::doSelect<ScramblingGlobal>(command.db(),
-                                                      tarvodb::clause::kByScramblingName, kSystem);
-    const bool isNew = stored.empty();
-    Record<ScramblingGlobal> system = isNew ? newSystem() : std::move(stored.front());
-    takePart(system, scrambling);
-    return write(command, system, isNew, "Could not insert ScramblingG",
-                 "Could not update ScramblingG");
 }
 
 Record<ScramblingKeysGlobal> newKeys() {
@@ -103,14 +82,33 @@ Record<ScramblingKeysGlobal> newKeys() {
     return keys;
 }
 
-bool writeKeys(CmdSetConfiguration& command, const XmlNode& scrambling) {
-    auto stored = tarvodb::doSelect<ScramblingKeysGlobal>(
-        command.db(), tarvodb::clause::kByScramblingSystem, kSystem);
-    const bool isNew = stored.empty();
-    Record<ScramblingKeysGlobal> keys = isNew ? newKeys() : std::move(stored.front());
-    takePart(keys, scrambling);
-    return write(command, keys, isNew, "Could not insert ScramblingKG",
-                 "Could not update ScramblingKG");
+// The system's row of one table.
+template <class Table>
+struct SystemRow {
+    const char* clause;
+    Record<Table> (*make)();
+    const char* insertMessage;
+    const char* updateMessage;
+};
+
+constexpr SystemRow<ScramblingGlobal> kSystemRow{tarvodb::clause::kByScramblingName, newSystem,
+                                                 "Could not insert ScramblingG",
+                                                 "Could not update ScramblingG"};
+constexpr SystemRow<ScramblingKeysGlobal> kKeysRow{tarvodb::clause::kByScramblingSystem, newKeys,
+                                                   "Could not insert ScramblingKG",
+                                                   "Could not update ScramblingKG"};
+
+// Writes the table's part of an element. A stored row is left alone when it is not marked then.
+template <class Table>
+bool write(CmdSetConfiguration& command, const SystemRow<Table>& row, const XmlNode& scrambling) {
+    auto stored = tarvodb::doSelect<Table>(command.db(), row.clause, kSystem);
+    Record<Table> record = stored.empty() ? row.make() : std::move(stored.front());
+    takeAndMark(record, mapping::kScrambling, scrambling);
+    if (stored.empty()) {
+        return insertRecord(command, record, row.insertMessage);
+    }
+    return !holds(record[Table::Estado], StatusMark::changed) ||
+           updateRecord(command, record, row.updateMessage);
 }
 
 }  // namespace
@@ -118,14 +116,14 @@ bool writeKeys(CmdSetConfiguration& command, const XmlNode& scrambling) {
 bool apply::scramblings(CmdSetConfiguration& command, const XmlNode& section) {
     bool written = true;
     for (const XmlNode& element : document::childrenOf(section)) {
-        if (!document::hasName(element, "scrambling")) {
+        if (!document::hasName(element, mapping::kScramblings[0].name)) {
             return failOnElement(command, "No scrambling element found");
         }
         if (!validateAll(command, element)) {
             return false;
         }
-        written &= writeSystem(command, element);
-        written &= writeKeys(command, element);
+        written &= write(command, kSystemRow, element);
+        written &= write(command, kKeysRow, element);
     }
     if (written) {
         command.request(mapping::PostAction::scramblingKeys);

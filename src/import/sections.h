@@ -4,6 +4,7 @@
 // maturityRating and maintenances (neither) and a refused LCN (only recorded).
 #pragma once
 
+#include "document/xml.h"
 #include "import/cmd_set_configuration.h"
 
 namespace tarvo_remote_control::apply {

@@ -5,9 +5,14 @@
 #include <cctype>
 #include <string>
 
+#include "command/error_codes.h"
+#include "db/record.h"
+#include "document/xml.h"
 #include "import/elements.h"
+#include "import/reporting.h"
 #include "import/sections.h"
 #include "import/table_writes.h"
+#include "mapping/element.h"
 
 namespace tarvo_remote_control {
 

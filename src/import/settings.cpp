@@ -4,6 +4,8 @@
 
 #include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/record.h"
+#include "document/xml.h"
 #include "import/reporting.h"
 #include "import/sections.h"
 #include "mapping/settings.h"
@@ -68,8 +70,8 @@ bool apply::maintenances(CmdSetConfiguration& command, const XmlNode& section) {
     bool written = true;
     for (const XmlNode& maintenance : document::childrenOf(section)) {
         if (!document::hasName(maintenance, mapping::kMaintenances[0].name)) {
-            return failPlainly(command, {.code = ErrorCode::invalidCommand,
-                                         .loggedMessage = "No maintenance element found"});
+            return failLoggedFirst(command, {.code = ErrorCode::invalidCommand,
+                                             .loggedMessage = "No maintenance element found"});
         }
         // Nothing is written of an element that is not complete.
         for (const Element& setting : mapping::kMaintenance) {

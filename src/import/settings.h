@@ -1,6 +1,7 @@
 // The sections whose elements are single settings in configuracionWebGlobal.
 #pragma once
 
+#include "document/xml.h"
 #include "import/cmd_set_configuration.h"
 #include "mapping/element.h"
 

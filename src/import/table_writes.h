@@ -6,6 +6,7 @@
 
 #include "command/error_codes.h"
 #include "db/operations.h"
+#include "db/record.h"
 #include "import/cmd_set_configuration.h"
 #include "import/reporting.h"
 #include "import/status_marks.h"

@@ -89,15 +89,12 @@ const Element* elementOf(Elements rows, const XmlNode& node, const tarvodb::Tabl
 
 const Element* childOf(const Element& parent, std::string_view name) {
     const std::string wanted(name);
-    const auto isWanted = [&wanted](const Element& row) {
-        return document::sameText(row.name, wanted.c_str());
-    };
-    const Element* found = find(parent.children, isWanted);
-    for (const Part& part : parent.parts) {
-        if (found == nullptr) {
-            found = find(part.rows, isWanted);
+    const Element* found = nullptr;
+    forEachChild(parent, [&](const Element& child) {
+        if (found == nullptr && document::sameText(child.name, wanted.c_str())) {
+            found = &child;
         }
-    }
+    });
     return found;
 }
 

@@ -62,7 +62,7 @@ enum class When {
     moduleReportsCam,    // the module reports its conditional-access module
     noDiseqcPosition,    // the satellite tuner has no DiSEqC position
     secondTuner,         // the tuner's number on its module is above 1
-    fileExists,          // there is a file to tell of
+    fileExists,          // the file that it describes exists
     publicKeysAskedFor,  // of a list of conditional-access modules; a full list has them too
     fullList,            // the list is the one of a backup
 };
@@ -282,6 +282,19 @@ constexpr const auto& rowNamed(const AnyRows& rows, std::string_view name) {
         }
     }
     throw std::out_of_range("no row of that name");
+}
+
+// Visits the rows of all children, those of the parts last.
+template <class Visit>
+constexpr void forEachChild(const Element& parent, Visit visit) {
+    for (const Element& child : parent.children) {
+        visit(child);
+    }
+    for (const Part& part : parent.parts) {
+        for (const Element& child : part.rows) {
+            visit(child);
+        }
+    }
 }
 
 // The row of a child, in `children` or in any of the parts, without regard to letter case; null

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "db/schema.h"
+#include "document/coded_texts.h"
 #include "mapping/element.h"
 
 namespace mapping {

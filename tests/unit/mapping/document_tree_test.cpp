@@ -37,17 +37,11 @@ void forEachGolden(
 // Every row below `element`, with its path.
 void forEachRow(const Element& element, const std::string& path,
                 const std::function<void(const std::string& path, const Element&)>& visit) {
-    const auto visitAll = [&](Elements rows) {
-        for (const Element& row : rows) {
-            const std::string rowPath = path + "/" + row.name;
-            visit(rowPath, row);
-            forEachRow(row, rowPath, visit);
-        }
-    };
-    visitAll(element.children);
-    for (const Part& part : element.parts) {
-        visitAll(part.rows);
-    }
+    forEachChild(element, [&](const Element& row) {
+        const std::string rowPath = path + "/" + row.name;
+        visit(rowPath, row);
+        forEachRow(row, rowPath, visit);
+    });
 }
 
 // Where a document has the elements, in the order of their rows, with what is not in the tree.
