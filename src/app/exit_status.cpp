@@ -12,6 +12,7 @@ namespace {
 using tarvo_remote_control::ErrorCode;
 
 constexpr const char* kErrorFile = "/tmp/Errors_ConfigurationXML.xml";
+constexpr unsigned kReadableByAll = 0644;
 
 struct CodeStatus {
     ErrorCode code;
@@ -48,7 +49,7 @@ ExitStatus errorsToExitStatus(const std::set<ErrorCode>& errors) {
     const ErrorCode lowest = *errors.begin();
     const std::string report = "Error: " + std::to_string(number(lowest));
     std::cerr << report << std::endl;
-    platform::writeFile(kErrorFile, report);
+    platform::replaceFile(kErrorFile, report, {.mode = kReadableByAll});
     return exitStatusOf(lowest);
 }
 

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "db/database.h"
 #include "device/device_identity.h"
 #include "export/cmd_get_configuration.h"
 #include "export/cmd_get_vsecure_cam_list.h"
@@ -30,15 +31,28 @@ void moveInto(XmlNode& parent, XmlNode* node) {
     parent.append_node(node);
 }
 
+// A backup holds passwords and keys: nobody reads in it what he could not read in the database.
+platform::FileAccess backupAccess() {
+    constexpr unsigned kOwnerOnly = 0600;
+    constexpr unsigned kNoExecution = 0666;
+    const auto database = platform::fileStatus(tarvodb::kConfigDatabase);
+    return database ? platform::FileAccess{.mode = database->mode & kNoExecution,
+                                           .group = database->group}
+                    : platform::FileAccess{.mode = kOwnerOnly};
+}
+
 ExitStatus writeDocument(const XmlNode& root, const std::string& outputPath) {
     const std::string text =
         std::string(tarvo_remote_control::kXmlDeclaration) + "\n" + document::printed(root);
-    std::cout << text << std::endl;
-    if (!platform::writeFile(outputPath, text)) {
+    const bool isPrinted = static_cast<bool>(std::cout << text << std::endl);
+    const bool isWritten = platform::replaceFile(outputPath, text, backupAccess());
+    if (!isWritten) {
         std::cerr << "Unable to create ConfigurationXML file" << std::endl;
-        return ExitStatus::failure;
     }
-    return ExitStatus::success;
+    if (!isPrinted) {
+        std::cerr << "Unable to write to standard output" << std::endl;
+    }
+    return isPrinted && isWritten ? ExitStatus::success : ExitStatus::failure;
 }
 
 ExitStatus exportBackup(XmlNode* configuration, const std::string& outputPath) {

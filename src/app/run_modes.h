@@ -12,8 +12,8 @@ namespace app {
 inline constexpr const char* kOutputFile = "/tmp/ConfigurationXML.xml";
 
 // Prints the configuration document and writes it to `outputPath`. When a command recorded an error
-// nothing is printed and an earlier output file stays; a file that cannot be created is reported
-// after the document was printed.
+// nothing is printed and an earlier output file stays. A file that cannot be created, and a
+// standard output that cannot be written to, are reported after both were tried, and are a failure.
 ExitStatus exportConfiguration(const std::string& outputPath);
 
 // One try of writing the document in file `path` back. Throws document::ParseError, its message

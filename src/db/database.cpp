@@ -3,18 +3,66 @@
 #include <sqlite3.h>
 #include <syslog.h>
 
+#include <iostream>
+#include <optional>
+
 #include "db/like.h"
 #include "db/sql_text.h"
+#include "db/trusted_files.h"
 #include "platform/debug_log.h"
 
 namespace tarvodb {
 
+namespace {
+
+bool isRefused(const std::string& path, const std::string& reason) {
+    if (!reason.empty()) {
+        std::cerr << "tarvo-config: " << reason << "; " << path << " is not opened" << std::endl;
+    }
+    return !reason.empty();
+}
+
+// Opens the database, which is looked at before and again after it: someone may have put another
+// file there in between.
+//   open() -> SQLite's result code, the handle in `db`
+template <class Open>
+int openTrusted(const std::string& path, Database& db, Open open) {
+    const auto before = platform::fileStatus(path);
+    if (isRefused(path, reasonAgainst(path))) {
+        return SQLITE_CANTOPEN;
+    }
+    const int result = open();
+    const auto after = platform::fileStatus(path);
+    const bool isOther = before && !(after && after->isSameFileAs(*before));
+    const std::string reason = isOther ? path + " was replaced" : reasonAgainst(path);
+    if (isRefused(path, reason)) {
+        db.reset();
+        return SQLITE_CANTOPEN;
+    }
+    return result;
+}
+
+}  // namespace
+
 Database openDatabase(const std::string& path) {
-    Database db(platform::openDatabase(path));
+    Database db;
+    openTrusted(path, db, [&] {
+        db.reset(platform::openDatabase(path));
+        return SQLITE_OK;
+    });
     if (db) {
         quickenLike(db.get());
     }
     return db;
+}
+
+int openDatabaseFile(const std::string& path, Database& db) {
+    return openTrusted(path, db, [&] {
+        sqlite3* handle = nullptr;
+        const int result = platform::openDatabaseFile(path, &handle);
+        db.reset(handle);
+        return result;
+    });
 }
 
 int execWithRetries(sqlite3* db, const char* sql) {

@@ -24,10 +24,15 @@ struct CloseDatabase {
 // An open database; closed when it goes. Empty when the open failed.
 using Database = std::unique_ptr<sqlite3, CloseDatabase>;
 
+// Opens it with the device's common library. A database whose files are not to be trusted
+// (db/trusted_files.h) counts as one that could not be opened, and standard error tells why.
+Database openDatabase(const std::string& path);
+
+// The same with SQLite itself. SQLite's result code; a failed open can give a handle too.
+int openDatabaseFile(const std::string& path, Database& db);
+
 // Closes it now. SQLite's result code; an empty one is closed already.
 inline int close(Database& db) { return platform::closeDatabase(db.release()); }
-
-Database openDatabase(const std::string& path);
 
 // Runs one statement without rows, up to three times, one second apart (the last failure is
 // followed by its second too). Returns SQLite's result code of the last try, 0 for success.

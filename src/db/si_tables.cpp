@@ -4,10 +4,14 @@
 
 namespace tarvodb {
 
+bool namesSiTableFile(const std::string& id) { return id.find('/') == std::string::npos; }
+
 void renameSiTableFiles(const std::string& oldId, const std::string& newId) {
-    for (const char* table : {kNitTable, kSdtTable}) {
-        const std::string stem = std::string(kSiTableFolder) + table;
-        platform::renameFile(stem + oldId, stem + newId);
+    if (namesSiTableFile(oldId) && namesSiTableFile(newId)) {
+        for (const char* table : {kNitTable, kSdtTable}) {
+            const std::string stem = std::string(kSiTableFolder) + table;
+            platform::renameFile(stem + oldId, stem + newId);
+        }
     }
     platform::syncFiles();
 }

@@ -92,9 +92,8 @@ bool DeviceIdentity::load() {
     changed |= fill(model_, script("/tarvo/script/MODELO"), "Could not read model");
     changed |= fill(hostName_, readHostName, "Could not read hostname");
 
-    sqlite3* handle = nullptr;
-    const int openResult = platform::openDatabaseFile(tarvodb::kConfigDatabase, &handle);
-    const tarvodb::Database db(handle);
+    tarvodb::Database db;
+    const int openResult = tarvodb::openDatabaseFile(tarvodb::kConfigDatabase, db);
     // A failed open is read all the same: the reads fail, are logged, and leave the values.
     if (openResult != SQLITE_OK || db) {
         changed |= loadServerSettings(db.get());

@@ -55,7 +55,9 @@ void appendPidMask(CmdGetConfiguration& command, XmlNode* parent, const Element&
 
 void appendSiTable(CmdGetConfiguration& command, XmlNode* node, const Element& element,
                    const std::string& nid) {
-    const std::string outputNit = siTableFile(tarvodb::kNitTable + nid);
+    // An identifier that names no file has a table that is not found.
+    const std::string outputNit =
+        tarvodb::namesSiTableFile(nid) ? siTableFile(tarvodb::kNitTable + nid) : "";
     if (mapping::isNamed(element, "OutputNITDate")) {
         if (const auto time = platform::modificationTime(outputNit)) {
             append(command, node, element.name,

@@ -87,11 +87,13 @@ bool applyCountryChanged() {
         return false;
     }
     const std::string command = offsetsCommand(settings->country);
+    // Its folder is open to all: what somebody else has put there is neither written to nor read.
+    platform::removeFile(kOffsetsFile);
     if (const int result = platform::runShell(command); result != 0) {
         return failLogged("Error (" + std::to_string(result) +
                           ") executing get_time_offsets.sh: " + command);
     }
-    const auto offsets = platform::readFile(kOffsetsFile);
+    const auto offsets = platform::readRegularFile(kOffsetsFile);
     if (!offsets) {
         return failLogged(std::string("Could not read from ") + kOffsetsFile);
     }

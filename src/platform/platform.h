@@ -4,6 +4,7 @@
 // time, collects what went through the door and maps device paths into a temporary folder.
 #pragma once
 
+#include <cstdint>
 #include <ctime>
 #include <optional>
 #include <string>
@@ -50,12 +51,49 @@ void sleepSeconds(unsigned seconds);
 
 // --- Files -----------------------------------------------------------------------------------
 
-// The whole content, or nothing when the file cannot be opened.
+// What a path names; a link is not followed.
+struct FileStatus {
+    bool isRegular = false;
+    bool isFolder = false;
+    unsigned owner = 0;
+    unsigned group = 0;
+    unsigned mode = 0;  // the permission bits
+    // The two that tell one file from another.
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;
+    bool isSameFileAs(const FileStatus& other) const {
+        return device == other.device && number == other.number;
+    }
+};
+
+// Nothing when there is no such file.
+std::optional<FileStatus> fileStatus(const std::string& path);
+
+// Who this program is for the device's files.
+unsigned effectiveUser();
+
+// The whole content, or nothing when the file cannot be opened or read.
 std::optional<std::string> readFile(const std::string& path);
 
-// Replaces the file's content. False when it cannot be opened for writing; that a full disk took
-// only part of the content is not told.
+// The same for a file in a folder where anybody may put something: nothing for a link, a pipe or
+// whatever else is not a regular file.
+std::optional<std::string> readRegularFile(const std::string& path);
+
+// Replaces the file's content in its place. False when it cannot be opened for writing, or when not
+// all was written.
 bool writeFile(const std::string& path, const std::string& content);
+
+// Who may read and write a file: its permission bits, and its group unless it is the program's own.
+struct FileAccess {
+    unsigned mode;
+    std::optional<unsigned> group = {};
+};
+
+// Replaces the file by a new one, which is on the disk before it takes the old one's place: there
+// is one of the two, whole, at any time. A link or a pipe that stands there is replaced itself. The
+// new file is called `path` + ".new-" and six characters until then; a program that is killed
+// leaves it. False when it could not be done; the old file is still there then.
+bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access);
 
 // Failures of these two are ignored: a file that is not there needs no work.
 void renameFile(const std::string& from, const std::string& to);

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
-#include <sstream>
 
+#include "platform/files.h"
 #include "platform/open_db.h"
 #include "platform/platform.h"
 
@@ -59,23 +59,25 @@ std::vector<std::string> readCommandLines(const std::string& command, std::size_
 
 void sleepSeconds(unsigned seconds) { sleep(seconds); }
 
-std::optional<std::string> readFile(const std::string& path) {
-    const std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        return std::nullopt;
-    }
-    std::ostringstream content;
-    content << file.rdbuf();
-    return std::move(content).str();
+std::optional<FileStatus> fileStatus(const std::string& path) { return files::status(path); }
+
+unsigned effectiveUser() { return geteuid(); }
+
+std::optional<std::string> readFile(const std::string& path) { return files::read(path); }
+
+std::optional<std::string> readRegularFile(const std::string& path) {
+    return files::readRegular(path);
 }
 
 bool writeFile(const std::string& path, const std::string& content) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    if (!file) {
-        return false;
-    }
     file << content;
-    return true;
+    file.close();
+    return file.good();
+}
+
+bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access) {
+    return files::replace(path, content, access);
 }
 
 void renameFile(const std::string& from, const std::string& to) {

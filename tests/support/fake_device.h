@@ -5,6 +5,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <ctime>
 #include <filesystem>
@@ -84,8 +85,16 @@ class FakeDevice {
     // The results of closing a database, which is closed all the same; by its path.
     std::map<std::string, int> closeResults;
 
+    // What happens on the device while a database is opened, by its path.
+    std::map<std::string, std::function<void()>> whenOpened;
+
     // Lets the next opens of this database give no handle.
     void failOpens(const std::string& database) { failingOpens_.push_back(database); }
+
+    // The owners of files, by their paths; the others belong to whoever runs the test.
+    std::map<std::string, unsigned> owners;
+    // The program's effective user.
+    unsigned user = geteuid();
 
     std::time_t time = 1700000000;  // 2023-11-14 22:13:20 UTC
 

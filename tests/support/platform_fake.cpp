@@ -2,6 +2,7 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include "platform/files.h"
 #include "platform/platform.h"
 #include "support/fake_device.h"
 
@@ -47,6 +48,9 @@ sqlite3* openDatabase(const std::string& path) {
         return nullptr;
     }
     device().openHandles[db] = path;
+    if (const auto effect = device().whenOpened.find(path); effect != device().whenOpened.end()) {
+        effect->second();
+    }
     return db;
 }
 
@@ -99,7 +103,21 @@ std::vector<std::string> readCommandLines(const std::string& command, std::size_
 
 void sleepSeconds(unsigned seconds) { device().note("sleep: " + std::to_string(seconds)); }
 
+std::optional<FileStatus> fileStatus(const std::string& path) {
+    auto status = files::status(device().path(path));
+    if (const auto owner = device().owners.find(path); status && owner != device().owners.end()) {
+        status->owner = owner->second;
+    }
+    return status;
+}
+
+unsigned effectiveUser() { return device().user; }
+
 std::optional<std::string> readFile(const std::string& path) { return device().readFile(path); }
+
+std::optional<std::string> readRegularFile(const std::string& path) {
+    return files::readRegular(device().path(path));
+}
 
 bool writeFile(const std::string& path, const std::string& content) {
     device().note("write: " + path);
@@ -109,6 +127,11 @@ bool writeFile(const std::string& path, const std::string& content) {
     }
     device().writeFile(path, content);
     return true;
+}
+
+bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access) {
+    device().note("write: " + path);
+    return files::replace(device().path(path), content, access);
 }
 
 void renameFile(const std::string& from, const std::string& to) {

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "platform/platform.h"
 #include "support/fake_device.h"
 
 namespace app {
@@ -39,6 +40,14 @@ TEST_F(ExitStatuses, ReportReplacesAnEarlierOne) {
     device.writeFile(kErrorFile, "Error: 103 and more of an earlier run");
     errorsToExitStatus({ErrorCode::scramblingKey});
     EXPECT_EQ(device.readFile(kErrorFile), "Error: 911");
+}
+
+TEST_F(ExitStatuses, ReportReplacesALinkAndIsReadableByAll) {
+    device.writeFile("/tmp/precious", "content");
+    std::filesystem::create_symlink(device.path("/tmp/precious"), device.path(kErrorFile));
+    errorsToExitStatus({ErrorCode::database});
+    EXPECT_EQ(device.readFile("/tmp/precious"), "content");
+    EXPECT_EQ(platform::fileStatus(kErrorFile).value().mode, 0644U);
 }
 
 TEST_F(ExitStatuses, AnErrorFileThatCannotBeCreatedIsNotReported) {

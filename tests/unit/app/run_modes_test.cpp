@@ -3,9 +3,11 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <iostream>
 #include <string>
 
 #include "db/database.h"
+#include "platform/platform.h"
 #include "support/fake_device.h"
 
 namespace app {
@@ -117,6 +119,25 @@ TEST_F(RunModes, ExportThatCannotCreateItsFileHasPrintedTheDocument) {
 
     EXPECT_THAT(out(), StartsWith(kDeclaration));
     EXPECT_EQ(err(), "Unable to create ConfigurationXML file\n");
+}
+
+TEST_F(RunModes, ABackupIsReadableByThoseWhoCanReadTheDatabase) {
+    using std::filesystem::perms;
+    for (const auto& [database, backup] :
+         {std::pair(0640U, 0640U), std::pair(0775U, 0664U), std::pair(0600U, 0600U)}) {
+        std::filesystem::permissions(device.path(tarvodb::kConfigDatabase), perms{database});
+        EXPECT_EQ(exportConfiguration(kOutputFile), ExitStatus::success);
+        EXPECT_EQ(platform::fileStatus(kOutputFile).value().mode, backup);
+    }
+}
+
+TEST_F(RunModes, ExportThatCannotPrintHasWrittenItsFile) {
+    becomeModel("QRA-310");
+    std::cout.setstate(std::ios::badbit);
+    EXPECT_EQ(exportConfiguration(kOutputFile), ExitStatus::failure);
+    std::cout.clear();
+    EXPECT_THAT(device.readFile(kOutputFile).value_or(""), StartsWith(kDeclaration));
+    EXPECT_EQ(err(), "Unable to write to standard output\n");
 }
 
 TEST_F(RunModes, ImportTakesAConfigurationAtTheTop) {

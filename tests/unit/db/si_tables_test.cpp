@@ -62,6 +62,21 @@ TEST_F(SiTableFiles, ReplaceThoseOfTheNewIdentifier) {
     EXPECT_EQ(content("NIT_table_202"), "mine");
 }
 
+TEST_F(SiTableFiles, OfAnIdentifierThatLeadsElsewhereAreNotRenamed) {
+    write("NIT_table_101", "nit");
+    write("NIT_table_x/y", "below");
+    for (const auto& [oldId, newId] : {std::pair("101", "x/z"), std::pair("x/y", "7"),
+                                       std::pair("101", "../../../tmp/z"), std::pair("101", "/")}) {
+        device.forgetEvents();
+        renameSiTableFiles(oldId, newId);
+        EXPECT_EQ(device.events(), Lines{"sync"});
+    }
+    EXPECT_EQ(content("NIT_table_101"), "nit");
+    EXPECT_EQ(content("NIT_table_x/y"), "below");
+    EXPECT_FALSE(namesSiTableFile("../1"));
+    EXPECT_TRUE(namesSiTableFile("1.."));
+}
+
 TEST_F(SiTableFiles, TakeTheIdentifierAsTextAsItStands) {
     write("NIT_table_", "unnumbered");
     renameSiTableFiles("", "07");

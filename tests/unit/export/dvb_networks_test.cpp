@@ -97,6 +97,13 @@ TEST_F(DvbNetworksExport, ARowGivesOneElementWithItsColumns) {
               "<OutputVersionNIT>Not Found</OutputVersionNIT></dvbNetwork></dvbNetworks>");
 }
 
+TEST_F(DvbNetworksExport, AnIdentifierThatLeadsElsewhereHasNoTable) {
+    insertNetwork("x/12");
+    device.writeFile(kFolder + "NIT_table_x/12", generatedTable(0x06));
+    EXPECT_EQ(exportedPart("OutputVersionNIT"), "<OutputVersionNIT>Not Found</OutputVersionNIT>");
+    EXPECT_EQ(exportedPart("OutputNITDate"), "");
+}
+
 TEST_F(DvbNetworksExport, TheModelDecidesWhichElementsANetworkHas) {
     const std::string ofAll = "id nid onidOut name ciplusTVs ";
     const std::string exceptRnb =

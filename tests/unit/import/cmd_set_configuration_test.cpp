@@ -43,7 +43,9 @@ class SetConfiguration : public test::SectionImportTest {
         setting("codtimezone", "fra");
         setting("idtimezone", "ES");
         setting("subtimezone", "Europe/Paris");
-        device.writeFile("/tmp/temp_tot_file_web", "offsets\n");
+        device.shellEffects[kOffsetsScript] = [this] {
+            device.writeFile("/tmp/temp_tot_file_web", "offsets\n");
+        };
     }
 };
 

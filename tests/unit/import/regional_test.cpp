@@ -20,6 +20,8 @@ constexpr const char* kCronScript = "/etc/init.d/S60crond restart";
 constexpr const char* kSpanishOffsets =
     "/tarvo/script/get_time_offsets.sh 0 \"Africa/Ceuta\" \"Atlantic/Canary\" \"Europe/Madrid\"";
 
+constexpr const char* kNoOffsets = "/tarvo/script/get_time_offsets.sh 0 No";
+
 // What the offsets script leaves: bytes as they come, without a line end at the end.
 const std::string kOffsets = "60 120\r\n\xFF\n50% left";
 
@@ -30,6 +32,7 @@ class Regional : public test::SectionImportTest {
         setting("idtimezone", "es");
         setting("subtimezone", "Europe/Madrid");
         device.shellEffects[kSpanishOffsets] = [this] { device.writeFile(kOffsetsFile, kOffsets); };
+        device.shellEffects[kNoOffsets] = [this] { device.writeFile(kOffsetsFile, "0\n"); };
         device.writeFile(kTotFile, "old\n");
     }
 
@@ -48,6 +51,7 @@ TEST_F(Regional, AChangedCountryTakesTheStepsInTheirOrder) {
                     "sql: SELECT * FROM configuracionWebGlobal  WHERE nombre LIKE 'idtimezone' ",
                     "sql: SELECT * FROM configuracionWebGlobal  WHERE nombre LIKE 'subtimezone' ",
                     "close: /tarvo/DB/config_global.sqlite", std::string("write: ") + kTimeZoneFile,
+                    std::string("remove: ") + kOffsetsFile,
                     std::string("shell: ") + kSpanishOffsets,
                     std::string("remove: ") + kOffsetsFile, std::string("write: ") + kTotFile,
                     std::string("shell: ") + kCronScript));
@@ -76,10 +80,9 @@ TEST_F(Regional, TheTimeZoneIsWrittenAsItStands) {
 
 TEST_F(Regional, ANullSettingReadsAsTheEmptyText) {
     rows("UPDATE configuracionWebGlobal SET valor = NULL");
-    device.writeFile(kOffsetsFile, "0\n");
     EXPECT_TRUE(applyCountryChanged());
     EXPECT_EQ(device.readFile(kTimeZoneFile), "\n");
-    EXPECT_THAT(device.shellCommands(), Contains("/tarvo/script/get_time_offsets.sh 0 No"));
+    EXPECT_THAT(device.shellCommands(), Contains(kNoOffsets));
     EXPECT_EQ(device.readFile(kTotFile), "\n0\n");
 }
 
@@ -87,11 +90,9 @@ TEST_F(Regional, ACountryWithoutZonesPassesTheWordNo) {
     for (const char* country : {"BV", "hm", "AN", "XX", ""}) {
         SCOPED_TRACE(country);
         storedCountryIs(country);
-        device.writeFile(kOffsetsFile, "0\n");
         device.forgetEvents();
         EXPECT_TRUE(applyCountryChanged());
-        EXPECT_THAT(device.shellCommands(),
-                    ElementsAre("/tarvo/script/get_time_offsets.sh 0 No", kCronScript));
+        EXPECT_THAT(device.shellCommands(), ElementsAre(kNoOffsets, kCronScript));
     }
 }
 
@@ -108,6 +109,21 @@ TEST_F(Regional, TheElementsStandUnderTheKeysOfTheOtherUse) {
     importSections("<regional><language>eng</language><country>Gb</country></regional>");
     EXPECT_EQ(valueOf("codtimezone"), "eng");
     EXPECT_EQ(valueOf("idtimezone"), "Gb");
+}
+
+TEST_F(Regional, WhatSomebodyElsePutInPlaceOfTheOffsetsIsNotRead) {
+    device.writeFile("/tmp/secret", "secret");
+    const auto link = [this] {
+        std::filesystem::create_symlink(device.path("/tmp/secret"), device.path(kOffsetsFile));
+    };
+    link();
+    EXPECT_TRUE(applyCountryChanged());
+    EXPECT_EQ(device.readFile("/tmp/secret"), "secret");
+    EXPECT_EQ(device.readFile(kTotFile), "SPA\n" + kOffsets);
+    device.shellEffects[kSpanishOffsets] = link;
+    EXPECT_FALSE(applyCountryChanged());
+    EXPECT_EQ(device.readFile(kTotFile), "SPA\n" + kOffsets);
+    EXPECT_THAT(errorLines(), ElementsAre("59: r9::: Could not read from /tmp/temp_tot_file_web"));
 }
 
 // --- Failures --------------------------------------------------------------------------------

@@ -1,0 +1,142 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+namespace platform::files {
+
+namespace {
+
+// An open file, closed when it goes.
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() { close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    [[nodiscard]] bool isOpen() const { return number_ >= 0; }
+    [[nodiscard]] int number() const { return number_; }
+    // Whether nothing that was written has been lost by it.
+    bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }
+
+  private:
+    int number_;
+};
+
+// Repeats a call that a signal has interrupted.
+template <class Call>
+auto uninterrupted(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+std::optional<std::string> contentOf(const Descriptor& file) {
+    std::string content;
+    std::array<char, 1 << 16> block{};
+    for (;;) {
+        const ssize_t size =
+            uninterrupted([&] { return ::read(file.number(), block.data(), block.size()); });
+        if (size < 0) {
+            return std::nullopt;
+        }
+        if (size == 0) {
+            return content;
+        }
+        content.append(block.data(), static_cast<std::size_t>(size));
+    }
+}
+
+bool writeAll(const Descriptor& file, std::string_view rest) {
+    while (!rest.empty()) {
+        const ssize_t size =
+            uninterrupted([&] { return ::write(file.number(), rest.data(), rest.size()); });
+        if (size < 0) {
+            return false;
+        }
+        rest.remove_prefix(static_cast<std::size_t>(size));
+    }
+    return true;
+}
+
+// The group first, so that no other one may read in between. A group that cannot be given away
+// gets no access at all.
+bool giveAccess(const Descriptor& file, const FileAccess& access) {
+    constexpr mode_t kGroupBits = 070;
+    const bool grouped =
+        !access.group || ::fchown(file.number(), static_cast<uid_t>(-1), *access.group) == 0;
+    return ::fchmod(file.number(), grouped ? access.mode : access.mode & ~kGroupBits) == 0;
+}
+
+bool syncFolderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    const Descriptor file(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return file.isOpen() && ::fsync(file.number()) == 0;
+}
+
+bool writeWhole(Descriptor& file, const std::string& content, const FileAccess& access) {
+    return giveAccess(file, access) && writeAll(file, content) && ::fsync(file.number()) == 0 &&
+           file.close();
+}
+
+}  // namespace
+
+std::optional<FileStatus> status(const std::string& path) {
+    struct stat found {};
+    // A file that is not there is no system error, which printSystemError would tell.
+    const int error = errno;
+    if (::lstat(path.c_str(), &found) != 0) {
+        errno = error;
+        return std::nullopt;
+    }
+    return FileStatus{.isRegular = S_ISREG(found.st_mode),
+                      .isFolder = S_ISDIR(found.st_mode),
+                      .owner = found.st_uid,
+                      .group = found.st_gid,
+                      .mode = found.st_mode & 07777U,
+                      .device = found.st_dev,
+                      .number = found.st_ino};
+}
+
+std::optional<std::string> read(const std::string& path) {
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    return file.isOpen() ? contentOf(file) : std::nullopt;
+}
+
+std::optional<std::string> readRegular(const std::string& path) {
+    // A pipe that nobody writes to must not hold the program up before it is known to be one.
+    const Descriptor file(
+        ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+    struct stat found {};
+    if (!file.isOpen() || ::fstat(file.number(), &found) != 0 || !S_ISREG(found.st_mode)) {
+        return std::nullopt;
+    }
+    return contentOf(file);
+}
+
+bool replace(const std::string& path, const std::string& content, const FileAccess& access) {
+    std::string beside = path + ".new-XXXXXX";
+    Descriptor file(::mkostemp(beside.data(), O_CLOEXEC));
+    if (!file.isOpen()) {
+        return false;
+    }
+    if (!writeWhole(file, content, access) || std::rename(beside.c_str(), path.c_str()) != 0) {
+        ::unlink(beside.c_str());
+        return false;
+    }
+    return syncFolderOf(path);
+}
+
+}  // namespace platform::files

@@ -1,0 +1,17 @@
+// Files as the door's Linux side reads and writes them, on real paths.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/platform.h"
+
+namespace platform::files {
+
+// The door's functions of these names.
+std::optional<FileStatus> status(const std::string& path);
+std::optional<std::string> read(const std::string& path);
+std::optional<std::string> readRegular(const std::string& path);
+bool replace(const std::string& path, const std::string& content, const FileAccess& access);
+
+}  // namespace platform::files

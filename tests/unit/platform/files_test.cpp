@@ -1,0 +1,167 @@
+#include "platform/files.h"
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+
+namespace platform::files {
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Files : public testing::Test {
+  protected:
+    Files() {
+        std::string name = (fs::temp_directory_path() / "tarvo-files-XXXXXX").string();
+        folder_ = mkdtemp(name.data());
+    }
+    ~Files() override { fs::remove_all(folder_); }
+
+    [[nodiscard]] std::string path(const std::string& name) const { return folder_ / name; }
+    [[nodiscard]] std::vector<std::string> names() const {
+        std::vector<std::string> found;
+        for (const auto& entry : fs::directory_iterator(folder_)) {
+            found.push_back(entry.path().filename());
+        }
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+    void write(const std::string& name, const std::string& content) const {
+        std::ofstream(path(name), std::ios::binary) << content;
+    }
+    [[nodiscard]] unsigned modeOf(const std::string& name) const {
+        return status(path(name)).value_or(FileStatus{}).mode;
+    }
+
+  private:
+    fs::path folder_;
+};
+
+// The content that cannot be written beyond `size` bytes of a file.
+class SizeLimit {
+  public:
+    explicit SizeLimit(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &old_);
+        const rlimit limit{size, old_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &old_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    SizeLimit(const SizeLimit&) = delete;
+    SizeLimit& operator=(const SizeLimit&) = delete;
+
+  private:
+    rlimit old_{};
+    void (*handler_)(int);
+};
+
+TEST_F(Files, AReplacedFileHasTheContentAndTheMode) {
+    const std::string content("a\0b\n", 4);
+    for (const unsigned mode : {0644U, 0600U, 0666U, 0440U}) {
+        EXPECT_TRUE(replace(path("f"), content, {.mode = mode}));
+        EXPECT_EQ(read(path("f")), content);
+        EXPECT_EQ(modeOf("f"), mode);
+    }
+    EXPECT_THAT(names(), ElementsAre("f"));
+}
+
+TEST_F(Files, AReplacedFileHasTheGroup) {
+    EXPECT_TRUE(replace(path("f"), "x", {.mode = 0640, .group = getegid()}));
+    EXPECT_EQ(status(path("f")).value().group, getegid());
+    EXPECT_EQ(modeOf("f"), 0640U);
+}
+
+TEST_F(Files, AGroupThatCannotBeGivenHasNoAccess) {
+    EXPECT_TRUE(replace(path("f"), "x", {.mode = 0664, .group = static_cast<unsigned>(-2)}));
+    const FileStatus file = status(path("f")).value();
+    EXPECT_TRUE(file.group == static_cast<unsigned>(-2) ? file.mode == 0664U : file.mode == 0604U);
+}
+
+TEST_F(Files, AReplacedLinkLeavesWhatItPointsTo) {
+    write("target", "precious");
+    fs::create_symlink(path("target"), path("f"));
+    EXPECT_TRUE(replace(path("f"), "new", {.mode = 0644}));
+    EXPECT_EQ(read(path("target")), "precious");
+    EXPECT_TRUE(status(path("f")).value().isRegular);
+    EXPECT_EQ(read(path("f")), "new");
+}
+
+TEST_F(Files, AReplacedPipeHoldsNothingUp) {
+    ASSERT_EQ(mkfifo(path("f").c_str(), 0600), 0);
+    EXPECT_TRUE(replace(path("f"), "new", {.mode = 0644}));
+    EXPECT_EQ(read(path("f")), "new");
+}
+
+TEST_F(Files, AFolderIsNotReplaced) {
+    fs::create_directory(path("f"));
+    EXPECT_FALSE(replace(path("f"), "new", {.mode = 0644}));
+    EXPECT_THAT(names(), ElementsAre("f"));
+    EXPECT_FALSE(replace(path("missing/f"), "new", {.mode = 0644}));
+}
+
+TEST_F(Files, AFullDiskLeavesTheOldFileAndNoOther) {
+    write("f", "old");
+    {
+        const SizeLimit limit(5);
+        EXPECT_FALSE(replace(path("f"), "longer than that", {.mode = 0644}));
+    }
+    EXPECT_EQ(read(path("f")), "old");
+    EXPECT_THAT(names(), ElementsAre("f"));
+}
+
+TEST_F(Files, AFileIsReadWhole) {
+    const std::string content(200000, 'x');
+    write("f", content);
+    EXPECT_EQ(read(path("f")), content);
+    EXPECT_EQ(readRegular(path("f")), content);
+    write("empty", "");
+    EXPECT_EQ(read(path("empty")), "");
+}
+
+TEST_F(Files, WhatCannotBeReadGivesNothing) {
+    fs::create_directory(path("folder"));
+    for (const char* name : {"folder", "missing", "folder/missing"}) {
+        EXPECT_EQ(read(path(name)), std::nullopt) << name;
+        EXPECT_EQ(readRegular(path(name)), std::nullopt) << name;
+    }
+}
+
+TEST_F(Files, OnlyARegularFileIsReadFromAFolderThatIsOpenToAll) {
+    write("target", "secret");
+    fs::create_symlink(path("target"), path("link"));
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    EXPECT_EQ(read(path("link")), "secret");
+    EXPECT_EQ(readRegular(path("link")), std::nullopt);
+    EXPECT_EQ(readRegular(path("pipe")), std::nullopt);
+    EXPECT_EQ(readRegular("/dev/zero"), std::nullopt);
+}
+
+TEST_F(Files, TheStatusIsThatOfALinkItself) {
+    write("f", "x");
+    fs::create_symlink(path("f"), path("link"));
+    fs::create_directory(path("folder"));
+    fs::create_hard_link(path("f"), path("same"));
+    const FileStatus file = status(path("f")).value();
+    EXPECT_TRUE(file.isRegular);
+    EXPECT_FALSE(file.isFolder);
+    EXPECT_EQ(file.owner, geteuid());
+    EXPECT_TRUE(file.isSameFileAs(status(path("same")).value()));
+    EXPECT_FALSE(file.isSameFileAs(status(path("link")).value()));
+    EXPECT_FALSE(status(path("link")).value().isRegular);
+    EXPECT_TRUE(status(path("folder")).value().isFolder);
+    EXPECT_FALSE(status(path("missing")));
+}
+
+}  // namespace
+
+}  // namespace platform::files
