@@ -98,7 +98,7 @@ TEST_F(DvbNetworksExport, ARowGivesOneElementWithItsColumns) {
 }
 
 TEST_F(DvbNetworksExport, AnIdentifierThatLeadsElsewhereHasNoTable) {
-    insertNetwork("x/12");
+    insertNetwork("'x/12'");
     device.writeFile(kFolder + "NIT_table_x/12", generatedTable(0x06));
     EXPECT_EQ(exportedPart("OutputVersionNIT"), "<OutputVersionNIT>Not Found</OutputVersionNIT>");
     EXPECT_EQ(exportedPart("OutputNITDate"), "");
