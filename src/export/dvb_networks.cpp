@@ -45,6 +45,15 @@ std::string tableVersion(const Element& element, const std::string& path, std::s
     return std::to_string((static_cast<unsigned char>(content[versionByte]) >> 1) & 0x1F);
 }
 
+std::string outputFile(const std::string& nid) { return siTableFile(tarvodb::kNitTable + nid); }
+
+// An identifier that names no file has a table that is not found.
+std::string outputVersion(const Element& element, const std::string& nid) {
+    return tarvodb::namesSiTableFile(nid)
+               ? tableVersion(element, outputFile(nid), kGeneratedVersionByte)
+               : element.unknown;
+}
+
 void appendPidMask(CmdGetConfiguration& command, XmlNode* parent, const Element& element,
                    int mask) {
     XmlNode* node = append(command, parent, element.name);
@@ -55,11 +64,9 @@ void appendPidMask(CmdGetConfiguration& command, XmlNode* parent, const Element&
 
 void appendSiTable(CmdGetConfiguration& command, XmlNode* node, const Element& element,
                    const std::string& nid) {
-    // An identifier that names no file has a table that is not found.
-    const std::string outputNit =
-        tarvodb::namesSiTableFile(nid) ? siTableFile(tarvodb::kNitTable + nid) : "";
     if (mapping::isNamed(element, "OutputNITDate")) {
-        if (const auto time = platform::modificationTime(outputNit)) {
+        const auto time = platform::modificationTime(outputFile(nid));
+        if (time && tarvodb::namesSiTableFile(nid)) {
             append(command, node, element.name,
                    platform::localTimeText(*time, "%d-%m-%y %H:%M:%S").c_str());
         }
@@ -67,7 +74,7 @@ void appendSiTable(CmdGetConfiguration& command, XmlNode* node, const Element& e
     }
     const std::string version =
         mapping::isNamed(element, "OutputVersionNIT")
-            ? tableVersion(element, outputNit, kGeneratedVersionByte)
+            ? outputVersion(element, nid)
             : tableVersion(element,
                            siTableFile(mapping::rowNamed(kReceivedTables, element.name).file),
                            kReceivedVersionByte);
