@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "backup/tree.h"
 #include "backup/values.h"
@@ -47,129 +49,118 @@ std::string lowerCaseName(const XmlNode& node) {
 
 bool isList(const Element* row) { return row != nullptr && row->kind == Kind::list; }
 
+// Documents are long and mostly alike: what is compared most often comes first here and below.
+bool haveSameName(const XmlNode& a, const XmlNode& b) {
+    return a.name_size() == b.name_size() && (std::memcmp(a.name(), b.name(), a.name_size()) == 0 ||
+                                              document::sameText(a.name(), b.name()));
+}
+
 bool haveSameText(Pair pair) {
-    return std::string_view(document::textOf(*pair.older)) == document::textOf(*pair.newer);
+    const XmlNode& older = *pair.older;
+    const XmlNode& newer = *pair.newer;
+    if (older.value_size() != 0 && newer.value_size() != 0) {
+        return older.value_size() == newer.value_size() &&
+               std::memcmp(older.value(), newer.value(), older.value_size()) == 0;
+    }
+    return std::string_view(document::textOf(older)) == document::textOf(newer);
+}
+
+// Whether the node is seen to hold text alone, without looking at its children.
+bool isPlainLeaf(const XmlNode& node) {
+    return node.first_node() == nullptr ||
+           (node.value_size() != 0 && node.first_node() == node.last_node());
 }
 
 // Whether the children have the same names in the same order.
 bool haveSameNames(Pair parents) {
     const XmlNode* older = firstElement(*parents.older);
     const XmlNode* newer = firstElement(*parents.newer);
-    while (older != nullptr && newer != nullptr &&
-           document::sameText(older->name(), newer->name())) {
+    while (older != nullptr && newer != nullptr && haveSameName(*older, *newer)) {
         older = nextElement(*older);
         newer = nextElement(*newer);
     }
     return older == nullptr && newer == nullptr;
 }
 
+// A key for each of some nodes; empty for one that it does not apply to.
 template <class KeyOf>
 Keys keysOf(const Nodes& nodes, KeyOf keyOf) {
     Keys keys;
     keys.reserve(nodes.size());
-    for (const XmlNode* node : nodes) {
-        keys.push_back(keyOf(*node));
+    for (std::size_t place = 0; place < nodes.size(); ++place) {
+        keys.push_back(keyOf(*nodes[place], place));
     }
     return keys;
 }
 
-// Which nodes of one document belong to which of the other.
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+// Which nodes of one document belong to which of the other, by their places among their siblings.
 class Matching {
   public:
-    Matching(Nodes older, Nodes newer)
-        : older_(std::move(older)),
-          newer_(std::move(newer)),
-          matchOfOlder_(older_.size(), nullptr),
-          isTaken_(newer_.size(), false) {}
+    Matching(std::size_t older, std::size_t newer) : newerOf_(older, kNone), taken_(newer, false) {}
 
-    // Matches what has no match yet and the same key; several of a key by order. A node without
-    // one (`keyOf` gives the empty text) is left.
-    template <class KeyOf>
-    void matchBy(KeyOf keyOf) {
-        std::unordered_map<std::string, Waiting> waiting;
-        for (std::size_t place = 0; place < newer_.size(); ++place) {
-            if (!isTaken_[place]) {
-                waiting[keyOf(*newer_[place])].places.push_back(place);
+    // Matches what has no match yet and the same key, several of a key by order. The empty key is
+    // none.
+    void matchBy(const Keys& older, const Keys& newer) {
+        // The places of a key are a chain through `next`.
+        std::unordered_map<std::string_view, std::size_t> first;
+        std::vector<std::size_t> next(newer.size(), kNone);
+        first.reserve(newer.size());
+        for (std::size_t place = newer.size(); place-- > 0;) {
+            if (!taken_[place] && !newer[place].empty()) {
+                const auto [entry, isNew] = first.try_emplace(newer[place], place);
+                if (!isNew) {
+                    next[place] = entry->second;
+                    entry->second = place;
+                }
             }
         }
-        waiting.erase("");
-        for (std::size_t place = 0; place < older_.size() && !waiting.empty(); ++place) {
-            if (matchOfOlder_[place] != nullptr) {
-                continue;
-            }
-            const auto found = waiting.find(keyOf(*older_[place]));
-            if (found != waiting.end() && found->second.next < found->second.places.size()) {
-                const std::size_t match = found->second.places[found->second.next++];
-                matchOfOlder_[place] = newer_[match];
-                isTaken_[match] = true;
+        for (std::size_t place = 0; place < older.size(); ++place) {
+            const auto found = newerOf_[place] == kNone ? first.find(older[place]) : first.end();
+            if (found != first.end() && found->second != kNone) {
+                newerOf_[place] = found->second;
+                taken_[found->second] = true;
+                found->second = next[found->second];
             }
         }
     }
 
-    // Every node once: in the order of the older ones, then what only the newer document has.
-    [[nodiscard]] std::vector<Pair> pairs() const {
-        std::vector<Pair> pairs;
-        for (std::size_t place = 0; place < older_.size(); ++place) {
-            pairs.push_back({older_[place], matchOfOlder_[place]});
+    // Calls visit(older place, newer place) for every node: in the order of the older ones, then
+    // for what only the newer document has. kNone stands for what is not there.
+    template <class Visit>
+    void forEach(Visit visit) const {
+        for (std::size_t place = 0; place < newerOf_.size(); ++place) {
+            visit(place, newerOf_[place]);
         }
-        for (std::size_t place = 0; place < newer_.size(); ++place) {
-            if (!isTaken_[place]) {
-                pairs.push_back({nullptr, newer_[place]});
+        for (std::size_t place = 0; place < taken_.size(); ++place) {
+            if (!taken_[place]) {
+                visit(kNone, place);
             }
         }
-        return pairs;
-    }
-
-    [[nodiscard]] const Nodes& older() const { return older_; }
-    [[nodiscard]] const Nodes& newer() const { return newer_; }
-
-  private:
-    struct Waiting {
-        std::vector<std::size_t> places;
-        std::size_t next = 0;
-    };
-
-    Nodes older_;
-    Nodes newer_;
-    Nodes matchOfOlder_;
-    std::vector<bool> isTaken_;
-};
-
-// The identities of a list's entries.
-class Identities {
-  public:
-    Identities(const Element& list, const Nodes& older, const Nodes& newer) : list_(list) {
-        count(older);
-        count(newer);
-    }
-
-    // Empty for an entry that nothing identifies.
-    [[nodiscard]] const std::string& of(const XmlNode& node) const { return ofNode_.at(&node); }
-
-    // Whether a document has several entries with the identity.
-    [[nodiscard]] bool isDoubled(const XmlNode& node) const {
-        return !doubled_.empty() && doubled_.contains(of(node));
     }
 
   private:
-    void count(const Nodes& nodes) {
-        std::unordered_map<std::string_view, const XmlNode*> seen;
-        seen.reserve(nodes.size());
-        ofNode_.reserve(ofNode_.size() + nodes.size());
-        for (const XmlNode* node : nodes) {
-            const Element* row = mapping::childOf(list_, node->name());
-            std::string& identity = ofNode_[node];
-            identity = row == nullptr ? "" : identityOf(*row, *node);
-            if (!identity.empty() && !seen.emplace(identity, node).second) {
-                doubled_.emplace(identity, true);
-            }
+    std::vector<std::size_t> newerOf_;
+    std::vector<bool> taken_;
+};
+
+Pair pairAt(const Nodes& older, std::size_t olderPlace, const Nodes& newer,
+            std::size_t newerPlace) {
+    return {olderPlace == kNone ? nullptr : older[olderPlace],
+            newerPlace == kNone ? nullptr : newer[newerPlace]};
+}
+
+// The keys that a document has several times.
+void collectDoubled(const Keys& keys, std::unordered_set<std::string_view>& doubled) {
+    std::unordered_set<std::string_view> seen;
+    seen.reserve(keys.size());
+    for (const std::string& key : keys) {
+        if (!key.empty() && !seen.insert(key).second) {
+            doubled.insert(key);
         }
     }
-
-    const Element& list_;
-    std::unordered_map<const XmlNode*, std::string> ofNode_;
-    std::unordered_map<std::string, bool> doubled_;
-};
+}
 
 class Comparison {
   public:
@@ -192,17 +183,17 @@ class Comparison {
 
     void compareMember(const Element* parent, Pair pair) {
         const Element* row = rowOf(parent, pair.any());
-        compare(row, pair, row == nullptr ? pair.any().name() : row->name);
+        compare(row, pair, {.name = shownName(row, pair.any())});
     }
 
     [[nodiscard]] std::vector<Difference> takeDifferences() { return std::move(differences_); }
 
   private:
-    void compare(const Element* row, Pair pair, std::string step) {
+    void compare(const Element* row, Pair pair, const Step& step) {
         if (isLeftOut(row)) {
             return;
         }
-        path_.push_back(std::move(step));
+        path_.push_back(step);
         if (pair.older != nullptr && pair.newer != nullptr) {
             compareContents(row, pair);
         } else {
@@ -222,52 +213,78 @@ class Comparison {
              older = nextElement(*older), newer = nextElement(*newer)) {
             const Pair pair{older, newer};
             // Most leaves are alike and need no more than this.
-            if (!haveSameText(pair) || holdsElements(*older) || holdsElements(*newer)) {
+            if (!haveSameText(pair) || !isPlainLeaf(*older) || !isPlainLeaf(*newer)) {
                 compareMember(row, pair);
             }
         }
     }
 
     void compareMembersByName(const Element* row, Pair parents) {
-        Matching matching(elementsIn(*parents.older), elementsIn(*parents.newer));
-        matching.matchBy(lowerCaseName);
-        for (const Pair& pair : matching.pairs()) {
-            compareMember(row, pair);
-        }
+        const Nodes older = elementsIn(*parents.older);
+        const Nodes newer = elementsIn(*parents.newer);
+        const auto name = [](const XmlNode& node, std::size_t) { return lowerCaseName(node); };
+        Matching matching(older.size(), newer.size());
+        matching.matchBy(keysOf(older, name), keysOf(newer, name));
+        matching.forEach([&](std::size_t olderPlace, std::size_t newerPlace) {
+            compareMember(row, pairAt(older, olderPlace, newer, newerPlace));
+        });
     }
 
     void compareEntries(const Element& list, Pair parents) {
-        Matching matching(elementsIn(*parents.older), elementsIn(*parents.newer));
-        const Identities identities(list, matching.older(), matching.newer());
-        const auto content = [&](const XmlNode& node) {
-            return contentOf(mapping::childOf(list, node.name()), node);
+        const Nodes older = elementsIn(*parents.older);
+        const Nodes newer = elementsIn(*parents.newer);
+        const auto identity = [&](const XmlNode& node, std::size_t) {
+            const Element* row = rowOf(&list, node);
+            return row == nullptr ? std::string() : identityOf(*row, node);
         };
-        matching.matchBy([&](const XmlNode& node) {
-            return identities.isDoubled(node) ? content(node) : std::string();
+        const Keys olderIdentities = keysOf(older, identity);
+        const Keys newerIdentities = keysOf(newer, identity);
+        const Matching matching =
+            matchEntries(list, older, newer, olderIdentities, newerIdentities);
+        matching.forEach([&](std::size_t olderPlace, std::size_t newerPlace) {
+            const Pair pair = pairAt(older, olderPlace, newer, newerPlace);
+            const Element* row = rowOf(&list, pair.any());
+            const bool isNew = olderPlace == kNone;
+            compare(
+                row, pair,
+                {.name = shownName(row, pair.any()),
+                 .identity = isNew ? &newerIdentities[newerPlace] : &olderIdentities[olderPlace],
+                 .place = (isNew ? newerPlace : olderPlace) + 1});
         });
-        matching.matchBy([&](const XmlNode& node) { return identities.of(node); });
-        const auto ifUnidentified = [&](const auto& keyOf) {
-            return [&](const XmlNode& node) {
-                return identities.of(node).empty() ? keyOf(node) : std::string();
-            };
-        };
-        matching.matchBy(ifUnidentified(content));
-        matching.matchBy(ifUnidentified(lowerCaseName));
+    }
 
-        std::unordered_map<const XmlNode*, std::size_t> places;
-        for (const Nodes* nodes : {&matching.older(), &matching.newer()}) {
-            for (std::size_t place = 0; place < nodes->size(); ++place) {
-                places.emplace((*nodes)[place], place + 1);
-            }
+    // By identity; those of a doubled one by content before. Entries that nothing identifies by
+    // content, and what is left of them by order.
+    [[nodiscard]] Matching matchEntries(const Element& list, const Nodes& older, const Nodes& newer,
+                                        const Keys& olderIdentities,
+                                        const Keys& newerIdentities) const {
+        Matching matching(older.size(), newer.size());
+        std::unordered_set<std::string_view> doubled;
+        collectDoubled(olderIdentities, doubled);
+        collectDoubled(newerIdentities, doubled);
+        const auto content = [&](const XmlNode& node) {
+            return contentOf(rowOf(&list, node), node);
+        };
+        // By `keyOf`, among the entries with an identity that `isMeant`.
+        const auto matchAmong = [&](auto isMeant, auto keyOf) {
+            const auto keys = [&](const Nodes& nodes, const Keys& identities) {
+                return keysOf(nodes, [&](const XmlNode& node, std::size_t place) {
+                    return isMeant(identities[place]) ? keyOf(node) : std::string();
+                });
+            };
+            matching.matchBy(keys(older, olderIdentities), keys(newer, newerIdentities));
+        };
+        const auto isDoubled = [&](const std::string& identity) {
+            return doubled.contains(identity);
+        };
+        const auto isNone = [](const std::string& identity) { return identity.empty(); };
+        if (!doubled.empty()) {
+            matchAmong(isDoubled, content);
         }
-        for (const Pair& pair : matching.pairs()) {
-            const XmlNode& node = pair.any();
-            const Element* row = mapping::childOf(list, node.name());
-            const std::string& identity = identities.of(node);
-            compare(row, pair,
-                    std::string(row == nullptr ? node.name() : row->name) + "[" +
-                        (identity.empty() ? std::to_string(places.at(&node)) : identity) + "]");
-        }
+        matching.matchBy(olderIdentities, newerIdentities);
+        matchAmong(isNone, content);
+        matchAmong(isNone, lowerCaseName);
+        return matching;
     }
 
     // The same for nodes between which nothing is different.
@@ -304,22 +321,18 @@ class Comparison {
 
     template <class TextOf>
     void note(Pair pair, TextOf textOf) {
-        const auto text = [&textOf](const XmlNode* node) {
+        const auto textIn = [&textOf](const XmlNode* node) {
             return node == nullptr ? std::nullopt : std::optional<std::string>(textOf(*node));
         };
-        std::string path;
-        for (const std::string& step : path_) {
-            path += (path.empty() ? "" : "/") + step;
-        }
-        differences_.push_back({.path = path,
-                                .oldText = text(pair.older),
-                                .newText = text(pair.newer),
+        differences_.push_back({.path = pathText(path_),
+                                .oldText = textIn(pair.older),
+                                .newText = textIn(pair.newer),
                                 .holdsElements = (pair.older == nullptr || pair.newer == nullptr) &&
                                                  holdsElements(pair.any())});
     }
 
     DiffScope scope_;
-    std::vector<std::string> path_;
+    Path path_;
     std::vector<Difference> differences_;
 };
 

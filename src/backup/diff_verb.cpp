@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "backup/diff.h"
 #include "backup/diff_report.h"
 #include "backup/document.h"
@@ -10,7 +12,9 @@ namespace tarvo_backup {
 namespace {
 
 Document readConfiguration(const std::string& path, const Console& console) {
-    Document document = readDocument(path, console);
+    // git gives an empty file for one that is not there.
+    std::string text = readText(path, console);
+    Document document(nameOf(path), text.empty() ? "<configuration/>" : std::move(text));
     if (document.configuration() == nullptr) {
         throw Fault(ExitStatus::usage, document.name() + ": no 'configuration' element");
     }

@@ -36,4 +36,21 @@ std::string identityOf(const Element& entry, const XmlNode& node) {
     return identity;
 }
 
+const char* shownName(const Element* row, const XmlNode& node) {
+    return row == nullptr ? node.name() : row->name;
+}
+
+std::string pathText(const Path& path) {
+    std::string text;
+    for (const Step& step : path) {
+        text += text.empty() ? "" : "/";
+        text += step.name;
+        if (step.identity != nullptr) {
+            text +=
+                "[" + (step.identity->empty() ? std::to_string(step.place) : *step.identity) + "]";
+        }
+    }
+    return text;
+}
+
 }  // namespace tarvo_backup

@@ -1,7 +1,9 @@
 // Walking a document together with the rows that its elements stand for.
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "document/xml.h"
 #include "mapping/element.h"
@@ -28,5 +30,20 @@ const mapping::Element* rowOf(const mapping::Element* parent, const XmlNode& nod
 // the text of an entry without children. Empty when nothing does. Equal for entries that the
 // import takes for the same.
 std::string identityOf(const mapping::Element& entry, const XmlNode& node);
+
+// The name as the rows have it, whatever the document's letter case.
+const char* shownName(const mapping::Element* row, const XmlNode& node);
+
+// One step of a path. An entry of a list is shown with its identity or, without one, its place in
+// the list, from 1.
+struct Step {
+    const char* name = nullptr;
+    const std::string* identity = nullptr;  // null: no entry; outlives the step
+    std::size_t place = 0;
+};
+using Path = std::vector<Step>;
+
+// "modules/module[mac=02:1E:A4:00:10:01]/inputs/input[inputId=1]/frequency"
+std::string pathText(const Path& path);
 
 }  // namespace tarvo_backup

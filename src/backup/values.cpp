@@ -71,14 +71,13 @@ std::optional<std::string> codedText(const Element& row, const XmlNode& node, co
 int rfOutputModeAt(const XmlNode& outputChild) {
     const XmlNode* output = outputChild.parent();
     const XmlNode* outputs = output == nullptr ? nullptr : output->parent();
-    int mode = 0;
     for (const XmlNode* before = outputs == nullptr ? nullptr : outputs->previous_sibling();
          before != nullptr; before = before->previous_sibling()) {
         if (document::hasName(*before, "modoSalidaRF")) {
             return document::numberOf(*before);
         }
     }
-    return mode;
+    return 0;
 }
 
 }  // namespace
@@ -99,8 +98,7 @@ bool isWholeNumber(std::string_view text) {
 }
 
 document::CodeTable importedTextsAt(const Element& row, const XmlNode& node) {
-    const bool isDvbC = !row.dvbCTexts.empty() && rfOutputModeAt(node) != 0;
-    return isDvbC ? row.dvbCTexts : mapping::importedTexts(row);
+    return mapping::importedTexts(row, row.dvbCTexts.empty() ? 0 : rfOutputModeAt(node));
 }
 
 std::string canonicalText(const Element* row, const XmlNode& node) {

@@ -40,6 +40,7 @@ __all__ = [
     "NEWS_ERROR",
     "NEWS_NOTICE",
     "OUTPUT_FILE",
+    "BACKUP_PROGRAM",
     "PROGRAM",
     "Result",
     "Running",
@@ -56,6 +57,7 @@ __all__ = [
 ]
 
 PROGRAM = os.environ.get("TARVO_CONFIG", str(REPOSITORY / "build/release/bin/tarvo-config"))
+BACKUP_PROGRAM = os.environ.get("TARVO_BACKUP", PROGRAM.replace("tarvo-config", "tarvo-backup"))
 
 CONFIG_DB = DATABASES["config_global"]
 STATE_DB = DATABASES["temp_global"]
