@@ -22,6 +22,7 @@ struct Session {
     const Console& console;
     ExitStatus status = ExitStatus::done;
     DiffOptions diff = {};
+    CheckOptions check = {};
 };
 
 void addOutputOptions(CLI::App& verb, OutputOptions& options) {
@@ -53,6 +54,12 @@ void addDiff(CLI::App& app, Session& session) {
     verb.add_flag("--state", options.liveState, "Also what the device reports of itself");
 }
 
+void addCheck(CLI::App& app, Session& session) {
+    CheckOptions& options = session.check;
+    CLI::App& verb = addVerb(app, "check", "Every fault of a document", session, options, runCheck);
+    verb.add_option("FILE", options.path, "The document")->required();
+}
+
 }  // namespace
 
 ExitStatus run(int argc, const char* const* argv, const Console& console) {
@@ -62,6 +69,7 @@ ExitStatus run(int argc, const char* const* argv, const Console& console) {
     app.require_subcommand(1);
     app.footer(kFooter);
     addDiff(app, session);
+    addCheck(app, session);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& request) {

@@ -6,9 +6,8 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <utility>
-
-#include "backup/fault.h"
 
 namespace tarvo_backup {
 
@@ -25,6 +24,12 @@ std::vector<std::size_t> lineStartsOf(const std::string& text) {
 
 }  // namespace
 
+NotWellFormed::NotWellFormed(const std::string& name, Position position, const std::string& reason)
+    : Fault(ExitStatus::usage, name + ":" + std::to_string(position.line) + ":" +
+                                   std::to_string(position.column) + ": " + reason),
+      position_(position),
+      reason_(reason) {}
+
 Document::Document(std::string name, std::string text)
     : name_(std::move(name)),
       text_(std::move(text)),
@@ -34,7 +39,14 @@ Document::Document(std::string name, std::string text)
     try {
         document::parse(*tree_, *parsed_);
     } catch (const document::ParseError& error) {
-        throw Fault(ExitStatus::usage, name_ + ":" + error.what());
+        // "line:column: reason"
+        Position position;
+        char separator = 0;
+        std::string reason;
+        std::istringstream message(error.what());
+        message >> position.line >> separator >> position.column >> separator;
+        std::getline(message >> std::ws, reason);
+        throw NotWellFormed(name_, position, reason);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "backup/console.h"
+#include "backup/fault.h"
 #include "document/xml.h"
 
 namespace tarvo_backup {
@@ -22,11 +23,23 @@ struct Position {
     bool operator==(const Position&) const = default;
 };
 
+// The text is not well-formed: the place where that shows, and the reason.
+class NotWellFormed : public Fault {
+  public:
+    NotWellFormed(const std::string& name, Position position, const std::string& reason);
+
+    [[nodiscard]] Position position() const { return position_; }
+    [[nodiscard]] const std::string& reason() const { return reason_; }
+
+  private:
+    Position position_;
+    std::string reason_;
+};
+
 // Moving a document leaves its nodes where they are.
 class Document {
   public:
-    // `name` is how messages call the document. Throws Fault (usage) when the text is not
-    // well-formed, with the position in front.
+    // `name` is how messages call the document. Throws NotWellFormed.
     Document(std::string name, std::string text);
 
     [[nodiscard]] const std::string& name() const { return name_; }
@@ -58,8 +71,8 @@ class Document {
     std::vector<std::size_t> lineStarts_;
 };
 
-// Reads the file at `path`, standard input for "-". Throws Fault when it cannot be read
-// (cannotRead) or is not well-formed (usage).
+// Reads the file at `path`, standard input for "-". Throws Fault (cannotRead) when it
+// cannot be read, NotWellFormed.
 Document readDocument(const std::string& path, const Console& console);
 
 // The text of the file at `path`, standard input for "-". Throws Fault (cannotRead).

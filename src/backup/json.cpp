@@ -27,4 +27,16 @@ std::string toJson(const std::vector<Difference>& differences) {
     return printed(list);
 }
 
+std::string toJson(const std::vector<Finding>& findings) {
+    Json list = Json::array();
+    for (const Finding& finding : findings) {
+        list.push_back({{"line", finding.position.line},
+                        {"column", finding.position.column},
+                        {"severity", finding.severity == Severity::error ? "error" : "warning"},
+                        {"path", finding.path},
+                        {"message", finding.message}});
+    }
+    return printed(list);
+}
+
 }  // namespace tarvo_backup

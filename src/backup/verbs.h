@@ -20,4 +20,11 @@ struct DiffOptions {
 // Status `differences` when there are some.
 ExitStatus runDiff(const DiffOptions& options, const Console& console);
 
+struct CheckOptions {
+    OutputOptions output;
+    std::string path;
+};
+// Status `usage` when there are errors; warnings leave it at `done`.
+ExitStatus runCheck(const CheckOptions& options, const Console& console);
+
 }  // namespace tarvo_backup

@@ -1,0 +1,595 @@
+#include "backup/check.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <map>
+#include <optional>
+#include <set>
+#include <string_view>
+
+#include "backup/findings.h"
+#include "backup/similar_name.h"
+#include "backup/text_check.h"
+#include "backup/values.h"
+#include "document/input_type.h"
+#include "mapping/document_tree.h"
+
+namespace tarvo_backup {
+
+using document::childrenOf;
+using document::numberOf;
+using document::textOf;
+using mapping::Element;
+using mapping::Form;
+using mapping::Kind;
+using mapping::Take;
+
+namespace {
+
+std::string inQuotes(std::string_view text) { return "'" + onOneLine(text) + "'"; }
+
+bool isDottedAddress(std::string_view text) {
+    int numbers = 0;
+    while (true) {
+        const std::string_view number = text.substr(0, text.find('.'));
+        const bool isNumber =
+            !number.empty() && number.size() <= 3 &&
+            std::all_of(number.begin(), number.end(), [](char c) { return c >= '0' && c <= '9'; });
+        if (!isNumber || std::stoi(std::string(number)) > 255) {
+            return false;
+        }
+        ++numbers;
+        if (number.size() == text.size()) {
+            return numbers == 4;
+        }
+        text.remove_prefix(number.size() + 1);
+    }
+}
+
+// Whether SQLite takes the text for a row id, in its notation or as "2.0" or "1e2".
+bool isRowId(const char* text) {
+    if (std::string_view(text).find_first_not_of(" \t\n\v\f\r+-.0123456789eE") !=
+        std::string_view::npos) {
+        return false;
+    }
+    char* end = nullptr;
+    const double value = std::strtod(text, &end);
+    const bool isRead = end != text && std::string_view(end).find_first_not_of(" \t\n\v\f\r") ==
+                                           std::string_view::npos;
+    constexpr double kBeyondRowIds = 9223372036854775808.0;
+    return isRead && value == std::floor(value) && std::fabs(value) < kBeyondRowIds;
+}
+
+// The texts that an element takes, as in "'low' or 'high'".
+std::string listOf(document::CodeTable texts) {
+    std::string list;
+    for (std::size_t place = 0; place < texts.size(); ++place) {
+        list += place == 0 ? "" : place + 1 == texts.size() ? " or " : ", ";
+        list += inQuotes(texts[place].text);
+    }
+    return list;
+}
+
+std::string rangeText(mapping::Range range) {
+    if (range.lowest == INT_MIN) {
+        return "at most " + std::to_string(range.highest);
+    }
+    if (range.highest == INT_MAX) {
+        return "at least " + std::to_string(range.lowest);
+    }
+    return "from " + std::to_string(range.lowest) + " to " + std::to_string(range.highest);
+}
+
+// The id of a row, unless the text is none.
+std::optional<long long> rowIdOf(const char* text) {
+    if (!isRowId(text)) {
+        return std::nullopt;
+    }
+    return isWholeNumber(text) ? std::strtoll(text, nullptr, 10)
+                               : static_cast<long long>(std::strtod(text, nullptr));
+}
+
+bool isRowIdElement(const Element& row) {
+    return row.identity && row.take == Take::key && row.column.exists() && row.column.index == 0;
+}
+
+// Whether the entries become rows that are found by their id, which is their first element.
+bool isKeyedById(const Element& entry) {
+    return !entry.children.empty() && isRowIdElement(entry.children[0]);
+}
+
+class TreeCheck {
+  public:
+    TreeCheck(const Document& document, Findings& findings)
+        : document_(document), findings_(findings) {}
+
+    void run() {
+        const XmlNode* configuration = document_.configuration();
+        if (configuration == nullptr) {
+            findings_.add(Severity::error, 0, "no 'configuration' element");
+            return;
+        }
+        checkOutermost();
+        checkMembers(mapping::kConfiguration, *configuration);
+        checkReferences(*configuration);
+    }
+
+  private:
+    // --- Places ------------------------------------------------------------------------------
+
+    // Inside what the import does not read, nothing is worse than a warning.
+    [[nodiscard]] Severity error() const { return isRead_ ? Severity::error : Severity::warning; }
+    void add(Severity severity, const XmlNode& node, const std::string& message) {
+        findings_.add(severity, node, path_, message);
+    }
+
+    template <class Check>
+    void within(const Step& step, Check check) {
+        path_.push_back(step);
+        check();
+        path_.pop_back();
+    }
+
+    template <class Check>
+    void unread(bool isUnread, Check check) {
+        const bool before = isRead_;
+        isRead_ = isRead_ && !isUnread;
+        check();
+        isRead_ = before;
+    }
+
+    // --- The frame -----------------------------------------------------------------------------
+
+    void checkOutermost() {
+        const XmlNode* backup = document_.backup();
+        for (const XmlNode& node : childrenOf(document_.tree())) {
+            if (&node != backup && &node != document_.configuration()) {
+                noteUnknown(nullptr, node);
+            }
+        }
+        if (backup == nullptr) {
+            return;
+        }
+        for (const XmlNode& node : childrenOf(*backup)) {
+            if (&node == document_.camList()) {
+                const Element& list = *rowOf(&mapping::kBackup, node);
+                within({.name = list.name}, [&] { checkEntries(list, node); });
+            } else if (&node != document_.configuration()) {
+                noteUnknown(nullptr, node);
+            }
+        }
+    }
+
+    void noteUnknown(const Element* parent, const XmlNode& node) {
+        if (!isElement(node)) {
+            add(Severity::warning, node, "text between elements");
+            return;
+        }
+        within({.name = node.name()}, [&] {
+            add(Severity::warning, node, "unknown element" + hintFor(parent, node.name()));
+        });
+    }
+
+    // --- Sections and entries --------------------------------------------------------------------
+
+    void checkMembers(const Element& parent, const XmlNode& node) {
+        std::map<const Element*, const XmlNode*> seen;
+        for (const XmlNode& child : childrenOf(node)) {
+            const Element* row = isElement(child) ? memberRow(parent, node, child) : nullptr;
+            if (row == nullptr) {
+                checkStranger(parent, node, child);
+                continue;
+            }
+            within({.name = row->name}, [&] {
+                const bool isFirst = seen.emplace(row, &child).second;
+                if (!isFirst && row->kind == Kind::leaf) {
+                    add(Severity::warning, child, "given twice");
+                }
+                const bool isUnread =
+                    row->liveState || (row->kind == Kind::list && isReplaced(parent, *row, child));
+                unread(isUnread, [&] { checkMember(parent, *row, child, isFirst); });
+            });
+        }
+        checkMissing(parent, node);
+    }
+
+    // A later list of an entry stands in for an earlier one. Sections are read one after the
+    // other, the lists of modules too.
+    static bool isReplaced(const Element& parent, const Element& row, const XmlNode& node) {
+        const bool onlyLastCounts = isNamed(parent, "serviceEPG") || isNamed(parent, "service");
+        return onlyLastCounts && document::lastChildNamed(*node.parent(), row.name) != &node;
+    }
+
+    void checkMember(const Element& parent, const Element& row, const XmlNode& node, bool isFirst) {
+        switch (row.kind) {
+            case Kind::leaf:
+                checkLeaf(parent, row, node, isFirst);
+                break;
+            case Kind::section:
+            case Kind::entry:
+                checkMembers(row, node);
+                break;
+            case Kind::list:
+                checkEntries(row, node);
+                break;
+        }
+        if (isNamed(row, "dvbNetwork")) {
+            checkPattern(node);
+        }
+    }
+
+    // Of an input only what its type has counts, but for what all of them have.
+    static const Element* memberRow(const Element& parent, const XmlNode& node,
+                                    const XmlNode& child) {
+        for (const Element& row : parent.children) {
+            if (document::hasName(child, row.name)) {
+                return &row;
+            }
+        }
+        const XmlNode* type = document::childNamed(node, "type");
+        for (const mapping::Part& part : parent.parts) {
+            const bool isMeant =
+                !part.inputType ||
+                (type != nullptr && static_cast<int>(*part.inputType) == numberOf(*type));
+            for (const Element& row : part.rows) {
+                if (isMeant && document::hasName(child, row.name)) {
+                    return &row;
+                }
+            }
+        }
+        return nullptr;
+    }
+
+    void checkStranger(const Element& parent, const XmlNode& node, const XmlNode& child) {
+        if (!isElement(child) || rowOf(&parent, child) == nullptr) {
+            noteUnknown(&parent, child);
+        } else if (document::childNamed(node, "type") != nullptr) {
+            within({.name = rowOf(&parent, child)->name}, [&] {
+                add(Severity::warning, child, "an input of this type has no such element");
+            });
+        }
+    }
+
+    void checkMissing(const Element& parent, const XmlNode& node) {
+        for (const Element& row : parent.children) {
+            if (row.required.missing != nullptr &&
+                document::childNamed(node, row.name) == nullptr) {
+                add(error(), node, "has no " + inQuotes(row.name));
+            }
+        }
+    }
+
+    // --- Lists ---------------------------------------------------------------------------------
+
+    void checkEntries(const Element& list, const XmlNode& node) {
+        const Element& entry = list.children[0];
+        std::set<std::string> identities;
+        std::set<long long> rowIds;
+        std::size_t place = 0;
+        for (const XmlNode& child : childrenOf(node)) {
+            place += isElement(child) ? 1U : 0U;
+            if (!document::hasName(child, entry.name)) {
+                noteWrongEntry(list, entry, child);
+                continue;
+            }
+            const std::string identity = identityOf(entry, child);
+            within({.name = entry.name, .identity = &identity, .place = place}, [&] {
+                checkMember(list, entry, child, true);
+                if (isKeyedById(entry)) {
+                    checkRowId(entry, child, rowIds);
+                } else if (!identity.empty() && !identities.insert(identity).second) {
+                    add(Severity::warning, child, kDoubled);
+                }
+            });
+        }
+        if (isNamed(list, "modules")) {
+            checkBindings(entry, node);
+        }
+    }
+
+    static constexpr const char* kDoubled = "is there twice, by what identifies it";
+
+    void noteWrongEntry(const Element& list, const Element& entry, const XmlNode& child) {
+        // Of the modules' list the import skips what it does not know.
+        const Severity severity = isNamed(list, "vsecureCAMList") ? Severity::warning : error();
+        if (!isElement(child)) {
+            add(severity, child, "text between elements");
+            return;
+        }
+        within({.name = child.name()}, [&] {
+            add(severity, child,
+                "only " + inQuotes(entry.name) + " may be here" + hintFor(&list, child.name()));
+        });
+    }
+
+    // SQLite takes nothing but a number for a row's id, and each only once. As a pattern (`_` and
+    // `%` stand for any characters) an id may find a row that is there.
+    void checkRowId(const Element& entry, const XmlNode& node, std::set<long long>& rowIds) {
+        const char* name = entry.children[0].name;
+        const XmlNode* id = document::lastChildNamed(node, name);
+        if (id == nullptr) {
+            return;
+        }
+        const std::string_view text = textOf(*id);
+        const auto rowId = rowIdOf(textOf(*id));
+        if (!rowId) {
+            const bool isPattern = text.find_first_of("_%") != std::string_view::npos;
+            within({.name = name}, [&] {
+                add(isPattern ? Severity::warning : error(), *id, inQuotes(text) + " is no number");
+            });
+        } else if (!rowIds.insert(*rowId).second) {
+            add(error(), node, kDoubled);
+        }
+    }
+
+    // With fewer `mac` elements than modules a document fits no headend but an RNB-K408's, which
+    // binds a module without one only if nothing tells what module it is.
+    void checkBindings(const Element& entry, const XmlNode& modules) {
+        std::size_t count = 0;
+        std::size_t macs = 0;
+        for (const XmlNode& module : childrenOf(modules)) {
+            ++count;
+            for (const XmlNode& child : childrenOf(module)) {
+                macs += document::hasName(child, "mac") ? 1U : 0U;
+            }
+        }
+        if (count == 0) {
+            add(Severity::warning, modules, "holds no module, which only an RNB-K408 takes");
+        }
+        std::size_t place = 0;
+        for (const XmlNode& module : childrenOf(modules)) {
+            place += isElement(module) ? 1U : 0U;
+            if (document::childNamed(module, "mac") == nullptr) {
+                const std::string none;
+                within({.name = entry.name, .identity = &none, .place = place}, [&] {
+                    add(macs < count && tellsKind(module) ? error() : Severity::warning, module,
+                        "has no 'mac'");
+                });
+            }
+        }
+    }
+
+    static bool tellsKind(const XmlNode& module) {
+        constexpr const char* kKind[] = {"family", "model", "isMaster"};
+        return std::any_of(std::begin(kKind), std::end(kKind), [&module](const char* name) {
+            const char* text = document::lastText(module, name);
+            return text != nullptr && *text != '\0';
+        });
+    }
+
+    // --- Leaves ----------------------------------------------------------------------------------
+
+    void checkLeaf(const Element& parent, const Element& row, const XmlNode& node, bool isFirst) {
+        if (firstElement(node) != nullptr) {
+            add(Severity::warning, node, "holds elements, which are not read");
+        }
+        const bool isRefused = checkRange(row, node, isFirst) || checkCode(row, node);
+        if (!isRefused) {
+            checkForm(row, node);
+        }
+        if (isNamed(parent, "service") && isNamed(row, "lcn")) {
+            checkLcn(node);
+        }
+    }
+
+    // Whether a number was found out of range.
+    bool checkRange(const Element& row, const XmlNode& node, bool isFirst) {
+        const int number = numberOf(node);
+        // Only the first of several is looked at for what an element must have.
+        const bool isRequirementMet = !isFirst || row.required.range.contains(number);
+        if (row.range.contains(number) && isRequirementMet) {
+            return false;
+        }
+        const bool isLoop = isNamed(row, "rfLoop");
+        add(isLoop && !isLoopRead(node) ? Severity::warning : error(), node,
+            inQuotes(textOf(node)) + " is not allowed; it must be " +
+                rangeText(importedRange(row)));
+        return true;
+    }
+
+    // Input 1 feeds the loop, and only a satellite input is sure to have a satellite tuner.
+    static bool isLoopRead(const XmlNode& loop) {
+        const XmlNode& input = *loop.parent();
+        const XmlNode* id = document::childNamed(input, "inputId");
+        const XmlNode* type = document::childNamed(input, "type");
+        return id != nullptr && numberOf(*id) == 2 && type != nullptr &&
+               numberOf(*type) == static_cast<int>(document::InputType::satellite);
+    }
+
+    // Whether a text was found that stands for no code.
+    bool checkCode(const Element& row, const XmlNode& node) {
+        const char* text = textOf(node);
+        const document::CodeTable texts = importedTextsAt(row, node);
+        const bool isExact = row.take == Take::codeExactly || row.take == Take::codeOrNumber;
+        const auto code =
+            isExact ? document::codeOfExactly(texts, text) : document::codeOfAnyCase(texts, text);
+        if (code || texts.empty()) {
+            return false;
+        }
+        switch (row.take) {
+            case Take::code:
+            case Take::codeExactly:
+                add(row.otherTextsAreOne ? Severity::warning : error(), node,
+                    inQuotes(text) + " is not allowed; it must be " + listOf(texts));
+                return true;
+            case Take::codeOrNumber:
+                if (!isWholeNumber(text)) {
+                    add(Severity::warning, node,
+                        inQuotes(text) + " is neither a number nor " + listOf(texts));
+                }
+                return true;
+            default:
+                return false;
+        }
+    }
+
+    void checkForm(const Element& row, const XmlNode& node) {
+        const std::string_view text = textOf(node);
+        const auto warn = [&](const char* what) {
+            add(Severity::warning, node, inQuotes(text) + " is no " + what);
+        };
+        if (row.liveState || (row.unknown != nullptr && text == row.unknown)) {
+            return;
+        }
+        switch (mapping::formOf(row)) {
+            case Form::number:
+                // Where the device has nothing, the export writes nothing.
+                if (!text.empty() && !isWholeNumber(text) && !isRowIdElement(row)) {
+                    warn("number");
+                }
+                break;
+            case Form::onOff:
+                if (!text.empty() && text != "0" && text != "1") {
+                    warn("1 or 0");
+                }
+                break;
+            case Form::address:
+                if (!text.empty() && !isDottedAddress(text)) {
+                    warn("address");
+                }
+                break;
+            default:
+                break;
+        }
+    }
+
+    // A number below 1 passes where the service has it already.
+    void checkLcn(const XmlNode& node) {
+        if (numberOf(node) >= 1) {
+            return;
+        }
+        const XmlNode* before = node.previous_sibling();
+        while (before != nullptr && !document::hasName(*before, "lcn")) {
+            before = before->previous_sibling();
+        }
+        if (before != nullptr && numberOf(*before) != numberOf(node)) {
+            add(error(), node, inQuotes(textOf(node)) + " is not allowed; it must be at least 1");
+        } else if (numberOf(node) < 0) {
+            add(Severity::warning, node, inQuotes(textOf(node)) + " is no channel number");
+        }
+    }
+
+    // The three numbers of the NIT pattern, each against what came earlier.
+    void checkPattern(const XmlNode& network) {
+        int type = 0;
+        int pattern = 0;
+        for (const XmlNode& child : childrenOf(network)) {
+            const int number = numberOf(child);
+            if (document::hasName(child, "tipoNITPatron")) {
+                type = number;
+            } else if (document::hasName(child, "nitPatron")) {
+                if (number != 0 && number != 1 && type == 0) {
+                    notePattern(child, "without a 'tipoNITPatron' before it it must be 0 or 1");
+                }
+                pattern = number;
+            } else if (document::hasName(child, "versionNITPatron") && number != 0 &&
+                       pattern == 0) {
+                notePattern(child, "without a 'nitPatron' before it it must be 0");
+            }
+        }
+    }
+
+    void notePattern(const XmlNode& node, const char* rule) {
+        within({.name = node.name()},
+               [&] { add(error(), node, inQuotes(textOf(node)) + " is not allowed; " + rule); });
+    }
+
+    // --- References ------------------------------------------------------------------------------
+
+    using Numbers = std::set<int>;
+
+    // The numbers of the entries of a list; `name` is the child that holds them.
+    static Numbers numbersIn(const XmlNode* list, const char* name) {
+        Numbers numbers;
+        if (list != nullptr) {
+            for (const XmlNode& entry : childrenOf(*list)) {
+                if (const XmlNode* number = document::lastChildNamed(entry, name)) {
+                    numbers.insert(numberOf(*number));
+                }
+            }
+        }
+        return numbers;
+    }
+
+    void checkReferences(const XmlNode& configuration) {
+        const XmlNode* modules = document::lastChildNamed(configuration, "modules");
+        if (modules == nullptr) {
+            return;
+        }
+        const XmlNode* networkList = document::lastChildNamed(configuration, "dvbNetworks");
+        const XmlNode* positionList = document::lastChildNamed(configuration, "diseqcs");
+        const Numbers networks = numbersIn(networkList, "id");
+        const Numbers positions = numbersIn(positionList, "position");
+        const Element& list = *rowOf(&mapping::kConfiguration, *modules);
+        const Element& module = list.children[0];
+        std::size_t place = 0;
+        for (const XmlNode& node : childrenOf(*modules)) {
+            place += isElement(node) ? 1U : 0U;
+            const std::string identity = identityOf(module, node);
+            within({.name = list.name}, [&] {
+                within({.name = module.name, .identity = &identity, .place = place}, [&] {
+                    const XmlNode* inputs = document::lastChildNamed(node, "inputs");
+                    if (networkList != nullptr) {
+                        checkReference(node, "dvbNetworkId", networks, "DVB network");
+                    }
+                    if (positionList != nullptr) {
+                        checkEach(module, node, "inputs", "diseqc", positions, "DiSEqC position");
+                    }
+                    if (inputs != nullptr) {
+                        checkEach(module, node, "services", "inputId", numbersIn(inputs, "inputId"),
+                                  "input");
+                    }
+                });
+            });
+        }
+    }
+
+    // In each entry of a module's list.
+    void checkEach(const Element& module, const XmlNode& node, const char* listName,
+                   const char* name, const Numbers& known, const char* what) {
+        const XmlNode* entries = document::lastChildNamed(node, listName);
+        if (entries == nullptr) {
+            return;
+        }
+        const Element& list = *rowOf(&module, *entries);
+        std::size_t place = 0;
+        for (const XmlNode& entry : childrenOf(*entries)) {
+            place += isElement(entry) ? 1U : 0U;
+            const std::string identity = identityOf(list.children[0], entry);
+            within({.name = list.name}, [&] {
+                within({.name = list.children[0].name, .identity = &identity, .place = place},
+                       [&] { checkReference(entry, name, known, what); });
+            });
+        }
+    }
+
+    // 0 refers to nothing.
+    void checkReference(const XmlNode& parent, const char* name, const Numbers& known,
+                        const char* what) {
+        const XmlNode* node = document::lastChildNamed(parent, name);
+        if (node != nullptr && numberOf(*node) != 0 && !known.contains(numberOf(*node))) {
+            within({.name = name}, [&] {
+                add(Severity::warning, *node,
+                    std::string("there is no ") + what + " " + inQuotes(textOf(*node)));
+            });
+        }
+    }
+
+    const Document& document_;
+    Findings& findings_;
+    Path path_;
+    bool isRead_ = true;
+};
+
+}  // namespace
+
+std::vector<Finding> check(const Document& document) {
+    Findings findings(document);
+    checkText(document.text(), findings);
+    TreeCheck(document, findings).run();
+    return std::move(findings).byPosition();
+}
+
+}  // namespace tarvo_backup

@@ -1,0 +1,284 @@
+#include "backup/check.h"
+
+#include <gmock/gmock.h>
+
+#include "unit/backup/backup_test.h"
+
+namespace tarvo_backup {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+// "error: path: message"
+std::vector<std::string> lines(const std::vector<Finding>& findings) {
+    std::vector<std::string> lines;
+    for (const Finding& each : findings) {
+        lines.push_back(std::string(each.severity == Severity::error ? "error: " : "warning: ") +
+                        each.path + (each.path.empty() ? "" : ": ") + each.message);
+    }
+    return lines;
+}
+
+std::vector<std::string> checked(const std::string& sections) {
+    return lines(check(configured(sections)));
+}
+
+// A module that a headend can have, with this in it.
+std::string module(const std::string& content) {
+    return "<modules><module><mac>02:01</mac>" + content + "</module></modules>";
+}
+
+constexpr const char* kModule = "modules/module[mac=02:01]/";
+
+std::string input(const std::string& type, const std::string& content) {
+    return module("<inputs><input><inputId>2</inputId><type>" + type + "</type>" + content +
+                  "</input></inputs>");
+}
+
+std::string service(const std::string& content) {
+    return module("<services><service><outputId>1</outputId><outputSid>7</outputSid>" + content +
+                  "</service></services>");
+}
+
+}  // namespace
+
+TEST(BackupCheck, TellsEveryFaultWithItsPlace) {
+    const auto findings =
+        check(parsed("<configuration>\n  <network>\n    <ip>not-an-ip</ip>\n  </network>\n"
+                     "  <diseqcs><diseqc/></diseqcs>\n</configuration>\n"));
+    EXPECT_THAT(lines(findings), ElementsAre("warning: network/ip: 'not-an-ip' is no address",
+                                             "error: diseqcs/diseqc[1]: has no 'id'"));
+    EXPECT_EQ(findings[0].position, (Position{3, 6}));
+    EXPECT_EQ(findings[1].position, (Position{5, 13}));
+}
+
+TEST(BackupCheck, FindsNoFaultInWhatIsSound) {
+    EXPECT_THAT(checked("<network><ip>10.0.0.1</ip><dns2/><dhcp>1</dhcp></network>"
+                        "<maintenances><maintenance><hour>3</hour><min>30</min><active>1</active>"
+                        "</maintenance></maintenances>" +
+                        input("0", "<band>HIGH</band><streamID>auto</streamID><rfLoop>1</rfLoop>")),
+                IsEmpty());
+}
+
+TEST(BackupCheck, AnUnknownElementComesWithTheNearestNameOrItsPlace) {
+    EXPECT_THAT(
+        checked("<identificaton/><ip/><network><dns3/></network><lnb>5</lnb><zzzzz/>"),
+        ElementsAre("warning: identificaton: unknown element; did you mean "
+                    "'identification'?",
+                    "warning: ip: unknown element; it belongs into 'network'",
+                    "warning: network/dns3: unknown element; did you mean 'dns1'?",
+                    "warning: lnb: text between elements", "warning: zzzzz: unknown element"));
+}
+
+TEST(BackupCheck, AListTakesItsEntriesAlone) {
+    EXPECT_THAT(checked("<preferredLanguages><lang>fra</lang></preferredLanguages>"
+                        "<homeChannels>x<homechannel><id>1</id></homechannel></homeChannels>"),
+                ElementsAre("error: preferredLanguages/lang: only 'language' may be here",
+                            "error: homeChannels: text between elements"));
+}
+
+TEST(BackupCheck, WhatAnElementMustHaveIsMissed) {
+    EXPECT_THAT(checked("<maintenances><maintenance><hour>3</hour></maintenance></maintenances>"),
+                ElementsAre("error: maintenances/maintenance[1]: has no 'min'",
+                            "error: maintenances/maintenance[1]: has no 'active'"));
+    EXPECT_THAT(
+        checked(module("<inputs><input><inputId>1</inputId></input></inputs>")),
+        ElementsAre(std::string("error: ") + kModule + "inputs/input[inputId=1]: has no 'type'"));
+    EXPECT_THAT(checked("<scramblings><scrambling/></scramblings>"),
+                ElementsAre("error: scramblings/scrambling[1]: has no 'name'"));
+}
+
+TEST(BackupCheck, NumbersOutOfRangeAreErrorsWhereTheImportRefusesThem) {
+    EXPECT_THAT(checked(module("<outputs><output><outputId>3</outputId></output></outputs>")),
+                ElementsAre(std::string("error: ") + kModule +
+                            "outputs/output[outputId=3]/outputId: '3' is not allowed; it must be "
+                            "from 1 to 2"));
+    EXPECT_THAT(checked(service("<inputSid>65536</inputSid>")),
+                ElementsAre(std::string("error: ") + kModule +
+                            "services/service[outputId=1,outputSid=7]/inputSid: '65536' is not "
+                            "allowed; it must be at most 65535"));
+    EXPECT_THAT(checked("<serviceEPGs><serviceEPG><lcn/></serviceEPG></serviceEPGs>"),
+                ElementsAre("error: serviceEPGs/serviceEPG[1]/lcn: '' is not allowed; it must be "
+                            "from 1 to 65535"));
+}
+
+TEST(BackupCheck, OfWhatAnElementMustHaveTheFirstCounts) {
+    EXPECT_THAT(checked(module("<inputs><input><inputId>1</inputId><type>0</type><type>9</type>"
+                               "</input></inputs>")),
+                ElementsAre(std::string("warning: ") + kModule +
+                            "inputs/input[inputId=1]/type: given twice"));
+}
+
+TEST(BackupCheck, ATextThatIsNoCodeIsAnErrorUnlessTheImportHasACodeForIt) {
+    EXPECT_THAT(checked("<diseqcs><diseqc><id>1</id><band>upper</band></diseqc></diseqcs>"
+                        "<homeChannels><homechannel><id>1</id><band>upper</band></homechannel>"
+                        "</homeChannels>"),
+                ElementsAre("error: diseqcs/diseqc[id=1]/band: 'upper' is not allowed; it must be "
+                            "'low' or 'high'",
+                            "warning: homeChannels/homechannel[id=1]/band: 'upper' is not allowed; "
+                            "it must be 'low' or 'high'"));
+}
+
+TEST(BackupCheck, TheTextsOfAConstellationAreThoseOfTheModulesOutputMode) {
+    const std::string outputs =
+        "<outputs><output><outputId>1</outputId><constellation>256 QAM</constellation></output>"
+        "</outputs>";
+    EXPECT_THAT(checked(module("<modoSalidaRF>1</modoSalidaRF>" + outputs)), IsEmpty());
+    EXPECT_THAT(checked(module(outputs + "<modoSalidaRF>1</modoSalidaRF>")),
+                ElementsAre(HasSubstr("'256 QAM' is not allowed; it must be 'QPSK', '16 QAM' or "
+                                      "'64 QAM'")));
+}
+
+TEST(BackupCheck, OfAnInputOnlyTheElementsOfItsTypeCount) {
+    EXPECT_THAT(checked(input("1", "<band>upper</band><bandwidth>9 MHz</bandwidth>")),
+                ElementsAre(std::string("warning: ") + kModule +
+                                "inputs/input[inputId=2]/band: an input of this type has no such "
+                                "element",
+                            std::string("error: ") + kModule +
+                                "inputs/input[inputId=2]/bandwidth: '9 MHz' is not allowed; it "
+                                "must be '6 MHz', '7 MHz' or '8 MHz'"));
+    EXPECT_THAT(checked(input("0", "<rfLoop>2</rfLoop>")), ElementsAre(HasSubstr("error: ")));
+    // Perhaps there is no satellite tuner to set.
+    EXPECT_THAT(checked(input("1", "<rfLoop>2</rfLoop>")), ElementsAre(HasSubstr("warning: ")));
+}
+
+TEST(BackupCheck, AnLcnBelowOneIsAnErrorWhereNoHeadendCanHaveItAlready) {
+    EXPECT_THAT(checked(service("<lcn>0</lcn>")), IsEmpty());
+    EXPECT_THAT(checked(service("<lcn>5</lcn><lcn>0</lcn>")),
+                ElementsAre(HasSubstr("given twice"), HasSubstr("error: ")));
+}
+
+TEST(BackupCheck, TheNumbersOfTheNitPatternMustFitEachOther) {
+    const auto network = [](const std::string& content) {
+        return "<dvbNetworks><dvbNetwork><id>1</id>" + content + "</dvbNetwork></dvbNetworks>";
+    };
+    EXPECT_THAT(checked(network("<tipoNITPatron>1</tipoNITPatron><nitPatron>7</nitPatron>"
+                                "<versionNITPatron>3</versionNITPatron>")),
+                IsEmpty());
+    EXPECT_THAT(checked(network("<nitPatron>7</nitPatron>")),
+                ElementsAre("error: dvbNetworks/dvbNetwork[id=1]/nitPatron: '7' is not allowed; "
+                            "without a 'tipoNITPatron' before it it must be 0 or 1"));
+    EXPECT_THAT(checked(network("<versionNITPatron>3</versionNITPatron>")),
+                ElementsAre("error: dvbNetworks/dvbNetwork[id=1]/versionNITPatron: '3' is not "
+                            "allowed; without a 'nitPatron' before it it must be 0"));
+    EXPECT_THAT(checked(network("<tipoNITPatron>2</tipoNITPatron>")),
+                ElementsAre(HasSubstr("error: dvbNetworks/dvbNetwork[id=1]/tipoNITPatron: '2'")));
+}
+
+TEST(BackupCheck, AnIdOfARowIsANumberThatIsThereOnce) {
+    const auto networks = [](const std::vector<std::string>& ids) {
+        std::string entries;
+        for (const std::string& id : ids) {
+            entries += "<dvbNetwork><id>" + id + "</id></dvbNetwork>";
+        }
+        return "<dvbNetworks>" + entries + "</dvbNetworks>";
+    };
+    EXPECT_THAT(checked(networks({"1", "2.0", "+3"})), IsEmpty());
+    EXPECT_THAT(checked(networks({"1", "01"})),
+                ElementsAre("error: dvbNetworks/dvbNetwork[id=1]: is there twice, by what "
+                            "identifies it"));
+    EXPECT_THAT(checked(networks({"one"})),
+                ElementsAre("error: dvbNetworks/dvbNetwork[id=one]/id: 'one' is no number"));
+    // As a pattern it may find a row.
+    EXPECT_THAT(checked(networks({"_"})), ElementsAre(HasSubstr("warning: ")));
+}
+
+TEST(BackupCheck, DoubledIdentitiesThatTheImportTakesAreWarnings) {
+    EXPECT_THAT(checked("<preferredLanguages><language>fra</language><language>fra</language>"
+                        "</preferredLanguages>"),
+                ElementsAre("warning: preferredLanguages/language[fra]: is there twice, by what "
+                            "identifies it"));
+}
+
+TEST(BackupCheck, AModuleWithoutAMacFitsNoHeadendIfItTellsItsKind) {
+    EXPECT_THAT(checked("<modules><module><family>36</family></module></modules>"),
+                ElementsAre("error: modules/module[1]: has no 'mac'"));
+    EXPECT_THAT(checked("<modules><module/></modules>"),
+                ElementsAre("warning: modules/module[1]: has no 'mac'"));
+}
+
+TEST(BackupCheck, ReferencesThatLeadNowhereAreWarnings) {
+    EXPECT_THAT(
+        checked("<dvbNetworks><dvbNetwork><id>1</id></dvbNetwork></dvbNetworks>"
+                "<diseqcs><diseqc><id>1</id><position>4</position></diseqc></diseqcs>" +
+                module("<dvbNetworkId>2</dvbNetworkId>"
+                       "<inputs><input><inputId>1</inputId><type>0</type><diseqc>1</diseqc></input>"
+                       "</inputs><services><service><outputId>1</outputId><outputSid>7</outputSid>"
+                       "<inputId>2</inputId></service></services>")),
+        ElementsAre(std::string("warning: ") + kModule +
+                        "dvbNetworkId: there is no DVB network "
+                        "'2'",
+                    std::string("warning: ") + kModule +
+                        "inputs/input[inputId=1]/diseqc: there is no DiSEqC position '1'",
+                    std::string("warning: ") + kModule +
+                        "services/service[outputId=1,outputSid=7]/inputId: there is no input "
+                        "'2'"));
+}
+
+TEST(BackupCheck, OnlyTheLastListOfStreamsIsRead) {
+    EXPECT_THAT(checked(service("<pidOrders><pid/></pidOrders><pidOrders/>")),
+                ElementsAre(HasSubstr("warning: ")));
+    EXPECT_THAT(checked(service("<pidOrders/><pidOrders><pid/></pidOrders>")),
+                ElementsAre(HasSubstr("error: ")));
+}
+
+TEST(BackupCheck, AnUnknownEntryOfTheModulesListOfABackupIsSkipped) {
+    EXPECT_THAT(lines(check(parsed("<backup><configuration/><vsecureCAMList><x/><cam/>"
+                                   "</vsecureCAMList></backup>"))),
+                ElementsAre("warning: vsecureCAMList/x: only 'cam' may be here",
+                            "error: vsecureCAMList/cam[2]: has no 'serialNumber'"));
+}
+
+TEST(BackupCheck, ADocumentWithoutAConfigurationIsAnError) {
+    EXPECT_THAT(lines(check(parsed("<Configuration/>"))),
+                ElementsAre("error: no 'configuration' element"));
+}
+
+TEST(BackupCheck, FindsWhatTheXmlLibraryLetsPass) {
+    EXPECT_THAT(
+        checked("<lnb x='>'></network><network></NETWORK>"),
+        ElementsAre("warning: </network> closes <lnb>", "warning: </NETWORK> closes <network>"));
+    EXPECT_THAT(checked("<!-- <a> --><?pi <b>?><lnb/>"), IsEmpty());
+    EXPECT_THAT(
+        checked("<identification><location>\x01\x7f\xff\xc3\xa9\xed\xa0\x80</location>"
+                "</identification>"),
+        ElementsAre("warning: a control character", "warning: a control character",
+                    "warning: a byte that is not UTF-8", "warning: a byte that is not UTF-8",
+                    "warning: a byte that is not UTF-8", "warning: a byte that is not UTF-8"));
+    const std::string text = "<configuration/>";
+    EXPECT_THAT(lines(check(parsed(text + '\0' + "<lnb>"))),
+                ElementsAre("warning: a NUL character; the import reads nothing from here on"));
+}
+
+TEST(BackupCheckVerb, PrintsFindingsAsCompilersDoAndEndsWithAnErrorsStatus) {
+    const Ran faulty = ran({"check", "-"},
+                           "<configuration>\n<diseqcs><diseqc/></diseqcs>\n"
+                           "<network><ip>x</ip></network></configuration>");
+    EXPECT_EQ(faulty.status, ExitStatus::usage);
+    EXPECT_EQ(faulty.out,
+              "-:2:11: error: diseqcs/diseqc[1]: has no 'id'\n"
+              "-:3:11: warning: network/ip: 'x' is no address\n");
+    const Ran warned = ran({"check", "-"},
+                           "<configuration><network><ip>x</ip></network>"
+                           "</configuration>");
+    EXPECT_EQ(warned.status, ExitStatus::done);
+}
+
+TEST(BackupCheckVerb, TellsWhereATextIsNotWellFormed) {
+    const Ran faulty = ran({"check", "-"}, "<configuration>\n<lnb");
+    EXPECT_EQ(faulty.status, ExitStatus::usage);
+    EXPECT_EQ(faulty.out, "-:2:5: error: not well-formed: expected >\n");
+    EXPECT_EQ(faulty.err, "");
+}
+
+TEST(BackupCheckVerb, PrintsJson) {
+    EXPECT_EQ(ran({"check", "--json", "-"}, "<configuration><lnbs/></configuration>").out,
+              "[\n  {\n    \"line\": 1,\n    \"column\": 17,\n    \"severity\": \"warning\",\n"
+              "    \"path\": \"lnbs\",\n"
+              "    \"message\": \"unknown element; did you mean 'lnb'?\"\n  }\n]\n");
+}
+
+}  // namespace tarvo_backup
