@@ -1,9 +1,13 @@
 """The program is killed in the middle of an import: the database is then wholly old or new."""
 
 import fcntl
+import os
+import random
 import sys
+import tempfile
 import termios
 import time
+from concurrent.futures import ThreadPoolExecutor
 from contextlib import closing
 from pathlib import Path
 
@@ -11,6 +15,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 
 from e2e import (
     CONFIG_DB,
+    DATABASES,
     DOCUMENT_FILE,
     PROGRAM,
     Device,
@@ -187,24 +192,41 @@ class CrashTest(EndToEndTest):
         )
         self.assertUsable(device)
 
-    def at_a_moment(self, seconds: float, before: dict, after: dict) -> None:
-        device = self.device("QRA-310")
-        device.path(DOCUMENT_FILE).write_bytes(changed_document())
-        running = device.start(PROGRAM, [DOCUMENT_FILE], env={"TZ": "UTC"})
-        time.sleep(seconds)
-        running.kill()
-        status = running.wait(60).status
-        self.assertIn(status, (0, KILLED))  # it may just have ended
-        self.assertIn(tables(device), (before, after))
-        self.assertTables(after, self.imported(device))
-        self.statuses.append(status)
+    def assertWhole(self, device: Device) -> None:
+        for path in DATABASES.values():
+            self.assertEqual([("ok",)], self.query(device, "PRAGMA integrity_check", path), path)
+
+    def killed_at(self, seconds: float, before: dict, after: dict) -> int:
+        """Returns the status: the import may just have ended."""
+        with tempfile.TemporaryDirectory(prefix="e2e-") as folder:
+            device = Device.create("QRA-310", folder)
+            device.path(DOCUMENT_FILE).write_bytes(changed_document())
+            running = device.start(PROGRAM, [DOCUMENT_FILE], env={"TZ": "UTC"})
+            time.sleep(seconds)
+            running.kill()
+            status = running.wait(60).status
+            self.assertIn(status, (0, KILLED))
+            self.assertWhole(device)
+            self.assertIn(tables(device), (before, after))
+            self.assertTables(after, self.imported(device))
+            return status
 
     def test_killed_at_any_moment(self) -> None:
-        self.statuses: list[int] = []
+        seed = int(os.environ.get("TARVO_SEED") or time.time_ns())
+        kills = int(os.environ.get("TARVO_KILLS", "200"))
         device = self.device("QRA-310")
-        before, after = tables(device), self.imported(device)
-        self.each(self.at_a_moment, [(0.004 * number, before, after) for number in range(40)])
-        self.assertIn(KILLED, self.statuses)
+        before, started = tables(device), time.monotonic()
+        after = self.imported(device)
+        longest = time.monotonic() - started
+        moments = random.Random(seed)
+        statuses = []
+        with self.subTest(seed=seed), ThreadPoolExecutor(2 * (os.cpu_count() or 1)) as pool:
+            ends = [
+                pool.submit(self.killed_at, moments.uniform(0, longest), before, after)
+                for _ in range(kills)
+            ]
+            statuses = [end.result() for end in ends]
+        self.assertGreater(statuses.count(KILLED), kills // 4)
 
 
 if __name__ == "__main__":

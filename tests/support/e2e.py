@@ -32,6 +32,7 @@ from device import DATABASES, Device, LogLine, Result, Running, models  # noqa: 
 
 __all__ = [
     "CONFIG_DB",
+    "DATABASES",
     "Device",
     "EndToEndTest",
     "ERROR_FILE",
