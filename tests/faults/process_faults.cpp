@@ -164,7 +164,6 @@ int rename(const char* from, const char* to) noexcept {
     run().renamedUnsynced |= stat(from, &status) == 0 && unsynced.contains(status.st_ino);
     return fileStrikes() ? -1 : REAL(rename)(from, to);
 }
-int unlink(const char* path) noexcept { return fileStrikes() ? -1 : REAL(unlink)(path); }
 int fchmod(int file, mode_t mode) noexcept { return fileStrikes() ? -1 : REAL(fchmod)(file, mode); }
 int fchown(int file, uid_t owner, gid_t group) noexcept {
     return fileStrikes() ? -1 : REAL(fchown)(file, owner, group);

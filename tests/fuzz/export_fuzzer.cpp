@@ -102,7 +102,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const auto status = app::exportConfiguration(app::kOutputFile);
     auto backup = device.files().readFile(app::kOutputFile);
-    fuzz::require((status == app::ExitStatus::success) == backup.has_value(), "the file and the status differ");
+    fuzz::require((status == app::ExitStatus::success) == backup.has_value(),
+                  "the file and the status differ");
     if (backup) {
         document::XmlDocument document;
         document::parse(document, *backup);
