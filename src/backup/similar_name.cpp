@@ -35,25 +35,13 @@ std::size_t distance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
-template <class Visit>
-void forEachChild(const Element& parent, Visit visit) {
-    for (const Element& row : parent.children) {
-        visit(row);
-    }
-    for (const mapping::Part& part : parent.parts) {
-        for (const Element& row : part.rows) {
-            visit(row);
-        }
-    }
-}
-
 // The element below `root` that holds one of this name; null when there is none.
 const Element* holderOf(const Element& root, std::string_view name) {
     if (mapping::childOf(root, name) != nullptr) {
         return &root;
     }
     const Element* holder = nullptr;
-    forEachChild(root, [&](const Element& row) {
+    mapping::forEachChild(root, [&](const Element& row) {
         if (holder == nullptr) {
             holder = holderOf(row, name);
         }
@@ -76,7 +64,7 @@ std::string hintFor(const Element* parent, std::string_view name) {
     const char* nearest = nullptr;
     std::size_t least = std::max<std::size_t>(name.size() / 3, 1) + 1;
     if (parent != nullptr) {
-        forEachChild(*parent, [&](const Element& row) {
+        mapping::forEachChild(*parent, [&](const Element& row) {
             if (const std::size_t found = distance(name, row.name); found < least) {
                 least = found;
                 nearest = row.name;
