@@ -4,11 +4,13 @@
 #include <iostream>
 
 #include "app/run_modes.h"
+#include "db/database.h"
 #include "device/device_identity.h"
 
 namespace {
 
 app::ExitStatus run(int argc, char** argv) {
+    tarvodb::prepareSqlite();
     tarvo_remote_control::DeviceIdentity::instance().load();
     return argc < 2 ? app::exportConfiguration(app::kOutputFile) : app::importWithRetries(argv[1]);
 }

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "db/like.h"
+#include "db/pool_memory.h"
 #include "db/sql_text.h"
 #include "db/trusted_files.h"
 #include "platform/debug_log.h"
@@ -43,6 +44,12 @@ int openTrusted(const std::string& path, Database& db, Open open) {
 }
 
 }  // namespace
+
+void prepareSqlite() {
+    sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    sqlite3_config(SQLITE_CONFIG_MALLOC, &poolMemory());
+}
 
 Database openDatabase(const std::string& path) {
     Database db;

@@ -17,6 +17,11 @@ inline constexpr const char* kVsecureDatabase = "/tarvo/DB/vsec_global.sqlite";
 // Commands of the remote-control server.
 inline constexpr const char* kCommandDatabase = "/tarvo/DB/remote_control.sqlite";
 
+// Makes SQLite cheap for a program with one thread: no locks, no memory statistics, its memory from
+// a pool. To be called before the first open. Where something else has started SQLite before, or it
+// was built otherwise, it stays as it is.
+void prepareSqlite();
+
 struct CloseDatabase {
     void operator()(sqlite3* db) const { platform::closeDatabase(db); }
 };

@@ -1,0 +1,102 @@
+#include "db/pool_memory.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+namespace tarvodb {
+
+namespace {
+
+// A piece of memory that is filled with a byte of its own.
+struct Piece {
+    unsigned char* memory;
+    int size;
+    unsigned char mark;
+
+    void fill() { std::fill_n(memory, size, mark); }
+    [[nodiscard]] bool isWhole(int bytes) const {
+        return std::all_of(memory, memory + bytes, [this](auto byte) { return byte == mark; });
+    }
+};
+
+class PoolMemory : public testing::Test {
+  protected:
+    Piece allocated(int size) {
+        Piece piece{static_cast<unsigned char*>(methods_.xMalloc(size)), size, ++mark_};
+        expectFits(piece);
+        piece.fill();
+        return piece;
+    }
+
+    void resize(Piece& piece, int size) {
+        const int kept = std::min(size, piece.size);
+        piece.memory = static_cast<unsigned char*>(methods_.xRealloc(piece.memory, size));
+        piece.size = size;
+        EXPECT_TRUE(piece.isWhole(kept));
+        expectFits(piece);
+        piece.fill();
+    }
+
+    void expectFits(const Piece& piece) {
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(piece.memory) % 8, 0U);
+        EXPECT_GE(methods_.xSize(piece.memory), piece.size);
+    }
+
+    const sqlite3_mem_methods& methods_ = poolMemory();
+
+  private:
+    unsigned char mark_ = 0;
+};
+
+}  // namespace
+
+TEST_F(PoolMemory, KeepsEachPieceWholeWhileOthersComeAndGo) {
+    std::mt19937 random(1);
+    const auto below = [&random](unsigned limit) { return static_cast<int>(random() % limit); };
+    const auto anySize = [&below] { return 1 + below(below(4) == 0 ? 5000 : 200); };
+    std::vector<Piece> pieces;
+    for (int step = 0; step < 20'000; ++step) {
+        if (pieces.size() < 50 || below(3) == 0) {
+            pieces.push_back(allocated(anySize()));
+            continue;
+        }
+        Piece& piece = pieces[random() % pieces.size()];
+        ASSERT_TRUE(piece.isWhole(piece.size));
+        if (below(2) == 0) {
+            resize(piece, anySize());
+        } else {
+            methods_.xFree(piece.memory);
+            piece = pieces.back();
+            pieces.pop_back();
+        }
+    }
+    for (const Piece& piece : pieces) {
+        EXPECT_TRUE(piece.isWhole(piece.size));
+        methods_.xFree(piece.memory);
+    }
+}
+
+TEST_F(PoolMemory, GivesASmallPieceOutAgain) {
+    const Piece piece = allocated(100);
+    methods_.xFree(piece.memory);
+    const Piece again = allocated(97);
+    EXPECT_EQ(again.memory, piece.memory);
+    methods_.xFree(again.memory);
+}
+
+TEST_F(PoolMemory, RoundsSizesUpToWhatAPieceHolds) {
+    for (int size = 1; size < 3000; ++size) {
+        const Piece piece = allocated(size);
+        EXPECT_GE(methods_.xRoundup(size), size);
+        EXPECT_EQ(methods_.xRoundup(size) % 8, 0);
+        EXPECT_LE(methods_.xSize(piece.memory), methods_.xRoundup(size));
+        methods_.xFree(piece.memory);
+    }
+}
+
+}  // namespace tarvodb
