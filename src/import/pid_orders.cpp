@@ -3,7 +3,9 @@
 // As with services, a stream that the document does not list is only marked for removal.
 #include <algorithm>
 #include <array>
+#include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "command/error_codes.h"
@@ -62,22 +64,43 @@ class GivenStream {
     std::array<const char*, std::size(mapping::kPidOrder)> texts_;
 };
 
-bool isStream(const Record<Stream>& stream, const GivenStream& given) {
-    return std::all_of(
-        std::begin(mapping::kPidOrder), std::end(mapping::kPidOrder), [&](const Element& element) {
-            return element.take != mapping::Take::key ||
-                   given.text(element) == stream.value(element.column.index).asString();
-        });
+// What a stream is known by: the texts of its key columns, "" for the others.
+using StreamKey = std::array<std::string_view, std::size(mapping::kPidOrder)>;
+
+//   textOf(element) -> the text of that child or column
+template <class TextOf>
+StreamKey keyBy(TextOf textOf) {
+    StreamKey key;
+    std::transform(std::begin(mapping::kPidOrder), std::end(mapping::kPidOrder), key.begin(),
+                   [&](const Element& element) {
+                       return element.take == mapping::Take::key ? textOf(element) : "";
+                   });
+    return key;
 }
 
-Record<Stream>* streamOf(std::vector<Record<Stream>>& streams, const GivenStream& given) {
-    for (auto& stream : streams) {
-        if (isStream(stream, given)) {
-            return &stream;
+// The stored streams of a service by their keys, which nothing changes here. Of equal ones the
+// first counts.
+class StoredStreams {
+  public:
+    explicit StoredStreams(std::vector<Record<Stream>>& streams) {
+        for (auto& stream : streams) {
+            const auto textOf = [&](const Element& element) {
+                return stream.value(element.column.index).textOrEmpty();
+            };
+            streams_.emplace(keyBy(textOf), &stream);
         }
     }
-    return nullptr;
-}
+
+    // Null when there is none.
+    [[nodiscard]] Record<Stream>* find(const GivenStream& given) const {
+        const auto found =
+            streams_.find(keyBy([&](const Element& element) { return given.text(element); }));
+        return found == streams_.end() ? nullptr : found->second;
+    }
+
+  private:
+    std::map<StreamKey, Record<Stream>*> streams_;
+};
 
 // Inserts a stream that has no row yet. It takes its module, input and output from its service.
 bool insertStream(CmdSetConfiguration& command, const tarvodb::tSqlite3int& idSSG,
@@ -115,8 +138,8 @@ std::vector<Record<Stream>> markedStreams(const CmdSetConfiguration& command,
 
 // Lists a stored stream, or inserts a new one.
 bool applyStream(CmdSetConfiguration& command, const tarvodb::tSqlite3int& idSSG,
-                 std::vector<Record<Stream>>& streams, const GivenStream& given) {
-    auto* stream = streamOf(streams, given);
+                 const StoredStreams& streams, const GivenStream& given) {
+    auto* stream = streams.find(given);
     if (stream == nullptr) {
         return insertStream(command, idSSG, given);
     }
@@ -137,12 +160,13 @@ bool apply::pidOrders(CmdSetConfiguration& command, int idSSG, const XmlNode& se
     const tarvodb::tSqlite3int key(long{idSSG});
     reportProgress("Processing: PIDs --->idSSG: " + std::to_string(idSSG));
     auto streams = markedStreams(command, key);
+    const StoredStreams stored(streams);
     bool applied = true;
     for (const XmlNode& element : document::childrenOf(section)) {
         if (!document::hasName(element, mapping::kPidOrders[0].name)) {
             return fail(command, ErrorCode::invalidCommand, "No pidOrder element found");
         }
-        applied &= applyStream(command, key, streams, GivenStream(element));
+        applied &= applyStream(command, key, stored, GivenStream(element));
     }
     return applied && updateStreams(command, streams);
 }

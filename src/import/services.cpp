@@ -4,7 +4,10 @@
 // the device's own software acts on the mark.
 #include "mapping/services.h"
 
+#include <optional>
+#include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "command/error_codes.h"
@@ -66,15 +69,44 @@ Record<Service> newService(const char* mac, int outputId, int outputSid) {
     return service;
 }
 
-Record<Service>* serviceOf(std::vector<Record<Service>>& services, int outputId, int outputSid) {
-    for (auto& service : services) {
-        if (service[Service::fk_idSalidasLogicas].asInt() == outputId &&
-            service[Service::SID].asInt() == outputSid) {
-            return &service;
+// The stored services of a module, found by output and service id. An element can give its row
+// another id, by which the elements after it find the row.
+class StoredServices {
+  public:
+    explicit StoredServices(std::vector<Record<Service>>& services) : services_(services) {
+        for (std::size_t row = 0; row < services.size(); ++row) {
+            places_.insert(placeOf(row));
         }
     }
-    return nullptr;
-}
+
+    // Calls change(row) on the first row with these ids and returns its result; nothing when there
+    // is no such row.
+    template <class Change>
+    std::optional<bool> changeFirst(int outputId, int outputSid, Change change) {
+        const auto found = places_.lower_bound({outputId, outputSid, 0});
+        if (found == places_.end() || std::get<0>(*found) != outputId ||
+            std::get<1>(*found) != outputSid) {
+            return std::nullopt;
+        }
+        const std::size_t row = std::get<2>(*found);
+        places_.erase(found);
+        const bool result = change(services_[row]);
+        places_.insert(placeOf(row));
+        return result;
+    }
+
+  private:
+    // Output, service id, and the row's place among the rows.
+    using Place = std::tuple<int, int, std::size_t>;
+
+    [[nodiscard]] Place placeOf(std::size_t row) const {
+        const Record<Service>& service = services_[row];
+        return {service[Service::fk_idSalidasLogicas].asInt(), service[Service::SID].asInt(), row};
+    }
+
+    std::vector<Record<Service>>& services_;
+    std::set<Place> places_;
+};
 
 // Writes one `service` element.
 class ServiceImport {
@@ -162,8 +194,8 @@ class ServiceImport {
     std::string log_;
 };
 
-bool applyService(CmdSetConfiguration& command, const char* mac,
-                  std::vector<Record<Service>>& services, const XmlNode& element) {
+bool applyService(CmdSetConfiguration& command, const char* mac, StoredServices& services,
+                  const XmlNode& element) {
     if (!document::hasName(element, mapping::kServices[0].name)) {
         return fail(command, ErrorCode::invalidCommand, "No service element found");
     }
@@ -174,8 +206,11 @@ bool applyService(CmdSetConfiguration& command, const char* mac,
     if (!outputSid) {
         return false;
     }
-    if (auto* stored = serviceOf(services, *outputId, *outputSid)) {
-        return ServiceImport(command, *stored, false).apply(element);
+    const auto applied = services.changeFirst(*outputId, *outputSid, [&](Record<Service>& stored) {
+        return ServiceImport(command, stored, false).apply(element);
+    });
+    if (applied) {
+        return *applied;
     }
     Record<Service> added = newService(mac, *outputId, *outputSid);
     return ServiceImport(command, added, true).apply(element);
@@ -219,8 +254,9 @@ bool apply::services(CmdSetConfiguration& command, const char* mac, const XmlNod
     for (auto& service : services) {
         service.set(Service::EstadoBorrado, RemovalMark::toBeRemoved);
     }
+    StoredServices stored(services);
     for (const XmlNode& element : document::childrenOf(section)) {
-        if (!applyService(command, mac, services, element)) {
+        if (!applyService(command, mac, stored, element)) {
             return false;
         }
     }

@@ -308,6 +308,16 @@ TEST_F(ImportedServices, TheFirstIdentifierFindsAServiceAndTheLastRenumbersIt) {
     EXPECT_THAT(changeLines(), Contains(serviceLine(" outputSid: 501 outputSid: 502")));
 }
 
+TEST_F(ImportedServices, ARenumberedServiceIsFoundByItsNewIdentifierAlone) {
+    addService(2, 1, 502);
+    importServices(service(1, 501, "<outputSid>502</outputSid>") +
+                   service(1, 502, "<olcn>9</olcn>") + service(1, 501, "<olcn>8</olcn>"));
+    expectSuccess();
+    EXPECT_THAT(stored("SELECT idSSG, SID, OLCN FROM ServiciosSalidaGlobal"
+                       " WHERE EstadoBorrado = 0 ORDER BY idSSG"),
+                ElementsAre(ElementsAre("1", "502", "9"), ElementsAre("3", "501", "8")));
+}
+
 TEST_F(ImportedServices, AServiceThatStandsTwiceIsWrittenOnceAndTheLastWins) {
     importServices(service(1, 501, "<olcn>8</olcn>") + service(1, 501, "<olcn>9</olcn>"));
     expectSuccess();
