@@ -72,15 +72,23 @@ def models() -> list[str]:
 
 
 class Device:
-    """A device folder. Whoever made the folder removes it."""
+    """A device folder. Whoever made the folder removes it.
 
-    def __init__(self, root: str | os.PathLike[str]) -> None:
+    Programs built for another machine run under its emulator: the words in front of the program's
+    path, such as ["qemu-arm-static", "-L", "build/sysroot/armhf"]. Programs of the device itself,
+    its scripts among them, are the host's.
+    """
+
+    def __init__(self, root: str | os.PathLike[str], *, emulator: Sequence[str] = ()) -> None:
         self.root = Path(root).absolute()
+        self._emulator = list(emulator)
         if not self.path("/tarvo/sim").is_dir():
             raise SimError(f"{root} does not hold a simulated device; name a new or empty folder")
 
     @classmethod
-    def create(cls, model: str, root: str | os.PathLike[str]) -> Device:
+    def create(
+        cls, model: str, root: str | os.PathLike[str], *, emulator: Sequence[str] = ()
+    ) -> Device:
         """Makes the sample device of a model in a folder that is empty or not there yet."""
         if model not in models():
             raise SimError(f"there is no model {model!r}; choose one of: {', '.join(models())}")
@@ -95,7 +103,7 @@ class Device:
         (folder / "tmp").mkdir()
         (folder / "tarvo/sim/actions.log").touch()
 
-        device = cls(folder)
+        device = cls(folder, emulator=emulator)
         for database, content in _sample_databases(model).items():
             device.path(DATABASES[database]).write_bytes(content)
         for line in (SIM / "samples" / model / "identity.txt").read_text("utf-8").splitlines():
@@ -159,7 +167,11 @@ class Device:
         """
         bwrap = _bubblewrap()
         own = [word for f in DEVICE_FOLDERS for word in ("--bind", str(self.path(f)), f)]
-        place, path = _bring_in(os.fspath(program))
+        place, words = _bring_in(os.fspath(program))
+        if place and self._emulator:
+            mounts, emulator = _emulator_inside(self._emulator)
+            place += mounts
+            words = emulator + words
         log = _Syslog(self.root)
         command = [
             bwrap,
@@ -172,7 +184,7 @@ class Device:
             *("--ro-bind", os.fspath(cwd or os.getcwd()), "/run/cwd", "--chdir", "/run/cwd"),
             "--clearenv",
             *_environment(env or {}),
-            *("--", path, *args),
+            *("--", *words, *args),
         ]
         streams = {}
         if capture:
@@ -358,22 +370,37 @@ def _environment(extra: Mapping[str, str]) -> list[str]:
     return [word for name, value in variables.items() for word in ("--setenv", name, value)]
 
 
-def _bring_in(program: str) -> tuple[list[str], str]:
-    """The mounts that bring a program into the device, and its path there."""
+def _bring_in(program: str) -> tuple[list[str], list[str]]:
+    """The mounts that bring a program into the device, if it has to be, and its path there."""
     if "/" not in program:
         if shutil.which(program, path=DEVICE_PATH) is None:
             raise SimError(f"the device has no program {program!r}; name a file, as in ./{program}")
-        return [], program
+        return [], [program]
     if program.startswith(("/tarvo/", "/etc/init.d/")):
-        return [], program
+        return [], [program]
     if os.path.abspath(program).startswith(tuple(folder + "/" for folder in HOST_FOLDERS)):
-        return [], os.path.abspath(program)
+        return [], [os.path.abspath(program)]
     path = Path(program).resolve()
     if not path.is_file() or not os.access(path, os.X_OK):
         raise SimError(f"{program} is not a program; build it first, or check the path")
     # Libraries that stand beside the program's folder, as in bin/../lib, come along.
     base = path.parent.parent
-    return ["--ro-bind", str(base), "/run/program"], f"/run/program/{path.relative_to(base)}"
+    return ["--ro-bind", str(base), "/run/program"], [f"/run/program/{path.relative_to(base)}"]
+
+
+def _emulator_inside(emulator: list[str]) -> tuple[list[str], list[str]]:
+    """The mounts that an emulator needs, and its words inside the device: folders come along."""
+    if shutil.which(emulator[0], path=DEVICE_PATH) is None:
+        raise SimError(f"the emulator {emulator[0]!r} is missing; install it")
+    mounts: list[str] = []
+    words: list[str] = []
+    for word in emulator:
+        place = f"/run/emulator/{len(words)}"
+        if os.path.isdir(word):
+            mounts += ("--ro-bind", os.path.abspath(word), place)
+            word = place
+        words.append(word)
+    return mounts, words
 
 
 def _bubblewrap() -> str:

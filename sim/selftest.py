@@ -221,6 +221,25 @@ class Running(DeviceTest):
         result = device.run(program, ["/tmp/of device"], cwd=self.folder)
         self.assertEqual(result.stdout, b"beside document argument")
 
+    def test_an_emulator_runs_a_program_that_is_brought_in_and_no_other(self) -> None:
+        (self.folder / "sysroot").mkdir()
+        (self.folder / "sysroot/text").write_text("of the other machine")
+        (self.folder / "build/bin").mkdir(parents=True)
+        program = self.folder / "build/bin/program"
+        program.write_text("#!/bin/sh\ncat text\n")
+        program.chmod(0o755)
+        device = Device(self.device().root, emulator=["env", "-C", str(self.folder / "sysroot")])
+        self.assertEqual(device.run(program).stdout, b"of the other machine")
+        self.assertEqual(device.run("pwd").stdout, b"/run/cwd\n")
+
+    def test_a_missing_emulator_is_one_sentence(self) -> None:
+        (self.folder / "bin").mkdir()
+        program = self.folder / "bin/program"
+        program.touch(mode=0o755)
+        device = Device(self.device().root, emulator=["no-such-emulator"])
+        with self.assertRaisesRegex(SimError, "^the emulator 'no-such-emulator' is missing; "):
+            device.run(program)
+
     def test_syslog_messages_keep_their_priority_and_text(self) -> None:
         script = (
             "import syslog; syslog.syslog(3, 'fault\\n');"

@@ -15,6 +15,7 @@ from __future__ import annotations
 
 import os
 import re
+import shlex
 import sqlite3
 import sys
 import tempfile
@@ -59,6 +60,8 @@ __all__ = [
 
 PROGRAM = os.environ.get("TARVO_CONFIG", str(REPOSITORY / "build/release/bin/tarvo-config"))
 BACKUP_PROGRAM = os.environ.get("TARVO_BACKUP", PROGRAM.replace("tarvo-config", "tarvo-backup"))
+# What runs the program when it was built for another machine.
+EMULATOR = shlex.split(os.environ.get("TARVO_EMULATOR", ""))
 
 CONFIG_DB = DATABASES["config_global"]
 STATE_DB = DATABASES["temp_global"]
@@ -145,7 +148,7 @@ class EndToEndTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory(prefix="e2e-", ignore_cleanup_errors=True)
         self.addCleanup(folder.cleanup)
         with _making:  # the first device of a model is costly; the others wait for it
-            device = Device.create(model, folder.name)
+            device = Device.create(model, folder.name, emulator=EMULATOR)
         for path, statements in ((CONFIG_DB, sql), (STATE_DB, state), (VSEC_DB, vsec)):
             if statements:
                 with closing(device.database(path)) as database:
