@@ -1,5 +1,6 @@
 """Export: the whole document of each sample headend, and what surrounds it."""
 
+import os
 import sys
 from pathlib import Path
 
@@ -69,6 +70,20 @@ class LocalTimeTest(EndToEndTest):
                 result = self.export(self.device(model), env=central_europe)
                 self.assertIn(f"<OutputNITDate>{local}<", result.stdout.decode())
                 self.assertNotIn(f"<OutputNITDate>{utc}<", result.stdout.decode())
+
+
+    def test_date_after_2038_is_written_like_any_other(self) -> None:
+        for seconds, utc in (
+            (0x7FFFFFFF, "19-01-38 03:14:07"),
+            (0x80000000, "19-01-38 03:14:08"),
+            (2208988800, "01-01-40 00:00:00"),
+        ):
+            with self.subTest(utc):
+                device = self.device("QRA-310")
+                table = device.path("/tarvo/datosWeb/tablasSI/NIT_table_12345")
+                os.utime(table, (seconds, seconds))
+                document = edited(golden("QRA-310"), "12-03-24 04:30:00", utc)
+                self.assertRun(self.export(device), stdout=document + b"\n", syslog=[])
 
 
 class IdentityTest(EndToEndTest):
