@@ -7,6 +7,7 @@
 #include <iterator>
 #include <rapidxml/rapidxml_print.hpp>
 
+#include "document/nesting.h"
 #include "text/to_int.h"
 
 namespace document {
@@ -14,21 +15,24 @@ namespace document {
 namespace {
 
 // "line:column: reason". Counted in the text as it was, because parsing writes into its own.
-std::string withPosition(const rapidxml::parse_error& error, std::size_t offset,
+std::string withPosition(const std::string& reason, std::size_t offset,
                          const std::string& original) {
     const std::string before = original.substr(0, offset);
     const auto line = std::count(before.begin(), before.end(), '\n') + 1;
     const std::size_t lineStart = before.rfind('\n') + 1;  // npos + 1 is the first column
-    return std::to_string(line) + ":" + std::to_string(offset - lineStart + 1) + ": " +
-           error.what();
+    return std::to_string(line) + ":" + std::to_string(offset - lineStart + 1) + ": " + reason;
 }
 
 void parseInPlace(XmlDocument& document, char* text, const std::string& original) {
+    if (const auto offset = firstElementBelow(original, kMaxLevels)) {
+        throw ParseError(withPosition(
+            "more than " + std::to_string(kMaxLevels) + " levels of elements", *offset, original));
+    }
     try {
         document.parse<0>(text);
     } catch (const rapidxml::parse_error& error) {
         const auto offset = static_cast<std::size_t>(error.where<char>() - text);
-        throw ParseError(withPosition(error, offset, original));
+        throw ParseError(withPosition(error.what(), offset, original));
     }
 }
 

@@ -17,7 +17,8 @@ using XmlNode = rapidxml::xml_node<char>;
 // Passed to printed(): no line feeds and tabs between elements.
 inline constexpr int kNoIndenting = 0x1;
 
-// `text` is not well-formed XML; what() gives the reason with its line and column.
+// `text` is not well-formed XML, or nested too deeply (document/nesting.h); what() gives the reason
+// with its line and column.
 class ParseError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
