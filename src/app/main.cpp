@@ -6,6 +6,8 @@
 #include "app/run_modes.h"
 #include "db/database.h"
 #include "device/device_identity.h"
+#include "platform/files.h"
+#include "platform/signals.h"
 
 namespace {
 
@@ -18,6 +20,8 @@ app::ExitStatus run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    platform::files::occupyStandardStreams();
+    platform::outliveHangUps();
     try {
         return static_cast<int>(run(argc, argv));
     } catch (const std::exception& error) {

@@ -19,6 +19,7 @@
 #include "platform/debug_log.h"
 #include "platform/local_time.h"
 #include "platform/platform.h"
+#include "platform/signals.h"
 
 namespace tarvo_remote_control {
 
@@ -96,6 +97,7 @@ bool CmdSetVsecureCAMList::apply(const XmlNode* list, bool partial) {
         }
         return false;
     }
+    const platform::HeldSignals held;
     if (!transaction.commit()) {
         return fail(ErrorCode::database);
     }

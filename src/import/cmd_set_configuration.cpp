@@ -12,6 +12,7 @@
 #include "import/settings.h"
 #include "mapping/document_tree.h"
 #include "platform/platform.h"
+#include "platform/signals.h"
 
 namespace tarvo_remote_control {
 
@@ -79,6 +80,8 @@ void CmdSetConfiguration::apply(const XmlNode* configuration) {
         result().setResult(1);
         return;
     }
+    // A second import would find nothing to change, and run no post-action.
+    const platform::HeldSignals held;
     if (!transaction().commit()) {
         fail(*this, ErrorCode::database, "Could not commit transaction");
         rollbackAndClose();

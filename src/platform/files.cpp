@@ -139,4 +139,12 @@ bool replace(const std::string& path, const std::string& content, const FileAcce
     return syncFolderOf(path);
 }
 
+void occupyStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0) {
+            ::open("/dev/null", O_RDONLY);  // gives the lowest number that is free: this one
+        }
+    }
+}
+
 }  // namespace platform::files

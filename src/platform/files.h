@@ -14,4 +14,8 @@ std::optional<std::string> read(const std::string& path);
 std::optional<std::string> readRegular(const std::string& path);
 bool replace(const std::string& path, const std::string& content, const FileAccess& access);
 
+// Puts something in the place of standard streams that the program was started without: the next
+// file that is opened would be there otherwise, and be written to. Writing to them fails.
+void occupyStandardStreams();
+
 }  // namespace platform::files

@@ -57,7 +57,12 @@ std::vector<std::string> readCommandLines(const std::string& command, std::size_
     return lines;
 }
 
-void sleepSeconds(unsigned seconds) { sleep(seconds); }
+void sleepSeconds(unsigned seconds) {
+    // A signal that does not end the program does not shorten its sleep either.
+    while (seconds > 0) {
+        seconds = sleep(seconds);
+    }
+}
 
 std::optional<FileStatus> fileStatus(const std::string& path) { return files::status(path); }
 

@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -144,6 +145,18 @@ TEST_F(Files, OnlyARegularFileIsReadFromAFolderThatIsOpenToAll) {
     EXPECT_EQ(readRegular(path("link")), std::nullopt);
     EXPECT_EQ(readRegular(path("pipe")), std::nullopt);
     EXPECT_EQ(readRegular("/dev/zero"), std::nullopt);
+}
+
+TEST(StandardStreamsDeathTest, ThatAreClosedAreNotTakenByTheNextFile) {
+    EXPECT_EXIT(
+        {
+            close(STDIN_FILENO);
+            close(STDOUT_FILENO);
+            occupyStandardStreams();
+            const bool fails = ::write(STDOUT_FILENO, "x", 1) < 0;
+            _exit(fails && ::open("/dev/null", O_RDONLY) > STDERR_FILENO ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Files, TheStatusIsThatOfALinkItself) {
