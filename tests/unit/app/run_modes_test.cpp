@@ -145,8 +145,21 @@ TEST_F(RunModes, ImportTakesAConfigurationAtTheTop) {
     EXPECT_THAT(locations(), ElementsAre(kRoof));
 }
 
+TEST_F(RunModes, ImportTakesTheFirstConfiguration) {
+    EXPECT_EQ(import(std::string(kConfiguration) + kRefused), ExitStatus::success);
+    EXPECT_THAT(locations(), ElementsAre(kRoof));
+}
+
+TEST_F(RunModes, ImportLeavesTheFileAsItIs) {
+    const std::string text =
+        "<configuration><identification><location>a&amp;b&#65;</location></identification>"
+        "</configuration>";
+    EXPECT_EQ(import(text), ExitStatus::success);
+    EXPECT_EQ(device.readFile(kDocument), text);
+}
+
 TEST_F(RunModes, ImportTakesConfigurationAndCamListOfABackup) {
-    EXPECT_EQ(import(std::string("<backup>") + kCamList + kConfiguration + "</backup>"),
+    EXPECT_EQ(import(std::string("<x/><backup>") + kCamList + kConfiguration + "</backup>"),
               ExitStatus::success);
     EXPECT_THAT(locations(), ElementsAre(kRoof));
     EXPECT_THAT(cams(), ElementsAre(kCam));
@@ -157,10 +170,18 @@ TEST_F(RunModes, ImportOfABackupWithoutCamListIsComplete) {
     EXPECT_THAT(locations(), ElementsAre(kRoof));
 }
 
-TEST_F(RunModes, ImportIgnoresACamListOutsideABackup) {
-    EXPECT_EQ(import(std::string(kConfiguration) + kCamList), ExitStatus::success);
-    EXPECT_THAT(locations(), ElementsAre(kRoof));
-    EXPECT_THAT(cams(), ElementsAre());
+TEST_F(RunModes, ImportIgnoresACamListThatIsNotOfTheBackup) {
+    const std::string before = std::string("<backup>") + kConfiguration;
+    for (const std::string& text :
+         {std::string(kConfiguration) + kCamList, std::string(kCamList) + kConfiguration,
+          before + "</backup>" + kCamList, before + "<x>" + kCamList + "</x></backup>",
+          before + "<VSECURECAMLIST><cam><serialNumber>7</serialNumber></cam></VSECURECAMLIST>"
+                   "</backup>"}) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(import(text), ExitStatus::success);
+        EXPECT_THAT(locations(), ElementsAre(kRoof));
+        EXPECT_THAT(cams(), ElementsAre());
+    }
 }
 
 TEST_F(RunModes, ImportLeavesTheCamListOfAFailedConfigurationAlone) {
@@ -179,10 +200,17 @@ TEST_F(RunModes, ImportReportsAFailedCamListAfterAStoredConfiguration) {
 
 TEST_F(RunModes, ImportComparesTheOuterNamesExactly) {
     for (const char* text : {"<Configuration/>", "<Backup><configuration/></Backup>",
-                             "<backup><CONFIGURATION/></backup>", "<backup/><configuration/>"}) {
+                             "<backup><CONFIGURATION/></backup>"}) {
         EXPECT_EQ(import(text), ExitStatus::failure) << text;
     }
     EXPECT_EQ(import("<other/><configuration/>"), ExitStatus::success);
+}
+
+TEST_F(RunModes, ImportLooksNowhereElseThanInTheBackupWhenThereIsOne) {
+    for (const char* text : {"<backup/>", "<backup/><configuration/>", "<configuration/><backup/>",
+                             "<backup><x><configuration/></x></backup>"}) {
+        EXPECT_EQ(import(text), ExitStatus::failure) << text;
+    }
 }
 
 TEST_F(RunModes, ImportOfAMissingFileFindsNoConfiguration) {

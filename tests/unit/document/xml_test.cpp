@@ -55,11 +55,21 @@ TEST(Xml, IsParsedToATree) {
     EXPECT_EQ(printed(xml.root(), kNoIndenting), "<a><b>1</b><c><d/></c></a>");
 }
 
-TEST(Xml, MayBeginWithAByteOrderMarkOrADeclaration) {
+TEST(Xml, MayHaveOtherThingsBeforeItsRoot) {
     EXPECT_EQ(textOfParsed("\xEF\xBB\xBF<a>1</a>"), "1");
     EXPECT_EQ(textOfParsed("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<a>1</a>\n"), "1");
     EXPECT_EQ(textOfParsed("\xEF\xBB\xBF<?xml version=\"1.0\"?><a>1</a>"), "1");
+    EXPECT_EQ(textOfParsed("<?xml version=\"1.0\" encoding=\"other\"?><a>1</a>"), "1");
     EXPECT_EQ(textOfParsed("<!-- <b>2</b> --><!DOCTYPE a><a>1</a>"), "1");
+    EXPECT_EQ(textOfParsed("<!DOCTYPE a [<!ENTITY b 'c'>]><a>1</a>"), "1");
+    EXPECT_EQ(textOfParsed("<?tool do it?><a>1</a>"), "1");
+    EXPECT_EQ(textOfParsed(" \r\n\t<a>1</a>"), "1");
+}
+
+TEST(Xml, EndsAtAZeroByte) {
+    using namespace std::string_literals;
+    EXPECT_EQ(textOfParsed("<a>1</a>\0<<<"s), "1");
+    EXPECT_EQ(Parsed("\0<a/>"s).first(), nullptr);
 }
 
 TEST(Xml, HasNoNodeInAnEmptyText) {
@@ -143,7 +153,8 @@ TEST(Xml, TranslatesEntities) {
     EXPECT_EQ(textOfParsed("<a>&other; &</a>"), "&other; &");
 }
 
-TEST(Xml, KeepsBytesAbove127) {
+TEST(Xml, KeepsBytesOfNoEncoding) {
+    EXPECT_EQ(textOfParsed("<a>\xFF\x80\x01</a>"), "\xFF\x80\x01");
     EXPECT_EQ(textOfParsed("<a>\xC3\xB1 \xE9\xFF</a>"), "\xC3\xB1 \xE9\xFF");
     EXPECT_EQ(printed(Parsed("<\xC3\xB1>\xE9</\xC3\xB1>").root(), kNoIndenting),
               "<\xC3\xB1>\xE9</\xC3\xB1>");
@@ -171,6 +182,7 @@ TEST(Xml, CountsTextBetweenElementsAsAChildWithoutAName) {
 
 TEST(Xml, CountsNeitherBlanksNorCommentsAsChildren) {
     EXPECT_EQ(childNames(Parsed("<a>\n <b/>\n <!-- c -->\n <d/>\n</a>").root()), "bd");
+    EXPECT_EQ(childNames(Parsed("<a>\r\n\t<b/>\r\n</a>").root()), "b");
     EXPECT_EQ(childNames(Parsed("<a> \n </a>").root()), "");
     EXPECT_EQ(childNames(Parsed("<a/>").root()), "");
 }

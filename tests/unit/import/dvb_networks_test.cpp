@@ -109,6 +109,7 @@ TEST_F(DvbNetworks, EachChangedValueMarksTheRowAndIsToldUnderItsLabel) {
         {"<forceServiceName>1</forceServiceName>", "Force_ServiceName", "1",
          "forcedServiceName=1,"},
         {"<autoServiceList>1</autoServiceList>", "Auto_Service_List", "1", "autoServiceList=1,"},
+        {"<autoServiceList>-6</autoServiceList>", "Auto_Service_List", "-6", "autoServiceList=-6,"},
         {"<lcnOffset>20</lcnOffset>", "LCN_Offset", "20", "lcnOffset=20,"},
         {"<lcnMode>1</lcnMode>", "LCN_Mode", "1", "lcnMode=1,"},
         {"<tipoNITPatron>1</tipoNITPatron><nitPatron>3</nitPatron>", "NIT_Patron", "3",
@@ -354,6 +355,14 @@ TEST_F(DvbNetworks, APatternIsZeroOrOneUnlessACustomTypeCameBefore) {
         importNetwork(std::string("<id>1</id>") + children);
         expectSuccess();
     }
+}
+
+TEST_F(DvbNetworks, APatternThatWasCheckedIsNotCheckedAgainForALaterType) {
+    importNetwork(
+        "<id>1</id><tipoNITPatron>1</tipoNITPatron><nitPatron>-1</nitPatron>"
+        "<tipoNITPatron>0</tipoNITPatron>");
+    expectSuccess();
+    EXPECT_EQ(column("Tipo_NIT_Patron || ' ' || NIT_Patron"), "1 -1");
 }
 
 TEST_F(DvbNetworks, APatternVersionIsZeroUnlessAPatternCameBefore) {

@@ -214,6 +214,16 @@ TEST_F(ImportedSatelliteInputs, AFrequencyOutOfRangeDoesNotEndTheModule) {
     EXPECT_THAT(stored("SELECT Atenuacion FROM RedesModulos"), ElementsAre(ElementsAre("9")));
 }
 
+TEST_F(ImportedSatelliteInputs, AFrequencyOutOfRangeDoesNotEndTheConfiguration) {
+    importConfiguration("<modules>" +
+                        moduleElement("<inputs>" + input(1, 0, frequency(12000)) + "</inputs>") +
+                        "</modules><network><ip>10.0.0.2</ip></network>");
+    expectOutOfRange();
+    EXPECT_THAT(stored("SELECT valor FROM configuracionWebGlobal WHERE nombre = 'network_IP'"),
+                ElementsAre(ElementsAre("10.0.0.2")));
+    EXPECT_THAT(device.shellCommands(), ElementsAre("/tarvo/script/WAN_from_DB.sh"));
+}
+
 TEST_F(ImportedSatelliteInputs, AFrequencyOutOfRangeIsInTheDebugLogToo) {
     platform::debugMask = 0x10;
     importInputs(input(1, 0, frequency(12000)));

@@ -148,6 +148,22 @@ TEST_P(ImportedInputChild, IsStoredOnItsTypeOfInputAndTold) {
 
 INSTANTIATE_TEST_SUITE_P(Children, ImportedInputChild, testing::ValuesIn(kChildCases));
 
+TEST_F(ImportedInputs, AnAutomaticPlsModeReplacesAnother) {
+    rows("UPDATE NimGlobal SET ModoPLS = 1");
+    importInputs(input(1, kSatellite, "<PLSmode>auto</PLSmode>"));
+    expectSuccess();
+    EXPECT_THAT(writes(), ElementsAre("UPDATE NimGlobal SET  ModoPLS = '0' , Estado = '1'  WHERE "
+                                      "idNimGlobal = '11'"));
+}
+
+TEST_F(ImportedInputs, AStreamThatIsNoNumberIsZero) {
+    rows("UPDATE NimGlobal SET StreamID = 4");
+    importInputs(input(1, kSatellite, "<streamID>Auto</streamID>"));
+    expectSuccess();
+    EXPECT_THAT(writes(), ElementsAre("UPDATE NimGlobal SET  StreamID = '0' , Estado = '1'  WHERE "
+                                      "idNimGlobal = '11'"));
+}
+
 TEST_F(ImportedInputs, TransportStreamAndTypeAreComparedAsNumbers) {
     importInputs(input(1, 0, "<tsid>01</tsid><onid>2x</onid>"));
     EXPECT_THAT(writes(), IsEmpty());

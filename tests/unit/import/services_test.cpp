@@ -219,11 +219,14 @@ TEST_F(ImportedServices, AChannelNumberBelow1ThatIsStoredAlreadyPasses) {
     expectSuccess();
 }
 
-TEST_F(ImportedServices, ChannelNumber0PassesOnANewService) {
+TEST_F(ImportedServices, OfThoseBelow1ChannelNumber0PassesOnANewService) {
     importServices(service(1, 501, "") + service(1, 502, "<lcn>0</lcn>"));
     expectSuccess();
     EXPECT_THAT(stored("SELECT LCN FROM ServiciosSalidaGlobal WHERE SID = 502"),
                 ElementsAre(ElementsAre("0")));
+    importServices(service(1, 503, "<lcn>-1</lcn>"));
+    EXPECT_THAT(errors(), ElementsAre("103 Invalid value: LCN value cannot be 0",
+                                      "202 Could not set configuration"));
 }
 
 TEST_F(ImportedServices, AChangedChannelNumberIsForcedOnOneModel) {
@@ -318,10 +321,11 @@ TEST_F(ImportedServices, ARenumberedServiceIsFoundByItsNewIdentifierAlone) {
                 ElementsAre(ElementsAre("1", "502", "9"), ElementsAre("3", "501", "8")));
 }
 
-TEST_F(ImportedServices, AServiceThatStandsTwiceIsWrittenOnceAndTheLastWins) {
-    importServices(service(1, 501, "<olcn>8</olcn>") + service(1, 501, "<olcn>9</olcn>"));
+TEST_F(ImportedServices, AServiceThatStandsTwiceTakesBothAndTheLastWins) {
+    importServices(service(1, 501, "<olcn>8</olcn><lcn>17</lcn>") +
+                   service(1, 501, "<olcn>9</olcn>"));
     expectSuccess();
-    EXPECT_THAT(writes(), ElementsAre("UPDATE ServiciosSalidaGlobal SET  OLCN = '9' , "
+    EXPECT_THAT(writes(), ElementsAre("UPDATE ServiciosSalidaGlobal SET  OLCN = '9' , LCN = '17' , "
                                       "EstadoBorrado = '0' , EstadoServicio = '1'  WHERE idSSG = "
                                       "'1'"));
 }
@@ -496,6 +500,13 @@ TEST_F(ImportedServices, AServiceThatIsNotListedIsMarkedForRemovalWithItsStreams
                     "UPDATE ServiciosSalidaGlobal SET  Seleccionado = '0' , Orden = '0' , LCN = "
                     "'0' , EstadoBorrado = '2' , EstadoServicio = '1'  WHERE idSSG = '2'"));
     EXPECT_EQ(stored("SELECT idSSG FROM ServiciosSalidaGlobal").size(), 2U);
+}
+
+TEST_F(ImportedServices, AModuleWithoutTheSectionKeepsItsServices) {
+    addStream(51, 1);
+    importModule("");
+    expectSuccess();
+    EXPECT_THAT(writes(), IsEmpty());
 }
 
 TEST_F(ImportedServices, AnEmptySectionMarksEveryServiceOfTheModule) {

@@ -131,10 +131,13 @@ TEST_F(Files, AFileIsReadWhole) {
 
 TEST_F(Files, WhatCannotBeReadGivesNothing) {
     fs::create_directory(path("folder"));
-    for (const char* name : {"folder", "missing", "folder/missing"}) {
+    fs::create_symlink(path("loop"), path("loop"));
+    for (const char* name : {"folder", "missing", "folder/missing", "loop"}) {
         EXPECT_EQ(read(path(name)), std::nullopt) << name;
         EXPECT_EQ(readRegular(path(name)), std::nullopt) << name;
     }
+    EXPECT_EQ(read(""), std::nullopt);
+    EXPECT_EQ(read("/proc/self/mem"), std::nullopt);  // opens, and then fails
 }
 
 TEST_F(Files, OnlyARegularFileIsReadFromAFolderThatIsOpenToAll) {
