@@ -138,6 +138,13 @@ def errors_in(result: Result) -> list[str]:
     return [line.removeprefix("r9::: ") for line in lines]
 
 
+def _logged(line: str) -> LogLine:
+    """The syslog line of a change, or of an error when the text begins with "Error"."""
+    if line.startswith("Error"):
+        return LogLine(NEWS_ERROR, "r9::: " + line)
+    return LogLine(NEWS_NOTICE, "REMOTE_CONTROL::: " + line)
+
+
 class EndToEndTest(unittest.TestCase):
     """Tests of one file run side by side, so there are no fixtures of a class or a module."""
 
@@ -241,9 +248,7 @@ class EndToEndTest(unittest.TestCase):
         result = self.load(device, text)
         self.assertRun(result, actions=actions)
         if logs is not None:
-            self.assertEqual(
-                [LogLine(NEWS_NOTICE, "REMOTE_CONTROL::: " + line) for line in logs], result.syslog
-            )
+            self.assertEqual([_logged(line) for line in logs], result.syslog)
         else:
             self.assertEqual([], errors_in(result))
         if prints is not None:
@@ -258,14 +263,22 @@ class EndToEndTest(unittest.TestCase):
         *,
         status: int,
         code: int,
-        errors: Sequence[str],
+        errors: Sequence[str] | None = None,
         prints: Sequence[str] | None = None,
+        logs: Sequence[str] | None = None,
     ) -> None:
-        """An import that is tried three times, reports the code each time, and changes nothing."""
+        """An import that is tried three times, reports the code each time, and changes nothing.
+
+        Given are a try's syslog lines, or its errors alone. They come without the prefixes that
+        they all have; an error begins with "Error".
+        """
         before = tables(device)
         result = self.load(device, text)
         self.assertRun(result, status, stderr=f"Error: {code}\n".encode() * 3)
-        self.assertEqual(list(errors) * 3, errors_in(result))
+        if errors is not None:
+            self.assertEqual(list(errors) * 3, errors_in(result))
+        if logs is not None:
+            self.assertEqual([_logged(line) for line in logs] * 3, result.syslog)
         self.assertEqual(f"Error: {code}", device.path(ERROR_FILE).read_text())
         if prints is not None:
             self.assertProgress(list(prints) * 3, result)
