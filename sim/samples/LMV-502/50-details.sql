@@ -1,8 +1,8 @@
 -- What sets single services, tuners and outputs apart.
 
 UPDATE ServiciosSalidaGlobal SET NombreSalida = 'Golo "Um"', NombreForzado = 1 WHERE SID = 2104;
-UPDATE ServiciosSalidaGlobal SET LCNForzado = 1 WHERE SID BETWEEN 1101 AND 1105;
-UPDATE ServiciosSalidaGlobal SET Transcoding = 1 WHERE SID IN (2101, 2102, 2103, 2201, 2204);
+UPDATE ServiciosSalidaGlobal SET LCNForzado = 1 WHERE SID = 1101;
+UPDATE ServiciosSalidaGlobal SET Transcoding = 1 WHERE SID IN (2101, 2201);
 UPDATE ServiciosSalidaGlobal SET DuplicadoClonado = 1, SimulcastLCN = 202 WHERE SID = 2202;
 UPDATE ServiciosSalidaGlobal SET SSU = 2 WHERE SID = 3206;
 UPDATE ServiciosSalidaGlobal SET EstadoBorrado = 2, Seleccionado = 0, Orden = 0 WHERE SID = 1206;

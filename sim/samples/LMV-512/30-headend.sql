@@ -60,17 +60,8 @@ INSERT INTO output VALUES
 -- module, output, sid, input, osid, lcn, type, streams, decrypt, name
 INSERT INTO lineup VALUES
     (1, 1, 1101, 1, 3401,   1, 25, 'hd',    0, 'Lombarda Uno'),
-    (1, 1, 1102, 1, 3408,   2, 25, 'hd',    0, 'Lombarda Due'),
-    (1, 1, 1103, 1, 3415,   3, 22, 'dual',  0, 'Giornale Ora'),
-    (1, 1, 1104, 1, 3422,   4,  1, 'sd',    0, 'Cartoni & Amici'),
-    (1, 1, 1105, 1, 3413, 805,  2, 'radio', 0, 'Radio Brera'),
-    (1, 2, 1201, 2, 3501,   6, 25, 'hd',    1, 'Cinema Prima'),
     (1, 2, 1202, 2, 3508,   7, 25, 'hd',    1, 'Cinema Seconda'),
     (1, 2, 1203, 2, 3515,   8, 22, 'dual',  1, 'Calcio Club'),
-    (1, 2, 1204, 2, 3522,   9, 22, 'dual',  1, 'Calcio "Live"'),
-    (1, 2, 1205, 2, 3513, 810,  2, 'radio', 0, 'Radio Stadio'),
-    (2, 1, 2101, 1, 3601,  11, 25, 'hd',    0, 'Storia e Arte'),
-    (2, 1, 2102, 1, 3608,  12, 25, 'hd',    0, 'Natura <viva>'),
     (2, 1, 2103, 1, 3615,  13,  1, 'sd',    0, 'Cucina D''Autore'),
     (2, 1, 2104, 1, 3622,  14,  1, 'sd',    0, 'Moda Milano'),
     (2, 1, 2105, 1, 3613, 815,  2, 'radio', 0, 'Radio Opera'),
@@ -78,27 +69,8 @@ INSERT INTO lineup VALUES
     (2, 2, 2202, 2, 3708,  17,  1, 'sd',    0, 'Lago TV'),
     (2, 2, 2203, 2, 3715,  18, 25, 'hd',    0, 'Alpi HD'),
     (2, 2, 2204, 2, 3722,  19,  1, 'sd',    0, 'Valle Verde'),
-    (2, 2, 2205, 2, 3713, 820,  2, 'radio', 0, 'Radio Alpi'),
-    (3, 1, 3101, 1, 3801,  21, 25, 'hd',    0, 'Motori'),
-    (3, 1, 3102, 1, 3808,  22, 25, 'hd',    0, 'Viaggi'),
-    (3, 1, 3103, 1, 3815,  23,  1, 'sd',    0, 'Fumetti'),
-    (3, 1, 3104, 1, 3822,  24, 22, 'dual',  0, 'Teatro'),
-    (3, 1, 3105, 1, 3813, 825,  2, 'radio', 0, 'Radio Notte'),
-    (3, 2, 3201, 2, 3901,  26,  1, 'sd',    0, 'Borsa & Affari'),
     (3, 2, 3202, 2, 3908,  27,  1, 'sd',    0, 'Parlamento 2'),
-    (3, 2, 3203, 2, 3915,  28,  1, 'sd',    0, 'Meteo 24'),
-    (3, 2, 3204, 2, 3922,  29,  1, 'sd',    0, 'Scuola'),
-    (3, 2, 3205, 2, 3913, 830,  2, 'radio', 0, 'Radio Jazz'),
-    (4, 1, 4101, 1, 4001,  31,  1, 'sd',    0, 'Nonno TV'),
-    (4, 1, 4102, 1, 4008,  32, 25, 'hd',    0, 'Svizzera Uno'),
-    (4, 1, 4103, 1, 4015,  33, 25, 'hd',    0, 'Svizzera Due'),
-    (4, 1, 4104, 1, 4022,  34, 25, 'hd',    0, 'Österreich 3'),
-    (4, 1, 4105, 1, 4013, 835,  2, 'radio', 0, 'Radio Confine'),
-    (4, 2, 4201, 2, 4101,  36,  1, 'sd',    0, 'Shopping'),
-    (4, 2, 4202, 2, 4108,  37,  1, 'sd',    0, 'Shopping +1'),
-    (4, 2, 4203, 2, 4115,  38, 25, 'hd',    0, 'Arena HD'),
-    (4, 2, 4204, 2, 4122,  39,  1, 'sd',    0, 'Notte'),
-    (4, 2, 4205, 2, 4113, 840,  2, 'radio', 0, 'Radio Fine');
+    (4, 1, 4105, 1, 4013, 835,  2, 'radio', 0, 'Radio Confine');
 
 -- module, card_status, card_serial, serial, version, rights_hours
 INSERT INTO cam VALUES
@@ -111,7 +83,5 @@ INSERT INTO firmware VALUES
 
 -- sid, bits (see 40-expand.sql)
 INSERT INTO service_state VALUES
-    (1201,  0x30),
     (1202,  0xFF),
-    (1203, 0x110),
-    (1204,  0x00);
+    (1203, 0x110);

@@ -67,46 +67,15 @@ INSERT INTO output VALUES
 
 -- module, output, sid, input, osid, lcn, type, streams, decrypt, name
 INSERT INTO lineup VALUES
-    (1, 1, 1101, 1, 6001,   1, 25, 'hd',    0, 'Islas Uno HD'),
-    (1, 1, 1102, 1, 6008,   2, 25, 'hd',    0, 'Islas Dos HD'),
-    (1, 1, 1103, 1, 6015,   3, 22, 'dual',  0, 'Teide Noticias'),
-    (1, 1, 1104, 1, 6022,   4,  1, 'sd',    0, 'Guanche TV'),
-    (1, 1, 1105, 1, 6013, 805,  2, 'radio', 0, 'Radio Isla'),
     (1, 2, 1201, 2, 6101,   6, 25, 'hd',    1, 'Estreno HD'),
     (1, 2, 1202, 2, 6108,   7, 25, 'hd',    1, 'Estreno 2 HD'),
     (1, 2, 1203, 2, 6115,   8, 22, 'dual',  1, 'Lucha & Vela'),
     (1, 2, 1204, 2, 6122,   9, 25, 'hd',    1, 'Surf <extremo>'),
-    (1, 2, 1205, 2, 6113, 810,  2, 'radio', 0, 'Radio Olas'),
     (2, 1, 2101, 1, 6201,  11, 25, 'hd',    0, 'Sonne TV'),
     (2, 1, 2102, 1, 6208,  12,  1, 'sd',    0, 'Strandkorb 24'),
-    (2, 1, 2103, 1, 6215,  13, 22, 'dual',  0, 'Nordwind'),
-    (2, 1, 2104, 1, 6210, 814,  2, 'radio', 0, 'Schlager "Gold"'),
-    (2, 1, 2105, 1, 6229,  15,  1, 'sd',    0, 'Kinder Insel'),
-    (2, 2, 2201, 2, 6301,  16, 25, 'hd',    0, 'Sunrise One'),
-    (2, 2, 2202, 2, 6308,  17, 22, 'dual',  0, 'Sunrise Two'),
-    (2, 2, 2203, 2, 6315,  18, 25, 'hd',    1, 'Pub Sports'),
-    (2, 2, 2204, 2, 6322,  19,  1, 'sd',    0, 'Old Movies'),
-    (2, 2, 2205, 2, 6313, 820,  2, 'radio', 0, 'Holiday FM'),
     (3, 1, 3101, 1, 6401,  21,  1, 'sd',    0, 'La Palma Directo'),
-    (3, 1, 3102, 1, 6408,  22,  1, 'sd',    0, 'Gran Canaria Ahora'),
-    (3, 1, 3103, 1, 6415,  23, 25, 'hd',    0, 'Timanfaya'),
-    (3, 1, 3104, 1, 6422,  24,  1, 'sd',    0, 'L''Hierro'),
-    (3, 1, 3105, 1, 6413, 825,  2, 'radio', 0, 'Radio Volcán'),
-    (3, 2, 3201, 2, 6501,  26,  1, 'sd',    0, 'Cocina Canaria'),
     (3, 2, 3202, 2, 6508,  27,  1, 'sd',    0, 'Bazar'),
-    (3, 2, 3203, 2, 6515,  28,  1, 'sd',    0, 'Rocío Clásicos'),
-    (3, 2, 3204, 2, 6522,  29, 25, 'hd',    0, 'Niños Ñ'),
-    (3, 2, 3205, 2, 6513, 830,  2, 'radio', 0, 'Radio Plátano'),
-    (4, 1, 4101, 1, 6601,  31, 25, 'hd',    0, 'Puerto Cam'),
-    (4, 1, 4102, 1, 6608,  32,  1, 'sd',    0, 'Aeropuerto'),
-    (4, 1, 4103, 1, 6615,  33, 22, 'dual',  0, 'Bienvenidos'),
-    (4, 1, 4104, 1, 6622,  34,  1, 'sd',    0, 'Piscina Bar'),
-    (4, 1, 4105, 1, 6613, 835,  2, 'radio', 0, 'Radio Hotel'),
-    (4, 2, 4201, 2, 6701,  36, 25, 'hd',    0, 'Nordic Wave'),
-    (4, 2, 4202, 2, 6708,  37,  1, 'sd',    0, 'Midnattsol'),
-    (4, 2, 4203, 2, 6715,  38, 25, 'hd',    0, 'Fjord & Fjell'),
-    (4, 2, 4204, 2, 6722,  39,  1, 'sd',    0, 'Ålesund Live'),
-    (4, 2, 4205, 2, 6713, 840,  2, 'radio', 0, 'Radio Nord');
+    (4, 1, 4101, 1, 6601,  31, 25, 'hd',    0, 'Puerto Cam');
 
 -- module, card_status, card_serial, serial, version, rights_hours
 INSERT INTO cam VALUES

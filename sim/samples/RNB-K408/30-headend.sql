@@ -68,45 +68,13 @@ INSERT INTO output VALUES
 -- module, output, sid, input, osid, lcn, type, streams, decrypt, name
 INSERT INTO lineup VALUES
     (1, 1, 1101, 1, 10301,   1, 25, 'hd',    0, 'Isar Eins HD'),
-    (1, 1, 1102, 1, 10308,   2, 25, 'hd',    0, 'Isar Zwei HD'),
-    (1, 1, 1103, 1, 10315,   3, 22, 'dual',  0, 'Nachrichten Rund um die Uhr'),
-    (1, 1, 1104, 1, 10322,   4,  1, 'sd',    0, 'Kinderzimmer'),
-    (1, 1, 1105, 1, 10313, 805,  2, 'radio', 0, 'Radio Isar'),
     (1, 2, 1201, 2, 10351,   6, 25, 'hd',    1, 'Film Privat HD'),
-    (1, 2, 1202, 2, 10358,   7, 25, 'hd',    1, 'Film Privat 2 HD'),
     (1, 2, 1203, 2, 10365,   8, 22, 'dual',  1, 'Sport & Spiel'),
-    (1, 2, 1204, 2, 10372,   9, 25, 'hd',    1, 'Berg "Live"'),
-    (1, 2, 1205, 2, 10363, 810,  2, 'radio', 0, 'Radio Gipfel'),
     (2, 1, 2101, 1, 17501,  11, 25, 'hd',    0, 'Wissen <jetzt>'),
-    (2, 1, 2102, 1, 17508,  12, 25, 'hd',    0, 'Geschichte'),
-    (2, 1, 2103, 1, 17515,  13,  1, 'sd',    0, 'Küche & Garten'),
-    (2, 1, 2104, 1, 17522,  14, 22, 'dual',  0, 'Reise'),
-    (2, 1, 2105, 1, 17513, 815,  2, 'radio', 0, 'Radio Klassik Süd'),
-    (2, 2, 2201, 2, 12001,  16, 25, 'hd',    1, 'Serien Prima'),
-    (2, 2, 2202, 2, 12008,  17,  1, 'sd',    1, 'Serien Retro'),
     (2, 2, 2203, 2, 12015,  18, 25, 'hd',    1, 'Krimi'),
-    (2, 2, 2204, 2, 12022,  19,  1, 'sd',    0, 'Komödie'),
-    (2, 2, 2205, 2, 12013, 820,  2, 'radio', 0, 'Radio Jazzkeller'),
     (3, 1, 3101, 1,   544,  21, 25, 'hd',    0, 'Gesundheit TV'),
-    (3, 1, 3102, 1,   551,  22,  1, 'sd',    0, 'Patienteninfo'),
-    (3, 1, 3103, 1,   558,  23,  1, 'sd',    0, 'Seelsorge'),
-    (3, 1, 3104, 1,   565,  24,  1, 'sd',    0, 'D''Hoamat'),
-    (3, 1, 3105, 1,   556, 825,  2, 'radio', 0, 'Radio Klinik'),
-    (3, 2, 3201, 2,   624,  26, 25, 'hd',    0, 'Österreich Heute'),
-    (3, 2, 3202, 2,   631,  27, 25, 'hd',    0, 'Zürich Aktuell'),
-    (3, 2, 3203, 2,   638,  28,  1, 'sd',    0, 'Südtirol Uno'),
     (3, 2, 3204, 2,   645,  29,  1, 'sd',    0, 'Türkçe Bir'),
-    (3, 2, 3205, 2,   636, 830,  2, 'radio', 0, 'Radyo Bir'),
-    (4, 1, 4101, 1, 28221,  31, 25, 'hd',    0, 'Polska Jeden'),
-    (4, 1, 4102, 1, 28228,  32,  1, 'sd',    0, 'Россия сегодня'),
-    (4, 1, 4103, 1, 28235,  33,  1, 'sd',    0, 'Ελλάδα Ένα'),
-    (4, 1, 4104, 1, 28242,  34,  1, 'sd',    0, 'Italia Buongiorno'),
-    (4, 1, 4105, 1, 28233, 835,  2, 'radio', 0, 'Radio Europa'),
-    (4, 2, 4201, 2, 53001,  36,  1, 'sd',    1, 'Börse'),
-    (4, 2, 4202, 2, 53008,  37,  1, 'sd',    0, 'Parlament'),
-    (4, 2, 4203, 2, 53015,  38,  1, 'sd',    0, 'Wetter'),
-    (4, 2, 4204, 2, 53022,  39,  1, 'sd',    0, 'Nachtprogramm'),
-    (4, 2, 4205, 2, 53013, 840,  2, 'radio', 0, 'Radio Nacht');
+    (4, 1, 4101, 1, 28221,  31, 25, 'hd',    0, 'Polska Jeden');
 
 -- module, card_status, card_serial, serial, version, rights_hours
 INSERT INTO cam VALUES
@@ -123,5 +91,4 @@ INSERT INTO firmware VALUES
 
 -- sid, bits (see 40-expand.sql)
 INSERT INTO service_state VALUES
-    (1201, 0x30),
-    (1202, 0x10);
+    (1201, 0x30);

@@ -63,45 +63,14 @@ INSERT INTO output VALUES
 -- module, output, sid, input, osid, lcn, type, streams, decrypt, name
 INSERT INTO lineup VALUES
     (1, 1, 1101, 1, 9001,   1, 25, 'hd',    0, 'Alpes Un HD'),
-    (1, 1, 1102, 1, 9008,   2, 25, 'hd',    0, 'Alpes Deux HD'),
-    (1, 1, 1103, 1, 9015,   3, 22, 'dual',  0, 'Info Vallée'),
-    (1, 1, 1104, 1, 9022,   4,  1, 'sd',    0, 'Dessins & Co'),
-    (1, 1, 1105, 1, 9013, 805,  2, 'radio', 0, 'Radio Neige'),
     (1, 2, 1201, 2, 9101,   6, 25, 'hd',    1, 'Grand Écran HD'),
     (1, 2, 1202, 2, 9108,   7, 25, 'hd',    1, 'Grand Écran 2'),
     (1, 2, 1203, 2, 9115,   8, 22, 'dual',  1, 'Ballon Rond'),
-    (1, 2, 1204, 2, 9122,   9, 25, 'hd',    1, 'Glisse "Extrême"'),
-    (1, 2, 1205, 2, 9113, 810,  2, 'radio', 0, 'Radio Piste'),
-    (2, 1, 2101, 1, 9201,  11, 25, 'hd',    0, 'Histoire de France'),
-    (2, 1, 2102, 1, 9208,  12, 25, 'hd',    0, 'Sciences <plus>'),
-    (2, 1, 2103, 1, 9215,  13,  1, 'sd',    0, 'Cuisine d''Ici'),
-    (2, 1, 2104, 1, 9222,  14,  1, 'sd',    0, 'L''Atelier'),
-    (2, 1, 2105, 1, 9213, 815,  2, 'radio', 0, 'Radio Lyrique'),
-    (2, 2, 2201, 2, 9301,  16, 25, 'hd',    1, 'Polar HD'),
-    (2, 2, 2202, 2, 9308,  17,  1, 'sd',    1, 'Comédie Bleue'),
-    (2, 2, 2203, 2, 9315,  18, 25, 'hd',    1, 'Séries Noires'),
     (2, 2, 2204, 2, 9322,  19, 22, 'dual',  0, 'Théâtre'),
-    (2, 2, 2205, 1, 9253, 820,  2, 'radio', 0, 'Radio Nuit'),
-    (3, 1, 3101, 1,  257,  21,  1, 'sd',    0, 'Savoie Direct'),
-    (3, 1, 3102, 1,  264,  22,  1, 'sd',    0, 'Dauphiné 7'),
-    (3, 1, 3103, 1,  271,  23, 25, 'hd',    0, 'Chartreuse HD'),
     (3, 1, 3104, 1,  278,  24,  1, 'sd',    0, 'Marché & Bourse'),
-    (3, 1, 3105, 1,  269, 825,  2, 'radio', 0, 'Radio Isère'),
-    (3, 2, 3201, 2,  513,  26, 25, 'hd',    0, 'Genève Une'),
-    (3, 2, 3202, 2,  520,  27, 25, 'hd',    0, 'Torino Prima'),
     (3, 2, 3203, 2,  527,  28,  1, 'sd',    0, 'Bruxelles Soir'),
     (3, 2, 3204, 2,  534,  29,  1, 'sd',    0, 'Québec Matin'),
-    (3, 2, 3205, 2,  525, 830,  2, 'radio', 0, 'Radio Monde'),
-    (4, 1, 4101, 1, 9401,  31, 25, 'hd',    1, 'Documents HD'),
-    (4, 1, 4102, 1, 9408,  32, 25, 'hd',    1, 'Voyages'),
-    (4, 1, 4103, 1, 9415,  33,  1, 'sd',    0, 'Mode'),
-    (4, 1, 4104, 1, 9422,  34,  1, 'sd',    0, 'Jeux'),
-    (4, 1, 4105, 1, 9413, 835,  2, 'radio', 0, 'Radio Jeunes'),
-    (4, 2, 4201, 2, 9501,  36, 25, 'hd',    0, 'Campus TV'),
-    (4, 2, 4202, 2, 9508,  37, 22, 'dual',  0, 'Amphi 1'),
-    (4, 2, 4203, 2, 9515,  38, 22, 'dual',  0, 'Amphi 2'),
-    (4, 2, 4204, 2, 9522,  39,  1, 'sd',    0, 'Météo'),
-    (4, 2, 4205, 2, 9513, 840,  2, 'radio', 0, 'Radio Campus');
+    (4, 2, 4201, 2, 9501,  36, 25, 'hd',    0, 'Campus TV');
 
 -- module, card_status, card_serial, serial, version, rights_hours
 INSERT INTO cam VALUES
@@ -120,7 +89,4 @@ INSERT INTO firmware VALUES
 INSERT INTO service_state VALUES
     (1201, 0x30),
     (1202, 0x50),
-    (1203, 0xF0),
-    (2201, 0x20),
-    (4101, 0x40),
-    (4102, 0x70);
+    (1203, 0xF0);

@@ -6,9 +6,9 @@ INSERT INTO DiSEqCGlobal (idDiSEqCGlobal, Nombre, Posicion, Orbita, Polaridad, B
 
 UPDATE ServiciosSalidaGlobal SET NombreSalida = 'Grand Écran <1>', NombreForzado = 1
 WHERE SID = 1201;
-UPDATE ServiciosSalidaGlobal SET Transcoding = 1 WHERE SID IN (1202, 1203, 2201, 4101, 4102);
-UPDATE ServiciosSalidaGlobal SET DuplicadoClonado = 1 WHERE SID IN (4201, 4202);
-UPDATE ServiciosSalidaGlobal SET SimulcastLCN = LCN + 200 WHERE SID BETWEEN 1101 AND 1102;
+UPDATE ServiciosSalidaGlobal SET Transcoding = 1 WHERE SID IN (1202, 1203);
+UPDATE ServiciosSalidaGlobal SET DuplicadoClonado = 1 WHERE SID = 4201;
+UPDATE ServiciosSalidaGlobal SET SimulcastLCN = LCN + 200 WHERE SID = 1101;
 UPDATE ServiciosSalidaGlobal SET SSU = 1 WHERE SID = 3203;
 UPDATE ServiciosSalidaGlobal SET EstadoBorrado = 1 WHERE SID = 3204;
 

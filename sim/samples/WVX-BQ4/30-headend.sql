@@ -50,47 +50,13 @@ INSERT INTO output VALUES
 -- module, output, sid, input, osid, lcn, type, streams, decrypt, name
 INSERT INTO lineup VALUES
     (1, 1, 1101, 1, 1110,   1, 25, 'hd',    0, 'Maas Een HD'),
-    (1, 1, 1102, 1, 1117,   2, 25, 'hd',    0, 'Maas Twee HD'),
-    (1, 1, 1103, 1, 1124,   3, 22, 'dual',  0, 'Nieuws Nu'),
-    (1, 1, 1104, 1, 1131,   4,  1, 'sd',    0, 'Kinder & Co'),
-    (1, 1, 1105, 1, 1138,   5,  1, 'sd',    0, 'Vrije Tijd'),
-    (1, 1, 1106, 1, 1125, 806,  2, 'radio', 0, 'Radio Haven'),
-    (1, 1, 1107, 1, 1128, 807,  2, 'radio', 0, 'Radio Vier'),
-    (1, 2, 1201, 2, 1210,   8, 25, 'hd',    0, 'Film Thuis'),
-    (1, 2, 1202, 2, 1217,   9, 25, 'hd',    0, 'Film Thuis 2'),
     (1, 2, 1203, 2, 1224,  10, 22, 'dual',  0, 'Voetbal "Extra"'),
-    (1, 2, 1204, 2, 1231,  11, 25, 'hd',    0, 'Wielrennen'),
-    (1, 2, 1205, 2, 1238,  12, 25, 'hd',    0, 'Natuur <live>'),
-    (1, 2, 1206, 2, 1225, 813,  2, 'radio', 0, 'Radio Sport'),
-    (1, 2, 1207, 2, 1228, 814,  2, 'radio', 0, 'Radio Zee'),
-    (2, 1, 2101, 1, 2110,  15, 25, 'hd',    0, 'Geschiedenis'),
     (2, 1, 2102, 1, 2117,  16,  1, 'sd',    0, 'Koken met Jan'),
     (2, 1, 2103, 1, 2124,  17,  1, 'sd',    0, '''s Avonds Laat'),
     (2, 1, 2104, 1, 2131,  18, 22, 'dual',  0, 'Reizen'),
-    (2, 1, 2105, 1, 2138,  19,  1, 'sd',    0, 'Muziek'),
-    (2, 1, 2106, 1, 2125, 820,  2, 'radio', 0, 'Radio Oud'),
-    (2, 1, 2107, 1, 2128, 821,  2, 'radio', 0, 'Radio Nieuw'),
-    (2, 2, 2201, 2, 2210,  22, 25, 'hd',    0, 'Campus Een'),
-    (2, 2, 2202, 2, 2217,  23, 25, 'hd',    0, 'Campus Twee'),
-    (2, 2, 2203, 2, 2224,  24, 22, 'dual',  0, 'Collegezaal'),
-    (2, 2, 2204, 2, 2231,  25,  1, 'sd',    0, 'Bibliotheek'),
-    (2, 2, 2205, 2, 2238,  26,  1, 'sd',    0, 'Café De Brug'),
-    (2, 2, 2206, 2, 2225, 827,  2, 'radio', 0, 'Radio Campus'),
-    (2, 2, 2207, 2, 2228, 828,  2, 'radio', 0, 'Radio Één'),
     (3, 1, 3101, 1, 1310,  29, 25, 'hd',    0, 'Vlaanderen Uno'),
-    (3, 1, 3102, 1, 1317,  30,  1, 'sd',    0, 'Limburg Noord'),
-    (3, 1, 3103, 1, 1324,  31,  1, 'sd',    0, 'Zeeland TV'),
-    (3, 1, 3104, 1, 1331,  32,  1, 'sd',    0, 'Friesland Hjoed'),
-    (3, 1, 3105, 1, 1338,  33,  1, 'sd',    0, 'Drenthe'),
-    (3, 1, 3106, 1, 1325, 834,  2, 'radio', 0, 'Radio Noord'),
-    (3, 1, 3107, 1, 1328, 835,  2, 'radio', 0, 'Radio Zuid'),
-    (3, 2, 3201, 2, 2310,  36,  1, 'sd',    0, 'Beurs & Geld'),
-    (3, 2, 3202, 2, 2317,  37,  1, 'sd',    0, 'Weer'),
-    (3, 2, 3203, 2, 2324,  38,  1, 'sd',    0, 'Verkeer'),
     (3, 2, 3204, 2, 2331,  39, 25, 'hd',    0, 'Kunst'),
-    (3, 2, 3205, 2, 2338,  40, 25, 'hd',    0, 'Theater'),
-    (3, 2, 3206, 2, 2325, 841,  2, 'radio', 0, 'Radio Jazz'),
-    (3, 2, 3207, 2, 2328, 842,  2, 'radio', 0, 'Radio Klassiek');
+    (3, 2, 3205, 2, 2338,  40, 25, 'hd',    0, 'Theater');
 
 -- module, card_status, card_serial, serial, version, rights_hours
 INSERT INTO cam VALUES
@@ -103,6 +69,5 @@ INSERT INTO firmware VALUES
 
 -- sid, bits (see 40-expand.sql)
 INSERT INTO service_state VALUES
-    (2101, 0x50),
     (2102, 0xC0),
     (2103, 0x40);

@@ -2,7 +2,7 @@
 
 UPDATE ServiciosSalidaGlobal SET NombreSalida = 'Voetbal & Meer', NombreForzado = 1
 WHERE SID = 2103;
-UPDATE ServiciosSalidaGlobal SET Transcoding = 1 WHERE SID IN (2101, 2102, 2103);
+UPDATE ServiciosSalidaGlobal SET Transcoding = 1 WHERE SID IN (2102, 2103);
 UPDATE ServiciosSalidaGlobal SET DuplicadoClonado = 1 WHERE SID = 2104;
 UPDATE ServiciosSalidaGlobal SET LCNForzado = 1, OLCN = 900 WHERE SID = 1101;
 UPDATE ServiciosSalidaGlobal SET SSU = 1 WHERE SID = 3204;
