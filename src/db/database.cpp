@@ -23,6 +23,11 @@ bool isRefused(const std::string& path, const std::string& reason) {
     return !reason.empty();
 }
 
+// How long a statement waits for a lock before its try counts as failed. A neighbour that writes
+// every few milliseconds would otherwise meet all three tries of a select, whose rows then count as
+// absent; for one that holds the lock longer the tries and their seconds are there.
+constexpr int kLockMilliseconds = 50;
+
 // Opens the database, which is looked at before and again after it: someone may have put another
 // file there in between.
 //   open() -> SQLite's result code, the handle in `db`
@@ -39,6 +44,9 @@ int openTrusted(const std::string& path, Database& db, Open open) {
     if (isRefused(path, reason)) {
         db.reset();
         return SQLITE_CANTOPEN;
+    }
+    if (db) {
+        sqlite3_busy_timeout(db.get(), kLockMilliseconds);
     }
     return result;
 }

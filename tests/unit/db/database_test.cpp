@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <cstdlib>
+
 #include "platform/debug_log.h"
 #include "support/fake_device.h"
 
@@ -29,7 +31,28 @@ class StatementExecutor : public test::DeviceTest {
     Lines events_;
 };
 
+// How long a statement waits for a lock before it fails.
+int lockMilliseconds(sqlite3* db) {
+    int milliseconds = -1;
+    sqlite3_exec(
+        db, "PRAGMA busy_timeout",
+        [](void* found, int, char** cells, char**) {
+            *static_cast<int*>(found) = std::atoi(cells[0]);
+            return 0;
+        },
+        &milliseconds, nullptr);
+    return milliseconds;
+}
+
 }  // namespace
+
+TEST_F(DatabaseFile, ALockOfMillisecondsFailsNoTry) {
+    const Database db = openDatabase(kConfigDatabase);
+    Database identity;
+    openDatabaseFile(kConfigDatabase, identity);
+    EXPECT_EQ(lockMilliseconds(db.get()), 50);
+    EXPECT_EQ(lockMilliseconds(identity.get()), 50);
+}
 
 TEST_F(DatabaseFile, HasItsFixedPlace) {
     EXPECT_STREQ(kConfigDatabase, "/tarvo/DB/config_global.sqlite");
