@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "db/database.h"
 #include "fault.h"
 
 namespace faults {
@@ -398,6 +399,9 @@ std::optional<int> statementFailure(sqlite3* db, char** message) {
 }  // namespace
 
 void interposeSqlite() {
+    // As in the program, but with the statistics that tell a leak.
+    tarvodb::prepareSqlite();
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 1);
     sqlite3_config(SQLITE_CONFIG_GETMALLOC, &realMemory);
     sqlite3_mem_methods memory = realMemory;
     memory.xMalloc = allocate;
