@@ -43,7 +43,7 @@ platform::FileAccess backupAccess() {
 
 ExitStatus writeDocument(const XmlNode& root, const std::string& outputPath) {
     const std::string text =
-        std::string(tarvo_remote_control::kXmlDeclaration) + "\n" + document::printed(root);
+        document::printed(root, 0, std::string(tarvo_remote_control::kXmlDeclaration) + "\n");
     const bool isPrinted = static_cast<bool>(std::cout << text << std::endl);
     const bool isWritten = platform::replaceFile(outputPath, text, backupAccess());
     if (!isWritten) {

@@ -21,6 +21,8 @@ class ResultDocument {
     // A new, unattached element. Both texts are copied; a null value gives an element without
     // text. The element lives as long as this document.
     document::XmlNode* createNode(const char* name, const char* value = nullptr);
+    // The same with a name that lives as long as the document: it is not copied.
+    document::XmlNode* createNamedNode(const char* literalName, const char* value = nullptr);
 
     // Records an error: its code, and an `error` element with the code's text, followed by ": "
     // and `detail` when there is one.

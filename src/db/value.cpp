@@ -1,18 +1,20 @@
 #include "db/value.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
+#include <charconv>
 #include <cstring>
 
 namespace tarvodb {
 
 namespace {
 
-template <std::size_t Size, class Number>
-std::string formatted(const char* format, Number number) {
-    std::array<char, Size> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), format, number);
-    return buffer.data();
+// The first `Size` characters of the decimal text.
+template <std::size_t Size>
+std::string decimal(long number) {
+    std::array<char, 24> digits{};
+    char* end = std::to_chars(digits.begin(), digits.end(), number).ptr;
+    return {digits.data(), std::min(end, digits.data() + Size)};
 }
 
 }  // namespace
@@ -27,8 +29,8 @@ bool tSqlite3parent::readsSameAs(const tSqlite3parent& other) const {
     return std::strcmp(textOrEmpty(), other.textOrEmpty()) == 0;
 }
 
-tSqlite3int::tSqlite3int(int number) : tSqlite3parent(formatted<10>("%d", number)) {}
+tSqlite3int::tSqlite3int(int number) : tSqlite3parent(decimal<9>(number)) {}
 
-tSqlite3int::tSqlite3int(long number) : tSqlite3parent(formatted<20>("%ld", number)) {}
+tSqlite3int::tSqlite3int(long number) : tSqlite3parent(decimal<19>(number)) {}
 
 }  // namespace tarvodb

@@ -3,9 +3,12 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
 #include <rapidxml/rapidxml_print.hpp>
+#include <string_view>
+#include <vector>
 
 #include "document/nesting.h"
 #include "text/to_int.h"
@@ -14,42 +17,83 @@ namespace document {
 
 namespace {
 
-// "line:column: reason". Counted in the text as it was, because parsing writes into its own.
-std::string withPosition(const std::string& reason, std::size_t offset,
-                         const std::string& original) {
-    const std::string before = original.substr(0, offset);
-    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
-    const std::size_t lineStart = before.rfind('\n') + 1;  // npos + 1 is the first column
-    return std::to_string(line) + ":" + std::to_string(offset - lineStart + 1) + ": " + reason;
-}
+// Where the lines of a text begin. Taken before the parse, which writes into its text; a copy of
+// the text would weigh many times as much.
+class LineStarts {
+  public:
+    explicit LineStarts(std::string_view text) {
+        starts_.reserve(1 + static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')));
+        starts_.push_back(0);
+        for (auto end = text.find('\n'); end != std::string_view::npos;
+             end = text.find('\n', end + 1)) {
+            starts_.push_back(static_cast<std::uint32_t>(end + 1));
+        }
+    }
 
-void parseInPlace(XmlDocument& document, char* text, const std::string& original) {
-    if (const auto offset = firstElementBelow(original, kMaxLevels)) {
-        throw ParseError(withPosition(
-            "more than " + std::to_string(kMaxLevels) + " levels of elements", *offset, original));
+    // "line:column: reason".
+    [[nodiscard]] std::string withPosition(std::size_t offset, const std::string& reason) const {
+        const auto next = std::upper_bound(starts_.begin(), starts_.end(), offset);
+        return std::to_string(next - starts_.begin()) + ":" +
+               std::to_string(offset - *std::prev(next) + 1) + ": " + reason;
+    }
+
+  private:
+    std::vector<std::uint32_t> starts_;
+};
+
+// Parses `buffer`, which holds `text` and may be its own.
+void parseInPlace(XmlDocument& document, char* buffer, const std::string& text) {
+    const LineStarts lines(text);
+    if (const auto offset = firstElementBelow(text, kMaxLevels)) {
+        throw ParseError(lines.withPosition(
+            *offset, "more than " + std::to_string(kMaxLevels) + " levels of elements"));
     }
     try {
-        document.parse<0>(text);
+        document.parse<0>(buffer);
     } catch (const rapidxml::parse_error& error) {
-        const auto offset = static_cast<std::size_t>(error.where<char>() - text);
-        throw ParseError(withPosition(error.what(), offset, original));
+        const auto offset = static_cast<std::size_t>(error.where<char>() - buffer);
+        throw ParseError(lines.withPosition(offset, error.what()));
     }
 }
+
+// Counts what is written to it.
+class Counter {
+  public:
+    using iterator_category = std::output_iterator_tag;
+    using value_type = void;
+    using difference_type = std::ptrdiff_t;
+    using pointer = void;
+    using reference = void;
+
+    Counter& operator*() { return *this; }
+    Counter& operator=(char) { return *this; }
+    Counter& operator++() {
+        ++count_;
+        return *this;
+    }
+    Counter operator++(int) {
+        const Counter before = *this;
+        ++count_;
+        return before;
+    }
+    [[nodiscard]] std::size_t count() const { return count_; }
+
+  private:
+    std::size_t count_ = 0;
+};
 
 }  // namespace
 
-void parse(XmlDocument& document, std::string& text) {
-    const std::string original = text;
-    parseInPlace(document, text.data(), original);
-}
+void parse(XmlDocument& document, std::string& text) { parseInPlace(document, text.data(), text); }
 
 void parseCopy(XmlDocument& document, const std::string& text) {
     parseInPlace(document, document.allocate_string(text.c_str(), text.size() + 1), text);
 }
 
-std::string printed(const XmlNode& node, int flags) {
+std::string printed(const XmlNode& node, int flags, std::string_view before) {
     std::string text;
-    rapidxml::print(std::back_inserter(text), node, flags);
+    text.resize(before.size() + rapidxml::print(Counter(), node, flags).count());
+    rapidxml::print(std::copy(before.begin(), before.end(), text.begin()), node, flags);
     return text;
 }
 
@@ -64,8 +108,6 @@ const char* textOf(const XmlNode& node) {
 int numberOf(const XmlNode& node) { return text::toInt(textOf(node)); }
 
 bool sameText(const char* a, const char* b) { return strcasecmp(a, b) == 0; }
-
-bool hasName(const XmlNode& node, const char* name) { return sameText(node.name(), name); }
 
 XmlNode* findSibling(XmlNode* first, const char* name) {
     if (name == nullptr) {

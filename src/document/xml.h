@@ -8,6 +8,7 @@
 #include <rapidxml/rapidxml.hpp>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace document {
 
@@ -31,8 +32,8 @@ void parse(XmlDocument& document, std::string& text);
 // As parse, over a copy of `text` in the document's own pool.
 void parseCopy(XmlDocument& document, const std::string& text);
 
-// The tree as text, indented unless `flags` has kNoIndenting.
-std::string printed(const XmlNode& node, int flags = 0);
+// `before` and the tree as text, indented unless `flags` has kNoIndenting.
+std::string printed(const XmlNode& node, int flags = 0, std::string_view before = {});
 
 // The text of an element, "" when it has none: its first plain text or, without one, the CDATA
 // section that it begins with. Lives as long as the tree.
@@ -44,7 +45,11 @@ int numberOf(const XmlNode& node);
 // Names in imported documents are compared without regard to letter case, but for the outermost
 // ones (findSibling).
 bool sameText(const char* a, const char* b);
-bool hasName(const XmlNode& node, const char* name);
+inline bool hasName(const XmlNode& node, const char* name) {
+    // Most names differ in their first letters, whose case is the bit that is set here.
+    constexpr int kCase = 0x20;
+    return (*node.name() | kCase) == (*name | kCase) && sameText(node.name(), name);
+}
 
 // The first node of the sibling chain that starts at `first` whose name is exactly `name`. Null
 // when there is none, or when `first` or `name` is null.

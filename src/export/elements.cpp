@@ -27,7 +27,7 @@ bool isExported(const Element& element) {
 }
 
 XmlNode* append(Command& command, XmlNode* parent, const char* name, const char* value) {
-    XmlNode* node = command.createNode(name, value);
+    XmlNode* node = command.result().createNamedNode(name, value);
     parent->append_node(node);
     return node;
 }

@@ -34,7 +34,7 @@ class Conditions {
 // Whether this controller exports the element, as far as its model decides it.
 bool isExported(const mapping::Element& element);
 
-// Appends a new element to `parent` and returns it.
+// Appends a new element to `parent` and returns it. `name` is a literal.
 document::XmlNode* append(Command& command, document::XmlNode* parent, const char* name,
                           const char* value = nullptr);
 
