@@ -157,12 +157,14 @@ class Device:
         env: Mapping[str, str] | None = None,
         cwd: str | os.PathLike[str] | None = None,
         capture: bool = True,
+        pipe_size: int = -1,
     ) -> Running:
         """Starts a program inside the device.
 
         The program is a path on the host, a path below the device's own folders /tarvo and
         /etc/init.d, or a bare name that the device's PATH has. The current folder, or cwd, is its
         working folder, read-only. Unless captured, the caller's standard streams are the program's.
+        Captured streams hold pipe_size bytes that nobody has read, by default what the host gives.
         The program does not outlive the thread that started it.
         """
         bwrap = _bubblewrap()
@@ -192,6 +194,7 @@ class Device:
                 "stdin": subprocess.DEVNULL,
                 "stdout": subprocess.PIPE,
                 "stderr": subprocess.PIPE,
+                "pipesize": pipe_size,
             }
         actions = self.path("/tarvo/sim/actions.log")
         earlier = actions.stat().st_size if actions.exists() else 0

@@ -73,9 +73,7 @@ SECTIONS = (
 class CrashTest(EndToEndTest):
     def start(self, device: Device, text: bytes) -> Running:
         device.path(DOCUMENT_FILE).write_bytes(text)
-        running = device.start(PROGRAM, [DOCUMENT_FILE], env={"TZ": "UTC"})
-        fcntl.fcntl(running.process.stdout, fcntl.F_SETPIPE_SZ, PIPE_SIZE)
-        return running
+        return device.start(PROGRAM, [DOCUMENT_FILE], env={"TZ": "UTC"}, pipe_size=PIPE_SIZE)
 
     def wait_until_blocked(self, running: Running) -> None:
         """Returns when something was printed, and then nothing for a while."""
