@@ -334,6 +334,10 @@ TEST_F(DvbNetworksExport, TheDateIsInLocalTime) {
     setModificationTime(kFolder + "NIT_table_12", 1700000000);
     setTimeZone("XXX-2");  // two hours ahead of UTC: the next day
     EXPECT_EQ(exportedPart("OutputNITDate"), "<OutputNITDate>15-11-23 00:13:20</OutputNITDate>");
+    setTimeZone("CET-1CEST,M3.5.0,M10.5.0/3");
+    EXPECT_EQ(exportedPart("OutputNITDate"), "<OutputNITDate>14-11-23 23:13:20</OutputNITDate>");
+    setModificationTime(kFolder + "NIT_table_12", 1656624309);  // 2022-06-30 21:25:09, in summer
+    EXPECT_EQ(exportedPart("OutputNITDate"), "<OutputNITDate>30-06-22 23:25:09</OutputNITDate>");
 }
 
 TEST_F(DvbNetworksExport, ThereIsNoDateWithoutTheGeneratedTable) {
