@@ -72,11 +72,8 @@ ExitStatus exportBackup(XmlNode* configuration, const std::string& outputPath) {
     return writeDocument(*backup, outputPath);
 }
 
-}  // namespace
-
-ExitStatus exportConfiguration(const std::string& outputPath) {
-    CmdGetConfiguration command;
-    command.run();
+// The export of what `command` has read.
+ExitStatus exportResult(const CmdGetConfiguration& command, const std::string& outputPath) {
     if (const ExitStatus status = errorsToExitStatus(command.errors());
         status != ExitStatus::success) {
         return status;
@@ -87,6 +84,24 @@ ExitStatus exportConfiguration(const std::string& outputPath) {
     }
     return DeviceIdentity::instance().isRNB() ? exportBackup(configuration, outputPath)
                                               : writeDocument(*configuration, outputPath);
+}
+
+}  // namespace
+
+ExitStatus exportConfiguration(const std::string& outputPath) {
+    constexpr int kTries = 3;
+    for (int tries = 1;; ++tries) {
+        CmdGetConfiguration command;
+        command.run();
+        if (!command.isOfOneState() && tries < kTries) {
+            continue;
+        }
+        if (!command.isOfOneState()) {
+            std::cerr << "The databases change while they are read: the document may mix two states"
+                      << std::endl;
+        }
+        return exportResult(command, outputPath);
+    }
 }
 
 ExitStatus importConfiguration(const std::string& path) {

@@ -11,7 +11,9 @@ namespace app {
 // Where the export is written besides standard output.
 inline constexpr const char* kOutputFile = "/tmp/ConfigurationXML.xml";
 
-// Prints the configuration document and writes it to `outputPath`. When a command recorded an error
+// Prints the configuration document and writes it to `outputPath`. It is built anew, up to three
+// times in all, when another program changes a database meanwhile; one that changes all the time is
+// exported as it was read, which standard error tells. When a command recorded an error
 // nothing is printed and an earlier output file stays. A file that cannot be created, and a
 // standard output that cannot be written to, are reported after both were tried, and are a failure.
 ExitStatus exportConfiguration(const std::string& outputPath);

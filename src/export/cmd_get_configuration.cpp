@@ -45,18 +45,19 @@ void CmdGetConfiguration::execute() {
     loadGlobalSettings();
     appendSections();
     result().appendToData(resultNode);
-    configDb_.reset();
-    stateDb_.reset();
+    isOfOneState_ = !configDb_.hasChanged() && !stateDb_.hasChanged();
+    configDb_ = {};
+    stateDb_ = {};
     result().setResult(0);
 }
 
 bool CmdGetConfiguration::openDatabases() {
-    configDb_ = tarvodb::openDatabase(tarvodb::kConfigDatabase);
-    if (!configDb_) {
+    configDb_ = tarvodb::WatchedDatabase(tarvodb::openDatabase(tarvodb::kConfigDatabase));
+    if (!configDb_.isOpen()) {
         return false;
     }
-    stateDb_ = tarvodb::openDatabase(tarvodb::kStateDatabase);
-    return stateDb_ != nullptr;
+    stateDb_ = tarvodb::WatchedDatabase(tarvodb::openDatabase(tarvodb::kStateDatabase));
+    return stateDb_.isOpen();
 }
 
 void CmdGetConfiguration::loadGlobalSettings() {

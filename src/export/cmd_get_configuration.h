@@ -5,9 +5,9 @@
 #include <string>
 
 #include "command/command.h"
-#include "db/database.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "db/watched_database.h"
 #include "device/device_identity.h"
 #include "document/xml.h"
 #include "mapping/element.h"
@@ -29,11 +29,15 @@ class CmdGetConfiguration : public Command {
     // that could not open a database.
     [[nodiscard]] document::XmlNode* getConfigurationNode() const { return configurationNode_; }
 
+    // Whether nobody else has changed one of the databases while the element was built from it. No
+    // lock is held for that: the device's other programs go first.
+    [[nodiscard]] bool isOfOneState() const { return isOfOneState_; }
+
     // For the section writers:
 
-    // Open while the sections are built.
-    [[nodiscard]] sqlite3* configDb() const { return configDb_.get(); }
-    [[nodiscard]] sqlite3* stateDb() const { return stateDb_.get(); }
+    // Open while the sections are built; asked for anew for each statement.
+    sqlite3* configDb() { return configDb_.handle(); }
+    sqlite3* stateDb() { return stateDb_.handle(); }
 
     // The controller, whose model decides which elements a document has.
     [[nodiscard]] static const DeviceIdentity& device() { return DeviceIdentity::instance(); }
@@ -48,8 +52,9 @@ class CmdGetConfiguration : public Command {
     document::XmlNode* sectionElement(const mapping::Element& section);
     document::XmlNode* settings(const mapping::Element& element);
 
-    tarvodb::Database configDb_;
-    tarvodb::Database stateDb_;
+    tarvodb::WatchedDatabase configDb_;
+    tarvodb::WatchedDatabase stateDb_;
+    bool isOfOneState_ = true;
     std::map<std::string, tarvodb::Record<tarvodb::configuracionWebGlobal>> globalSettings_;
     document::XmlNode* configurationNode_ = nullptr;
 };

@@ -44,6 +44,14 @@ class RunModes : public test::DeviceTest {
                             "WHERE nombre = 'identificacion_localizacion'");
     }
 
+    // Another program of the device changes the list of languages.
+    void changeLanguage(const std::string& language) {
+        device.execute(tarvodb::kConfigDatabase,
+                       "DELETE FROM AudioLanguageListGlobal;"
+                       "INSERT INTO AudioLanguageListGlobal (AudioCode) VALUES ('" +
+                           language + "')");
+    }
+
     [[nodiscard]] std::vector<test::Row> cams() const {
         return device.query(tarvodb::kVsecureDatabase, "SELECT idCliente FROM VSecure");
     }
@@ -138,6 +146,33 @@ TEST_F(RunModes, ExportThatCannotPrintHasWrittenItsFile) {
     std::cout.clear();
     EXPECT_THAT(device.readFile(kOutputFile).value_or(""), StartsWith(kDeclaration));
     EXPECT_EQ(err(), "Unable to write to standard output\n");
+}
+
+TEST_F(RunModes, ExportBesideAWriterIsReadAgain) {
+    becomeModel("QRA-310");
+    device.beforeStatement("SELECT * FROM RedesModulos", [this] { changeLanguage("fra"); });
+
+    EXPECT_EQ(exportConfiguration(kOutputFile), ExitStatus::success);
+
+    EXPECT_THAT(out(), HasSubstr("<language>fra</language>"));
+    EXPECT_EQ(out(), device.readFile(kOutputFile).value_or("") + "\n");
+    EXPECT_EQ(err(), "");
+    EXPECT_EQ(device.eventsOf("sql: SELECT * FROM RedesModulos").size(), 2);
+    EXPECT_THAT(device.sleeps(), ElementsAre());
+}
+
+TEST_F(RunModes, ExportOfAStateThatDoesNotRestIsAsItWasRead) {
+    becomeModel("QRA-310");
+    for (const char* language : {"fra", "ita", "por"}) {
+        device.beforeStatement("SELECT * FROM RedesModulos",
+                               [this, language] { changeLanguage(language); });
+    }
+
+    EXPECT_EQ(exportConfiguration(kOutputFile), ExitStatus::success);
+
+    EXPECT_THAT(out(), HasSubstr("<language>ita</language>"));
+    EXPECT_EQ(err(), "The databases change while they are read: the document may mix two states\n");
+    EXPECT_EQ(device.eventsOf("sql: SELECT * FROM RedesModulos").size(), 3);
 }
 
 TEST_F(RunModes, ImportTakesAConfigurationAtTheTop) {

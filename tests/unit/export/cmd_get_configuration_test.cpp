@@ -333,6 +333,50 @@ TEST_F(ExportedDocument, ClosesBothDatabasesAtItsEnd) {
               (Lines{"close: /tarvo/DB/config_global.sqlite", "close: /tmp/temp_global.sqlite"}));
 }
 
+TEST_F(ExportedDocument, IsOfOneStateWhenNobodyWrites) {
+    for (const char* mode : {"DELETE", "WAL"}) {
+        device.execute(tarvodb::kConfigDatabase, std::string("PRAGMA journal_mode = ") + mode);
+        device.execute(tarvodb::kStateDatabase, std::string("PRAGMA journal_mode = ") + mode);
+        device.execute(tarvodb::kConfigDatabase, "INSERT INTO RedesModulos (MAC) VALUES ('m')");
+        exportConfiguration();
+        EXPECT_TRUE(command().isOfOneState()) << mode;
+        // A select that fails has read nothing.
+        device.failStatements("SELECT", 3, SQLITE_BUSY);
+        exportConfiguration();
+        EXPECT_TRUE(command().isOfOneState()) << mode;
+    }
+}
+
+TEST_F(ExportedDocument, IsNotOfOneStateWhenSomebodyWritesBetweenTwoSelects) {
+    for (const char* mode : {"DELETE", "WAL"}) {
+        device.execute(tarvodb::kConfigDatabase, std::string("PRAGMA journal_mode = ") + mode);
+        device.beforeStatement("SELECT * FROM RedesModulos", [this] {
+            device.execute(tarvodb::kConfigDatabase,
+                           "INSERT INTO AudioLanguageListGlobal (AudioCode) VALUES ('deu')");
+        });
+        exportConfiguration();
+        EXPECT_FALSE(command().isOfOneState()) << mode;
+    }
+}
+
+TEST_F(ExportedDocument, IsOfOneStateWhenSomebodyWritesBeforeTheFirstSelect) {
+    device.beforeStatement("SELECT * FROM configuracionWebGlobal", [this] {
+        device.execute(tarvodb::kConfigDatabase,
+                       "INSERT INTO AudioLanguageListGlobal (AudioCode) VALUES ('deu')");
+    });
+    exportConfiguration();
+    EXPECT_TRUE(command().isOfOneState());
+}
+
+TEST_F(ExportedDocument, IsNotOfOneStateWhenTheMeasuredValuesChange) {
+    device.execute(tarvodb::kConfigDatabase, "INSERT INTO RedesModulos (MAC) VALUES ('m'), ('n')");
+    device.beforeStatement("SELECT * FROM ModulosCabecera  WHERE MAC LIKE 'n'", [this] {
+        device.execute(tarvodb::kStateDatabase, "INSERT INTO CAMInfoGlobal (MAC) VALUES ('m')");
+    });
+    exportConfiguration();
+    EXPECT_FALSE(command().isOfOneState());
+}
+
 TEST_F(ExportedDocument, WritesAndLogsNothing) {
     insertAllSettings();
     exportConfiguration();
