@@ -111,6 +111,9 @@ class TreeCheck {
             findings_.add(Severity::error, 0, "no 'configuration' element");
             return;
         }
+        if (document_.isRedacted()) {
+            findings_.add(Severity::error, 0, "secrets are masked; no import takes this document");
+        }
         checkOutermost();
         checkMembers(mapping::kConfiguration, *configuration);
         checkReferences(*configuration);
@@ -144,7 +147,8 @@ class TreeCheck {
 
     void checkOutermost() {
         const XmlNode* backup = document_.backup();
-        for (const XmlNode& node : childrenOf(document_.tree())) {
+        const XmlNode* outermost = backup == nullptr ? document_.configuration() : backup;
+        for (const XmlNode& node : childrenOf(*outermost->parent())) {
             if (&node != backup && &node != document_.configuration()) {
                 noteUnknown(nullptr, node);
             }

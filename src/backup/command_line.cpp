@@ -23,6 +23,7 @@ struct Session {
     ExitStatus status = ExitStatus::done;
     DiffOptions diff = {};
     CheckOptions check = {};
+    ShowOptions show = {};
 };
 
 void addOutputOptions(CLI::App& verb, OutputOptions& options) {
@@ -60,6 +61,21 @@ void addCheck(CLI::App& app, Session& session) {
     verb.add_option("FILE", options.path, "The document")->required();
 }
 
+void addShow(CLI::App& app, Session& session) {
+    ShowOptions& options = session.show;
+    CLI::App& verb =
+        addVerb(app, "show", "What is in a document, for people", session, options, runShow);
+    verb.add_option("FILE", options.path, "The document")->required();
+    CLI::Option* html =
+        verb.add_option("--html", options.htmlPath, "Write a web page")->option_text("PAGE");
+    CLI::Option* redact =
+        verb.add_flag("--redact", options.redact, "Print the document itself, its secrets masked");
+    CLI::Option* secrets =
+        verb.add_flag("--secrets", options.withSecrets, "Show passwords and keys");
+    redact->excludes(html)->excludes(secrets)->excludes(verb.get_option("--json"));
+    html->excludes(verb.get_option("--json"));
+}
+
 }  // namespace
 
 ExitStatus run(int argc, const char* const* argv, const Console& console) {
@@ -70,6 +86,7 @@ ExitStatus run(int argc, const char* const* argv, const Console& console) {
     app.footer(kFooter);
     addDiff(app, session);
     addCheck(app, session);
+    addShow(app, session);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& request) {

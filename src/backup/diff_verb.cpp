@@ -11,14 +11,10 @@ namespace tarvo_backup {
 
 namespace {
 
-Document readConfiguration(const std::string& path, const Console& console) {
-    // git gives an empty file for one that is not there.
+// git gives an empty file for one that is not there.
+Document readOrEmpty(const std::string& path, const Console& console) {
     std::string text = readText(path, console);
-    Document document(nameOf(path), text.empty() ? "<configuration/>" : std::move(text));
-    if (document.configuration() == nullptr) {
-        throw Fault(ExitStatus::usage, document.name() + ": no 'configuration' element");
-    }
-    return document;
+    return configurationIn(nameOf(path), text.empty() ? "<configuration/>" : std::move(text));
 }
 
 }  // namespace
@@ -27,8 +23,8 @@ ExitStatus runDiff(const DiffOptions& options, const Console& console) {
     if (options.oldPath == "-" && options.newPath == "-") {
         throw Fault(ExitStatus::usage, "only one of the documents can be standard input");
     }
-    const Document older = readConfiguration(options.oldPath, console);
-    const Document newer = readConfiguration(options.newPath, console);
+    const Document older = readOrEmpty(options.oldPath, console);
+    const Document newer = readOrEmpty(options.newPath, console);
     const auto differences = diff(older, newer, {.liveState = options.liveState});
     if (options.output.json) {
         console.out << toJson(differences) << '\n';

@@ -50,14 +50,21 @@ Document::Document(std::string name, std::string text)
     }
 }
 
-const XmlNode* Document::outermost(const char* name) const {
-    const XmlNode* around = backup();
-    return document::findSibling((around == nullptr ? *tree_ : *around).first_node(), name);
+bool Document::isRedacted() const {
+    return document::findSibling(tree_->first_node(), kRedacted) != nullptr;
 }
 
-const XmlNode* Document::backup() const {
-    return document::findSibling(tree_->first_node(), "backup");
+XmlNode* Document::firstNode() const {
+    const XmlNode* mark = document::findSibling(tree_->first_node(), kRedacted);
+    return (mark == nullptr ? *tree_ : *mark).first_node();
 }
+
+XmlNode* Document::outermost(const char* name) const {
+    const XmlNode* around = backup();
+    return document::findSibling(around == nullptr ? firstNode() : around->first_node(), name);
+}
+
+const XmlNode* Document::backup() const { return document::findSibling(firstNode(), "backup"); }
 
 const XmlNode* Document::configuration() const { return outermost("configuration"); }
 
@@ -98,6 +105,18 @@ std::string readText(const std::string& path, const Console& console) {
 
 Document readDocument(const std::string& path, const Console& console) {
     return Document(nameOf(path), readText(path, console));
+}
+
+Document configurationIn(std::string name, std::string text) {
+    Document document(std::move(name), std::move(text));
+    if (document.configuration() == nullptr) {
+        throw Fault(ExitStatus::usage, document.name() + ": no 'configuration' element");
+    }
+    return document;
+}
+
+Document readConfiguration(const std::string& path, const Console& console) {
+    return configurationIn(nameOf(path), readText(path, console));
 }
 
 }  // namespace tarvo_backup

@@ -48,7 +48,12 @@ class Document {
     // The nameless node that holds the outermost ones.
     [[nodiscard]] const XmlNode& tree() const { return *tree_; }
 
-    // What the import takes, found as the import finds it; null where it is missing.
+    // The element around a document whose secrets are masked, so that no import takes it.
+    static constexpr const char* kRedacted = "redacted";
+    [[nodiscard]] bool isRedacted() const;
+
+    // What the import takes, found as the import finds it, inside a redacted document too; null
+    // where it is missing.
     // `backup`, around the other two in a document of RNB-K408.
     [[nodiscard]] const XmlNode* backup() const;
     [[nodiscard]] const XmlNode* configuration() const;
@@ -61,7 +66,8 @@ class Document {
     [[nodiscard]] Position positionOf(std::size_t offset) const;
 
   private:
-    [[nodiscard]] const XmlNode* outermost(const char* name) const;
+    [[nodiscard]] XmlNode* firstNode() const;
+    [[nodiscard]] XmlNode* outermost(const char* name) const;
 
     std::string name_;
     std::string text_;
@@ -74,6 +80,11 @@ class Document {
 // Reads the file at `path`, standard input for "-". Throws Fault (cannotRead) when it
 // cannot be read, NotWellFormed.
 Document readDocument(const std::string& path, const Console& console);
+
+// As readDocument and Document, for one that must have a configuration. Throws Fault (usage) when
+// it has none.
+Document readConfiguration(const std::string& path, const Console& console);
+Document configurationIn(std::string name, std::string text);
 
 // The text of the file at `path`, standard input for "-". Throws Fault (cannotRead).
 std::string readText(const std::string& path, const Console& console);

@@ -39,4 +39,21 @@ std::string toJson(const std::vector<Finding>& findings) {
     return printed(list);
 }
 
+std::string toJson(const Overview& overview) {
+    Json sections = Json::array();
+    for (const Section& section : overview.sections) {
+        Json fields = Json::array();
+        for (const auto& [label, text] : section.fields) {
+            fields.push_back({{"label", label}, {"text", text}});
+        }
+        Json tables = Json::array();
+        for (const Table& table : section.tables) {
+            tables.push_back(
+                {{"title", table.title}, {"columns", table.columns}, {"rows", table.rows}});
+        }
+        sections.push_back({{"title", section.title}, {"fields", fields}, {"tables", tables}});
+    }
+    return printed({{"title", overview.title}, {"sections", sections}});
+}
+
 }  // namespace tarvo_backup

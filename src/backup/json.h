@@ -6,6 +6,7 @@
 
 #include "backup/check.h"
 #include "backup/diff.h"
+#include "backup/overview.h"
 
 namespace tarvo_backup {
 
@@ -15,5 +16,9 @@ std::string toJson(const std::vector<Difference>& differences);
 // [{"line": ..., "column": ..., "severity": "error" or "warning", "path": ..., "message": ...},
 // ...]
 std::string toJson(const std::vector<Finding>& findings);
+
+// {"title": ..., "sections": [{"title": ..., "fields": [{"label": ..., "text": ...}, ...],
+//   "tables": [{"title": ..., "columns": [...], "rows": [[...], ...]}, ...]}, ...]}
+std::string toJson(const Overview& overview);
 
 }  // namespace tarvo_backup

@@ -27,4 +27,13 @@ struct CheckOptions {
 // Status `usage` when there are errors; warnings leave it at `done`.
 ExitStatus runCheck(const CheckOptions& options, const Console& console);
 
+struct ShowOptions {
+    OutputOptions output;
+    std::string path;
+    std::string htmlPath;  // empty: no page
+    bool redact = false;
+    bool withSecrets = false;
+};
+ExitStatus runShow(const ShowOptions& options, const Console& console);
+
 }  // namespace tarvo_backup

@@ -22,6 +22,8 @@ FILES = {
     "sbin/tarvo-backup",
     "share/doc/tarvo-config/LICENSE",
     "share/doc/tarvo-config/README.md",
+    "share/bash-completion/completions/tarvo-backup",
+    "share/man/man8/tarvo-backup.8",
     "share/man/man8/tarvo-config.8",
 } | {
     f"share/doc/tarvo-config/docs/{document.name}"

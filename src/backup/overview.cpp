@@ -1,0 +1,331 @@
+#include "backup/overview.h"
+
+#include <algorithm>
+#include <cctype>
+#include <set>
+#include <span>
+
+#include "backup/secrets.h"
+#include "backup/tree.h"
+#include "document/input_type.h"
+
+namespace tarvo_backup {
+
+using document::childrenOf;
+using document::numberOf;
+
+namespace {
+
+std::string textIn(const XmlNode& parent, const char* name) {
+    const char* text = document::lastText(parent, name);
+    return text == nullptr ? "" : text;
+}
+
+std::vector<const XmlNode*> entriesOf(const XmlNode& parent, const char* list) {
+    std::vector<const XmlNode*> entries;
+    const XmlNode* section = document::lastChildNamed(parent, list);
+    for (const XmlNode* entry = section == nullptr ? nullptr : firstElement(*section);
+         entry != nullptr; entry = nextElement(*entry)) {
+        entries.push_back(entry);
+    }
+    return entries;
+}
+
+// A column of a table of entries: its title and the element that it shows.
+struct Column {
+    const char* title;
+    const char* element;
+};
+
+// A section of settings, or a list with what is shown of its entries.
+struct Part {
+    const char* title;
+    const char* element;
+    std::span<const Column> columns = {};
+};
+
+constexpr Column kNetworkColumns[] = {{"Id", "id"},
+                                      {"Name", "name"},
+                                      {"Network id", "nid"},
+                                      {"Original network id", "onidOut"},
+                                      {"LCN mode", "lcnMode"},
+                                      {"LCN offset", "lcnOffset"}};
+constexpr Column kDiseqcColumns[] = {{"Position", "position"},
+                                     {"Name", "name"},
+                                     {"Orbit", "orbit"},
+                                     {"Polarity", "polarity"},
+                                     {"Band", "band"}};
+constexpr Column kScramblingColumns[] = {
+    {"System", "name"},    {"Active", "active"},    {"Mode", "mode"}, {"Frequency", "frequency"},
+    {"Odd key", "oddKey"}, {"Even key", "evenKey"}, {"Date", "date"}};
+constexpr Column kHomeChannelColumns[] = {{"Id", "id"},       {"Frequency", "frequency"},
+                                          {"Orbit", "orbit"}, {"Polarity", "polarity"},
+                                          {"Band", "band"},   {"Symbol rate", "symbolrate"}};
+constexpr Column kMaintenanceColumns[] = {
+    {"Hour", "hour"}, {"Minute", "min"}, {"Active", "active"}};
+constexpr Column kCamColumns[] = {{"Serial number", "serialNumber"},
+                                  {"Manufacturer", "manufacturer"},
+                                  {"Registered", "registerDate"},
+                                  {"Description", "description"},
+                                  {"Encrypted key", "ekShared"}};
+
+constexpr Part kParts[] = {
+    {"Identification", "identification"},
+    {"Region", "regional"},
+    {"Network", "network"},
+    {"Remote control", "remoteControl"},
+    {"LNB", "lnb"},
+    {"Maintenance", "maintenances", kMaintenanceColumns},
+    {"Home channels", "homeChannels", kHomeChannelColumns},
+    {"DVB networks", "dvbNetworks", kNetworkColumns},
+    {"DiSEqC positions", "diseqcs", kDiseqcColumns},
+    {"Scrambling", "scramblings", kScramblingColumns},
+};
+
+constexpr Column kModuleFields[] = {
+    {"Address", "mac"},        {"Name", "name"},          {"Host", "id"},
+    {"Family", "family"},      {"Model", "model"},        {"Serial number", "serialNumber"},
+    {"Hardware", "hwVersion"}, {"Software", "swVersion"}, {"Attenuation", "attenuation"}};
+
+constexpr Column kOutputColumns[] = {{"Output", "outputId"},
+                                     {"Active", "active"},
+                                     {"Frequency", "frequency"},
+                                     {"Symbol rate", "symbolRate"},
+                                     {"Constellation", "constellation"},
+                                     {"Bandwidth", "bandwidth"},
+                                     {"Original network id", "onid"},
+                                     {"Transport stream id", "tsid"}};
+
+class Making {
+  public:
+    Making(const Document& document, bool withSecrets)
+        : document_(document), withSecrets_(withSecrets) {}
+
+    Overview overview() {
+        const XmlNode* configuration = document_.configuration();
+        if (configuration == nullptr) {
+            return {};
+        }
+        configuration_ = configuration;
+        for (const Part& part : kParts) {
+            addPart(*configuration, part);
+        }
+        addLanguages();
+        addChannels();
+        for (const XmlNode* module : entriesOf(*configuration, "modules")) {
+            addModule(*module);
+        }
+        if (document_.camList() != nullptr) {
+            addPart(*document_.camList()->parent(),
+                    {"Conditional-access modules", "vsecureCAMList", kCamColumns});
+        }
+        overview_.title = headendName();
+        return std::move(overview_);
+    }
+
+  private:
+    [[nodiscard]] std::string shown(const XmlNode& parent, const char* name) const {
+        std::string text = textIn(parent, name);
+        return text.empty() || withSecrets_ || !isSecret(name) ? text : kMask;
+    }
+
+    [[nodiscard]] std::string headendName() const {
+        const XmlNode* identification = document::lastChildNamed(*configuration_, "identification");
+        const std::string name =
+            identification == nullptr ? "" : textIn(*identification, "headendName");
+        return name.empty() ? "Headend" : name;
+    }
+
+    Section& add(const std::string& title, const std::string& wantedAnchor) {
+        std::string anchor = anchorOf(wantedAnchor);
+        for (int number = 2; !anchors_.insert(anchor).second; ++number) {
+            anchor = anchorOf(wantedAnchor) + "-" + std::to_string(number);
+        }
+        return overview_.sections.emplace_back(Section{title, anchor, {}, {}});
+    }
+
+    static std::string anchorOf(const std::string& text) {
+        std::string anchor;
+        for (const char character : text) {
+            const auto byte = static_cast<unsigned char>(character);
+            anchor += byte < 0x80 && std::isalnum(byte) != 0 ? static_cast<char>(std::tolower(byte))
+                                                             : '-';
+        }
+        return anchor;
+    }
+
+    void addPart(const XmlNode& parent, const Part& part) {
+        const XmlNode* node = document::lastChildNamed(parent, part.element);
+        if (node == nullptr || firstElement(*node) == nullptr) {
+            return;
+        }
+        Section& section = add(part.title, part.title);
+        if (!part.columns.empty()) {
+            section.tables.push_back(table("", entriesOf(parent, part.element), part.columns));
+            return;
+        }
+        for (const XmlNode* child = firstElement(*node); child != nullptr;
+             child = nextElement(*child)) {
+            section.fields.emplace_back(child->name(), shown(*node, child->name()));
+        }
+    }
+
+    [[nodiscard]] Table table(const std::string& title, const std::vector<const XmlNode*>& entries,
+                              std::span<const Column> columns) const {
+        Table table{title, {}, {}};
+        for (const Column& column : columns) {
+            table.columns.emplace_back(column.title);
+        }
+        for (const XmlNode* entry : entries) {
+            auto& row = table.rows.emplace_back();
+            for (const Column& column : columns) {
+                row.push_back(shown(*entry, column.element));
+            }
+        }
+        return table;
+    }
+
+    void addLanguages() {
+        std::string languages;
+        for (const XmlNode* language : entriesOf(*configuration_, "preferredLanguages")) {
+            languages += (languages.empty() ? "" : ", ") + std::string(document::textOf(*language));
+        }
+        if (!languages.empty()) {
+            add("Languages", "languages").fields.emplace_back("preferred", languages);
+        }
+    }
+
+    // --- Channels ------------------------------------------------------------------------------
+
+    static std::string nameOf(const XmlNode& service) {
+        const std::string name = textIn(service, "outputName");
+        return name.empty() ? textIn(service, "inputName") : name;
+    }
+
+    static std::string moduleName(const XmlNode& module) {
+        const std::string name = textIn(module, "name");
+        return name.empty() ? textIn(module, "mac") : name;
+    }
+
+    static std::string scrambling(const XmlNode& service) {
+        const XmlNode* decrypt = document::lastChildNamed(service, "decrypt");
+        return decrypt != nullptr && numberOf(*decrypt) == 1 ? "descrambled" : "";
+    }
+
+    // By LCN; channels without one come last.
+    void addChannels() {
+        struct Channel {
+            int lcn;
+            std::vector<std::string> row;
+        };
+        std::vector<Channel> channels;
+        for (const XmlNode* module : entriesOf(*configuration_, "modules")) {
+            for (const XmlNode* service : entriesOf(*module, "services")) {
+                const XmlNode* node = document::lastChildNamed(*service, "lcn");
+                const int lcn = node == nullptr ? 0 : numberOf(*node);
+                channels.push_back({lcn,
+                                    {lcn > 0 ? std::to_string(lcn) : "", nameOf(*service),
+                                     textIn(*service, "outputSid"), moduleName(*module),
+                                     textIn(*service, "inputId"), textIn(*service, "outputId"),
+                                     scrambling(*service)}});
+            }
+        }
+        if (channels.empty()) {
+            return;
+        }
+        std::stable_sort(channels.begin(), channels.end(), [](const Channel& a, const Channel& b) {
+            return std::pair(a.lcn < 1, a.lcn) < std::pair(b.lcn < 1, b.lcn);
+        });
+        Table table{
+            "", {"LCN", "Name", "Service id", "Module", "Input", "Output", "Scrambling"}, {}};
+        for (Channel& channel : channels) {
+            table.rows.push_back(std::move(channel.row));
+        }
+        add("Channels", "channels").tables.push_back(std::move(table));
+    }
+
+    // --- Modules -------------------------------------------------------------------------------
+
+    // The entry of one of the configuration's lists whose child `name` is this number.
+    [[nodiscard]] const XmlNode* entryWith(const char* list, const char* name, int number) const {
+        for (const XmlNode* entry : entriesOf(*configuration_, list)) {
+            const XmlNode* child = document::lastChildNamed(*entry, name);
+            if (child != nullptr && numberOf(*child) == number) {
+                return entry;
+            }
+        }
+        return nullptr;
+    }
+
+    void addModule(const XmlNode& module) {
+        const std::string mac = textIn(module, "mac");
+        Section& section = add("Module " + moduleName(module), "module-" + mac);
+        for (const Column& field : kModuleFields) {
+            if (const std::string text = textIn(module, field.element); !text.empty()) {
+                section.fields.emplace_back(field.title, text);
+            }
+        }
+        if (const XmlNode* id = document::lastChildNamed(module, "dvbNetworkId")) {
+            const XmlNode* network = entryWith("dvbNetworks", "id", numberOf(*id));
+            section.fields.emplace_back(
+                "DVB network",
+                document::textOf(*id) +
+                    (network == nullptr ? std::string() : " (" + textIn(*network, "name") + ")"));
+        }
+        addInputs(module, section);
+        if (const auto outputs = entriesOf(module, "outputs"); !outputs.empty()) {
+            section.tables.push_back(table("Outputs", outputs, kOutputColumns));
+        }
+        section.fields.emplace_back("Services",
+                                    std::to_string(entriesOf(module, "services").size()));
+    }
+
+    static std::string typeOf(const XmlNode& input) {
+        constexpr const char* kTypes[] = {"satellite", "terrestrial", "cable"};
+        const XmlNode* type = document::lastChildNamed(input, "type");
+        const int number = type == nullptr ? -1 : numberOf(*type);
+        return number >= 0 && number < 3 ? kTypes[number] : "";
+    }
+
+    // Of a satellite input the DiSEqC position tells the polarity, and the band where it has none.
+    [[nodiscard]] std::string reception(const XmlNode& input) const {
+        std::string text = textIn(input, "bandwidth");
+        const XmlNode* diseqc = document::lastChildNamed(input, "diseqc");
+        if (const XmlNode* position =
+                diseqc == nullptr ? nullptr : entryWith("diseqcs", "position", numberOf(*diseqc))) {
+            text = textIn(*position, "polarity") + ", " + textIn(*position, "band");
+        } else if (text.empty()) {
+            text = textIn(input, "band");
+        }
+        return text;
+    }
+
+    void addInputs(const XmlNode& module, Section& section) const {
+        Table table{"Inputs",
+                    {"Input", "Active", "Type", "Frequency", "Polarity or bandwidth",
+                     "Original network id", "Transport stream id"},
+                    {}};
+        for (const XmlNode* input : entriesOf(module, "inputs")) {
+            table.rows.push_back({textIn(*input, "inputId"), textIn(*input, "active"),
+                                  typeOf(*input), textIn(*input, "frequency"), reception(*input),
+                                  textIn(*input, "onid"), textIn(*input, "tsid")});
+        }
+        if (!table.rows.empty()) {
+            section.tables.push_back(std::move(table));
+        }
+    }
+
+    const Document& document_;
+    bool withSecrets_;
+    const XmlNode* configuration_ = nullptr;
+    Overview overview_;
+    std::set<std::string> anchors_;
+};
+
+}  // namespace
+
+Overview overviewOf(const Document& document, bool withSecrets) {
+    return Making(document, withSecrets).overview();
+}
+
+}  // namespace tarvo_backup

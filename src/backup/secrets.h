@@ -1,0 +1,25 @@
+// What a document should not show to everybody.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "backup/document.h"
+
+namespace tarvo_backup {
+
+// The elements whose texts are secret: the password of the remote-control server, the control
+// words, the encrypted keys of conditional-access modules.
+inline constexpr const char* kSecretElements[] = {"password", "oddKey", "evenKey", "ekShared"};
+
+// Wherever an element of the name stands, in any letter case.
+bool isSecret(std::string_view name);
+
+// Stands for a secret text, whatever its length.
+inline constexpr const char* kMask = "(masked)";
+
+// The document with its secrets masked, inside an element `redacted`. An import finds no
+// configuration in it and ends with an error, before anything is written.
+std::string redacted(const Document& document);
+
+}  // namespace tarvo_backup

@@ -1,0 +1,157 @@
+#include <gmock/gmock.h>
+
+#include <functional>
+
+#include "backup/check.h"
+#include "backup/overview_html.h"
+#include "backup/secrets.h"
+#include "mapping/document_tree.h"
+#include "unit/backup/backup_test.h"
+
+namespace tarvo_backup {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+constexpr const char* kDocument =
+    "<configuration>"
+    "<identification><headendName>Hotel &lt;A&gt;</headendName></identification>"
+    "<remoteControl><username>u</username><password>hunter2</password></remoteControl>"
+    "<dvbNetworks><dvbNetwork><id>1</id><name>Main</name></dvbNetwork></dvbNetworks>"
+    "<diseqcs><diseqc><id>9</id><position>4</position><polarity>horizontal</polarity>"
+    "<band>low</band></diseqc></diseqcs>"
+    "<scramblings><scrambling><name>VSecure</name><oddKey>0011</oddKey><evenKey/></scrambling>"
+    "</scramblings>"
+    "<modules><module><mac>02:01</mac><name>Roof</name><dvbNetworkId>1</dvbNetworkId>"
+    "<inputs><input><inputId>1</inputId><active>1</active><type>0</type>"
+    "<frequency>11494</frequency><diseqc>4</diseqc></input></inputs>"
+    "<services>"
+    "<service><outputId>1</outputId><outputSid>7</outputSid><inputId>1</inputId>"
+    "<outputName>Radio</outputName><lcn>0</lcn></service>"
+    "<service><outputId>1</outputId><outputSid>8</outputSid><inputId>1</inputId>"
+    "<outputName>Ten</outputName><lcn>10</lcn><decrypt>1</decrypt></service>"
+    "<service><outputId>1</outputId><outputSid>9</outputSid><inputId>1</inputId>"
+    "<inputName>Nine</inputName><outputName/><lcn>9</lcn></service>"
+    "</services></module></modules></configuration>";
+
+Ran shown(std::vector<const char*> options) {
+    options.insert(options.begin(), {"show", "-"});
+    return ran(options, kDocument);
+}
+
+}  // namespace
+
+TEST(BackupShow, PrintsTheHeadendItsListsItsChannelsByLcnAndItsModules) {
+    EXPECT_EQ(shown({}).out,
+              "Hotel <A>\n"
+              "\nIdentification\n  headendName  Hotel <A>\n"
+              "\nRemote control\n  username  u\n  password  (masked)\n"
+              "\nDVB networks\n"
+              "  Id  Name  Network id  Original network id  LCN mode  LCN offset\n"
+              "  1   Main\n"
+              "\nDiSEqC positions\n"
+              "  Position  Name  Orbit  Polarity    Band\n"
+              "  4                      horizontal  low\n"
+              "\nScrambling\n"
+              "  System   Active  Mode  Frequency  Odd key   Even key  Date\n"
+              "  VSecure                           (masked)\n"
+              "\nChannels\n"
+              "  LCN  Name   Service id  Module  Input  Output  Scrambling\n"
+              "  9    Nine   9           Roof    1      1\n"
+              "  10   Ten    8           Roof    1      1       descrambled\n"
+              "       Radio  7           Roof    1      1\n"
+              "\nModule Roof\n"
+              "  Address      02:01\n  Name         Roof\n  DVB network  1 (Main)\n"
+              "  Services     3\n"
+              "  Inputs\n"
+              "  Input  Active  Type       Frequency  Polarity or bandwidth  Original network id  "
+              "Transport stream id\n"
+              "  1      1       satellite  11494      horizontal, low\n");
+}
+
+TEST(BackupShow, ShowsSecretsOnlyWhenAskedFor) {
+    EXPECT_THAT(shown({"--secrets"}).out, AllOf(HasSubstr("hunter2"), HasSubstr("0011")));
+    for (const std::vector<const char*>& options :
+         {std::vector<const char*>{}, {"--json"}, {"--html", "-"}, {"--redact"}}) {
+        EXPECT_THAT(shown(options).out, AllOf(Not(HasSubstr("hunter2")), Not(HasSubstr("0011")),
+                                              HasSubstr("(masked)")));
+    }
+}
+
+TEST(BackupShow, EverySecretElementIsOneOfTheDocument) {
+    const std::function<bool(const mapping::Element&, const char*)> holds =
+        [&holds](const mapping::Element& element, const char* name) {
+            bool found = mapping::childOf(element, name) != nullptr;
+            mapping::forEachChild(element, [&](const mapping::Element& child) {
+                found = found || holds(child, name);
+            });
+            return found;
+        };
+    for (const char* name : kSecretElements) {
+        EXPECT_TRUE(holds(mapping::kBackup, name)) << name;
+    }
+}
+
+TEST(BackupShow, RedactsSecretsWhereverTheyStandAndMarksTheDocument) {
+    const Document document = parsed(
+        "<backup><configuration><PASSWORD>a<b/></PASSWORD><x><oddkey><![CDATA[c]]></oddkey>"
+        "</x><evenKey/></configuration><vsecureCAMList/></backup>");
+    EXPECT_EQ(redacted(document),
+              "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<redacted>\n\t<backup>\n"
+              "\t\t<configuration>\n\t\t\t<PASSWORD>(masked)</PASSWORD>\n\t\t\t<x>\n"
+              "\t\t\t\t<oddkey>(masked)</oddkey>\n\t\t\t</x>\n\t\t\t<evenKey/>\n"
+              "\t\t</configuration>\n\t\t<vsecureCAMList/>\n\t</backup>\n</redacted>\n");
+}
+
+TEST(BackupShow, ARedactedDocumentIsAnErrorToCheckAndCanStillBeShown) {
+    const std::string text = shown({"--redact"}).out;
+    const Document document = parsed(text);
+    EXPECT_TRUE(document.isRedacted());
+    EXPECT_EQ(redacted(document), text);
+    const auto findings = check(document);
+    ASSERT_FALSE(findings.empty());
+    EXPECT_EQ(findings[0].severity, Severity::error);
+    EXPECT_EQ(findings[0].message, "secrets are masked; no import takes this document");
+    EXPECT_EQ(ran({"show", "-"}, text).out, shown({}).out);
+}
+
+TEST(BackupShow, EscapesEveryTextOfAPage) {
+    EXPECT_EQ(escaped("<a href=\"x\">&'\n\x01\xff\xc3\xa9</a>"),
+              "&lt;a href=&quot;x&quot;&gt;&amp;&#39;\n\xef\xbf\xbd\xef\xbf\xbd\xc3\xa9&lt;/a&gt;");
+    const std::string page = shown({"--html", "-"}).out;
+    EXPECT_THAT(page, AllOf(HasSubstr("<h1>Hotel &lt;A&gt;</h1>"), Not(HasSubstr("<A>")),
+                            HasSubstr("<section id=\"module-02-01\">"),
+                            HasSubstr("<a href=\"#module-02-01\">Module Roof</a>")));
+}
+
+TEST(BackupShow, APageLoadsNothingFromElsewhere) {
+    const std::string page = shown({"--html", "-"}).out;
+    EXPECT_THAT(page, AllOf(HasSubstr("default-src 'none'"), Not(HasSubstr("src=")),
+                            Not(HasSubstr("http://")), Not(HasSubstr("https://")),
+                            Not(HasSubstr("url(")), Not(HasSubstr("<link"))));
+}
+
+TEST(BackupShow, AnchorsAreOfOneSectionAlone) {
+    const Ran page = ran({"show", "-", "--html", "-"},
+                         "<configuration><modules><module><mac>02:01</mac></module>"
+                         "<module><mac>02-01</mac></module></modules></configuration>");
+    EXPECT_THAT(page.out, AllOf(HasSubstr("<section id=\"module-02-01\">"),
+                                HasSubstr("<section id=\"module-02-01-2\">")));
+}
+
+TEST(BackupShow, APageThatCannotBeWrittenIsAFault) {
+    const Ran refused = shown({"--html", "/nonexistent/page.html"});
+    EXPECT_EQ(refused.status, ExitStatus::cannotWrite);
+    EXPECT_EQ(refused.err, "tarvo-backup: /nonexistent/page.html: cannot be written\n");
+    EXPECT_EQ(shown({"--redact", "--secrets"}).status, ExitStatus::usage);
+}
+
+TEST(BackupShow, PrintsJson) {
+    EXPECT_THAT(shown({"--json"}).out,
+                AllOf(HasSubstr("\"title\": \"Hotel <A>\""), HasSubstr("\"label\": \"password\"")));
+}
+
+}  // namespace tarvo_backup
