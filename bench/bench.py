@@ -22,7 +22,7 @@ from collections.abc import Sequence
 from dataclasses import dataclass
 from pathlib import Path
 
-from headends import DEVICES, GROWTH, SIZES, Shape, create
+from shapes import DEVICES, GROWTH, SIZES, Shape, create
 from device import DATABASES, Device
 
 REPOSITORY = Path(__file__).resolve().parents[1]
