@@ -1,6 +1,8 @@
 // Exports of a fake device's configuration.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <optional>
@@ -10,6 +12,7 @@
 #include "db/database.h"
 #include "document/xml.h"
 #include "export/cmd_get_configuration.h"
+#include "support/export_checks.h"
 #include "support/fake_device.h"
 
 namespace test {
@@ -55,6 +58,18 @@ class ExportTest : public DeviceTest {
             }
         }
         return names;
+    }
+
+    // Sets a column of the configuration to each case's literal and compares the text of an
+    // element.
+    void expectTexts(const std::string& table, const std::string& column, const std::string& path,
+                     const std::vector<CodeCase>& cases) {
+        const std::string name = path.substr(path.rfind('/') + 1);
+        for (const CodeCase& each : cases) {
+            SCOPED_TRACE(column + " = " + each.literal);
+            updateConfig(table, column + " = " + each.literal);
+            EXPECT_EQ(exported(path), leaf(name, each.text));
+        }
     }
 
     // Of the last export.

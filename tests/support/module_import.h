@@ -12,6 +12,11 @@
 
 namespace test {
 
+// An element with this text; nothing for a null text.
+inline std::string child(const std::string& name, const char* text) {
+    return text == nullptr ? "" : "<" + name + ">" + text + "</" + name + ">";
+}
+
 class ModuleImportTest : public ImportTest {
   protected:
     static constexpr const char* kMac = "02:00:00:00:00:11";

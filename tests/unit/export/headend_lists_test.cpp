@@ -118,20 +118,12 @@ TEST_F(HomeChannelsExport, IsReadWithOneUnconditionalSelect) {
 
 TEST_F(HomeChannelsExport, PolarityIsATextOfItsCode) {
     insertRow("1, 0, 0, 0, 0, 0, 0, 0, 0");
-    for (const test::CodeCase& each : test::kPolarityCases) {
-        SCOPED_TRACE(each.literal);
-        updateConfig(kTable, "Polaridad = " + each.literal);
-        EXPECT_EQ(exported("homeChannels/homechannel/polarity"), leaf("polarity", each.text));
-    }
+    expectTexts(kTable, "Polaridad", "homeChannels/homechannel/polarity", test::kPolarityCases);
 }
 
 TEST_F(HomeChannelsExport, BandIsATextOfItsCode) {
     insertRow("1, 0, 0, 0, 0, 0, 0, 0, 0");
-    for (const test::CodeCase& each : test::kBandCases) {
-        SCOPED_TRACE(each.literal);
-        updateConfig(kTable, "Banda = " + each.literal);
-        EXPECT_EQ(exported("homeChannels/homechannel/band"), leaf("band", each.text));
-    }
+    expectTexts(kTable, "Banda", "homeChannels/homechannel/band", test::kBandCases);
 }
 
 TEST_F(HomeChannelsExport, NumbersAreWrittenAsStored) {
@@ -189,20 +181,12 @@ TEST_F(DiseqcsExport, IsReadWithOneUnconditionalSelect) {
 
 TEST_F(DiseqcsExport, PolarityIsATextOfItsCode) {
     insertRow("1, '', 0, 0, 0, 0, 0");
-    for (const test::CodeCase& each : test::kPolarityCases) {
-        SCOPED_TRACE(each.literal);
-        updateConfig(kTable, "Polaridad = " + each.literal);
-        EXPECT_EQ(exported("diseqcs/diseqc/polarity"), leaf("polarity", each.text));
-    }
+    expectTexts(kTable, "Polaridad", "diseqcs/diseqc/polarity", test::kPolarityCases);
 }
 
 TEST_F(DiseqcsExport, BandIsATextOfItsCode) {
     insertRow("1, '', 0, 0, 0, 0, 0");
-    for (const test::CodeCase& each : test::kBandCases) {
-        SCOPED_TRACE(each.literal);
-        updateConfig(kTable, "Banda = " + each.literal);
-        EXPECT_EQ(exported("diseqcs/diseqc/band"), leaf("band", each.text));
-    }
+    expectTexts(kTable, "Banda", "diseqcs/diseqc/band", test::kBandCases);
 }
 
 TEST_F(DiseqcsExport, TheNameIsWrittenAsStored) {
@@ -315,14 +299,15 @@ TEST_F(ScramblingsExport, WithoutKeyRowsNoSystemIsSelected) {
 
 TEST_F(ScramblingsExport, ModeIsATextOfItsCode) {
     insertKeysOf("'A'");
-    const std::vector<test::CodeCase> cases = {{"0", "even"},   {"1", "odd"},      {"2", "toggle"},
-                                               {"3", ""},       {"-1", ""},        {"NULL", "even"},
-                                               {"'x'", "even"}, {"'2x'", "toggle"}};
-    for (const test::CodeCase& each : cases) {
-        SCOPED_TRACE(each.literal);
-        updateConfig(kTable, "Mode = " + each.literal);
-        EXPECT_EQ(exported("scramblings/scrambling/mode"), leaf("mode", each.text));
-    }
+    expectTexts(kTable, "Mode", "scramblings/scrambling/mode",
+                {{"0", "even"},
+                 {"1", "odd"},
+                 {"2", "toggle"},
+                 {"3", ""},
+                 {"-1", ""},
+                 {"NULL", "even"},
+                 {"'x'", "even"},
+                 {"'2x'", "toggle"}});
 }
 
 TEST_F(ScramblingsExport, AKeyWithoutSystemRowIsInactive) {

@@ -9,14 +9,13 @@ namespace tarvo_remote_control {
 
 namespace {
 
-// Texts of a code in a document, by the value in SQL.
-using TextOf = std::map<std::string, std::string>;
+using Cases = std::vector<test::CodeCase>;
 
-const TextOf kConstellationDvbT = {{"0", "QPSK"}, {"1", "16 QAM"}, {"2", "64 QAM"},
-                                   {"3", ""},     {"-1", ""},      {"NULL", "QPSK"}};
-const TextOf kConstellationDvbC = {{"0", "16 QAM"},  {"1", "32 QAM"},   {"2", "64 QAM"},
-                                   {"3", "128 QAM"}, {"4", "256 QAM"},  {"5", ""},
-                                   {"-1", ""},       {"NULL", "16 QAM"}};
+const Cases kConstellationDvbT = {{"0", "QPSK"}, {"1", "16 QAM"}, {"2", "64 QAM"},
+                                  {"3", ""},     {"-1", ""},      {"NULL", "QPSK"}};
+const Cases kConstellationDvbC = {{"0", "16 QAM"},  {"1", "32 QAM"},   {"2", "64 QAM"},
+                                  {"3", "128 QAM"}, {"4", "256 QAM"},  {"5", ""},
+                                  {"-1", ""},       {"NULL", "16 QAM"}};
 
 // One module, M1, whose output row 21 is its output number 1.
 class ExportedOutputs : public test::ExportTest {
@@ -44,15 +43,10 @@ class ExportedOutputs : public test::ExportTest {
         return childNames("modules/module/outputs/output");
     }
 
-    // Sets a column of the RF row to each value in turn and compares the text of a leaf.
-    void expectTexts(const std::string& column, const std::string& name, const TextOf& textOf) {
-        for (const auto& [value, text] : textOf) {
-            SCOPED_TRACE(value);
-            updateConfig("RFOutGlobal", column + " = " + value);
-            exportConfiguration();
-            EXPECT_EQ(leaf(name), text.empty() ? "<" + name + "/>"
-                                               : "<" + name + ">" + text + "</" + name + ">");
-        }
+    // The texts of a column of the RF row.
+    void expectTexts(const std::string& column, const std::string& name, const Cases& cases) {
+        ExportTest::expectTexts("RFOutGlobal", column, "modules/module/outputs/output/" + name,
+                                cases);
     }
 };
 
@@ -198,7 +192,7 @@ TEST_F(ExportedOutputs, NameTheGuardInterval) {
 TEST_F(ExportedOutputs, NameTheConstellationByTheRfModeOfTheModule) {
     insertOutput();
     insertRf();
-    const std::map<std::string, TextOf> textsOfMode = {
+    const std::map<std::string, Cases> textsOfMode = {
         {"0", kConstellationDvbT},  {"NULL", kConstellationDvbT}, {"'x'", kConstellationDvbT},
         {"1", kConstellationDvbC},  {"2", kConstellationDvbC},    {"-1", kConstellationDvbC},
         {"17", kConstellationDvbC},

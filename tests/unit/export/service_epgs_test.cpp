@@ -173,11 +173,8 @@ TEST_F(ServiceEpgsExport, SeveralSatelliteRowsStandOneAfterTheOtherInOneElement)
 TEST_F(ServiceEpgsExport, PolarityOfASatelliteIsATextOfItsCode) {
     insertService("1", "7");
     insertSatellite("7, 0, 0, 0, 0, 0, 0, 0, 0");
-    for (const test::CodeCase& each : test::kPolarityCases) {
-        SCOPED_TRACE(each.literal);
-        updateConfig("Service_EPG_Satellite", "Polaridad = " + each.literal);
-        EXPECT_EQ(exportedPart("satelliteEPG/polarity"), leaf("polarity", each.text));
-    }
+    expectTexts("Service_EPG_Satellite", "Polaridad",
+                "serviceEPGs/serviceEPG/satelliteEPG/polarity", test::kPolarityCases);
 }
 
 TEST_F(ServiceEpgsExport, NullColumnsOfASatelliteGiveEmptyElementsAndCodeZero) {

@@ -5,6 +5,7 @@
 
 namespace {
 
+using test::child;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -23,11 +24,6 @@ struct Kind {
     const char* model = "2";
     const char* master = "1";
 };
-
-std::string child(const char* name, const char* text) {
-    return text == nullptr ? ""
-                           : "<" + std::string(name) + ">" + text + "</" + std::string(name) + ">";
-}
 
 // An element that gives the module that takes it the name `name`.
 std::string named(const char* mac, const char* name, const Kind& kind = {}) {

@@ -5,6 +5,7 @@
 
 namespace {
 
+using test::child;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -24,12 +25,6 @@ struct Stream {
     const char* order = "1";
 };
 
-std::string child(const char* name, const char* text) {
-    return text == nullptr ? ""
-                           : "<" + std::string(name) + ">" + text + "</" + std::string(name) + ">";
-}
-
-// A null text leaves the child out.
 std::string pidOrder(const Stream& stream) {
     return "<pidOrder>" + child("languageCode", stream.languageCode) +
            child("streamId", stream.streamId) + child("type", stream.type) +
