@@ -1,5 +1,6 @@
 #include "db/clauses.h"
 
+#include <array>
 #include <string>
 
 namespace tarvodb {
@@ -7,16 +8,18 @@ namespace tarvodb {
 namespace {
 
 template <class Table>
-std::vector<Record<Table>> selectBy(sqlite3* db, const char* condition, const tSqlite3parent& value,
-                                    const char* orderBy, unsigned limit) {
-    std::string clause = condition;
+std::vector<Record<Table>> selectBy(sqlite3* db, const Clause<1>& condition,
+                                    const tSqlite3parent& value, const char* orderBy,
+                                    unsigned limit) {
+    std::string clause = condition.text;
     if (orderBy != nullptr) {
         clause += "ORDER BY %q";
     }
     if (limit != 0) {
         clause += " limit 0," + std::to_string(limit);
     }
-    return doSelect<Table>(db, clause.c_str(), value.text(), orderBy);
+    const std::array arguments{value.text(), orderBy};
+    return recordsOf<Table>(core::doSelect(db, Table::info, clause.c_str(), arguments));
 }
 
 }  // namespace

@@ -12,30 +12,30 @@ namespace tarvodb {
 namespace clause {
 
 // The rows of one module.
-inline constexpr const char* kByMac = " WHERE MAC LIKE %Q ";
+inline constexpr Clause<1> kByMac = " WHERE MAC LIKE %Q ";
 // The tuner rows of one input.
-inline constexpr const char* kByInput = " WHERE fk_idEntradasGlobal LIKE %Q ";
+inline constexpr Clause<1> kByInput = " WHERE fk_idEntradasGlobal LIKE %Q ";
 // The RF rows of one logical output.
-inline constexpr const char* kByLogicalOutput = " WHERE fk_idSalidasLogicasGlobal LIKE %Q ";
+inline constexpr Clause<1> kByLogicalOutput = " WHERE fk_idSalidasLogicasGlobal LIKE %Q ";
 // The child rows of one service of the programme guide.
-inline constexpr const char* kByServiceEpg = " WHERE fk_idService_EPG LIKE %Q ";
+inline constexpr Clause<1> kByServiceEpg = " WHERE fk_idService_EPG LIKE %Q ";
 // One received service of a module's input: MAC, OSID, input number.
-inline constexpr const char* kByInputService =
+inline constexpr Clause<3> kByInputService =
     " WHERE MAC LIKE %Q  and OSID LIKE %Q  and fk_idEntrada LIKE %Q ";
 
 // Settings by their key, streams by their service row.
-inline constexpr const char* kByNombre = " WHERE nombre LIKE %Q ";
-inline constexpr const char* kByServiceRow = " WHERE fk_idSSG LIKE %Q ";
+inline constexpr Clause<1> kByNombre = " WHERE nombre LIKE %Q ";
+inline constexpr Clause<1> kByServiceRow = " WHERE fk_idSSG LIKE %Q ";
 
-inline constexpr const char* kByService = " WHERE idSSG LIKE %Q ";
-inline constexpr const char* kByNetwork = " WHERE idRed LIKE %Q ";
-inline constexpr const char* kByHomeChannel = " WHERE idMantenimiento LIKE %Q ";
-inline constexpr const char* kByDiseqc = " WHERE idDiSEqCGlobal LIKE %Q";
-inline constexpr const char* kByDiseqcPosition = " WHERE Posicion LIKE %Q";
-inline constexpr const char* kByScramblingName = " WHERE ScramblingName LIKE %Q ";
-inline constexpr const char* kByScramblingSystem = " WHERE System LIKE %Q";
-inline constexpr const char* kByEpgSatellite = " WHERE idService_EPG_Satellite LIKE %Q ";
-inline constexpr const char* kByClient = " WHERE idCliente LIKE %Q ";
+inline constexpr Clause<1> kByService = " WHERE idSSG LIKE %Q ";
+inline constexpr Clause<1> kByNetwork = " WHERE idRed LIKE %Q ";
+inline constexpr Clause<1> kByHomeChannel = " WHERE idMantenimiento LIKE %Q ";
+inline constexpr Clause<1> kByDiseqc = " WHERE idDiSEqCGlobal LIKE %Q";
+inline constexpr Clause<1> kByDiseqcPosition = " WHERE Posicion LIKE %Q";
+inline constexpr Clause<1> kByScramblingName = " WHERE ScramblingName LIKE %Q ";
+inline constexpr Clause<1> kByScramblingSystem = " WHERE System LIKE %Q";
+inline constexpr Clause<1> kByEpgSatellite = " WHERE idService_EPG_Satellite LIKE %Q ";
+inline constexpr Clause<1> kByClient = " WHERE idCliente LIKE %Q ";
 
 }  // namespace clause
 

@@ -6,10 +6,13 @@
 // transaction. Which operations a table has stands in its description; the others do not compile.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <concepts>
 #include <memory>
 #include <span>
+#include <stdexcept>
+#include <string_view>
 #include <vector>
 
 #include "db/record.h"
@@ -56,23 +59,48 @@ bool deleteId(const Row& row, sqlite3* db);
 
 }  // namespace core
 
-// The rows of the table, in the order that SQLite returns. `clause` is a format text that is
-// appended to the select (null for none) and must not come from outside the program; `arguments`
-// fill its %Q and %q directives, a null one is SQL NULL for %Q. A failed select gives no rows, like
-// an empty table, after six seconds.
-template <class Table, std::convertible_to<const char*>... Arguments>
-std::vector<Record<Table>> doSelect(sqlite3* db, const char* clause = nullptr,
-                                    Arguments... arguments) {
+// A format text that is appended to a select, with the number of its directives: %Q for a value,
+// %q for the name of a column. It is known when the program is compiled.
+template <std::size_t Arguments>
+struct Clause {
+    static_assert(Arguments <= core::kMaxArguments);
+
+    // NOLINTNEXTLINE(google-explicit-constructor): a clause is written as its text
+    consteval Clause(const char* format) : text(format) {
+        const std::string_view all = format;
+        if (static_cast<std::size_t>(std::count(all.begin(), all.end(), '%')) != Arguments) {
+            throw std::invalid_argument("the clause has another number of directives");
+        }
+    }
+
+    const char* text;
+};
+
+template <class Table>
+std::vector<Record<Table>> recordsOf(const ResultTable& result) {
     static_assert(Table::info.has(Operation::select), "this table has no select");
-    static_assert(sizeof...(Arguments) <= core::kMaxArguments);
-    const std::array<const char*, sizeof...(Arguments)> texts{arguments...};
-    const ResultTable result = core::doSelect(db, Table::info, clause, texts);
     std::vector<Record<Table>> records;
     records.reserve(result.rows());
     for (std::size_t row = 0; row < result.rows(); ++row) {
         records.emplace_back(result.row(row));
     }
     return records;
+}
+
+// The rows of the table, in the order that SQLite returns. A failed select gives no rows, like an
+// empty table, after six seconds.
+template <class Table>
+std::vector<Record<Table>> doSelect(sqlite3* db) {
+    return recordsOf<Table>(core::doSelect(db, Table::info, nullptr, {}));
+}
+
+// The same with a clause; a null argument is SQL NULL for %Q.
+template <class Table, std::size_t Size, std::convertible_to<const char*>... Arguments>
+requires(sizeof...(Arguments) ==
+         Size) std::vector<Record<Table>> doSelect(sqlite3* db, const Clause<Size>& clause,
+                                                   Arguments... arguments) {
+    const std::array<const char*, Size> texts{arguments...};
+    return recordsOf<Table>(core::doSelect(db, Table::info, clause.text, texts));
 }
 
 // Writes the record as a new row, all columns of it. A NULL key lets SQLite choose the row id. On

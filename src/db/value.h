@@ -42,6 +42,9 @@ class tSqlite3int : public tSqlite3parent {
   public:
     using tSqlite3parent::tSqlite3parent;
 
+    // The text of another column's value, whatever its kind.
+    explicit tSqlite3int(const tSqlite3parent& value) : tSqlite3parent(value) {}
+
     // Decimal text of a configuration number. The stored form has room for nine characters: a
     // longer number is cut there.
     explicit tSqlite3int(int number);

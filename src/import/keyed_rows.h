@@ -12,8 +12,8 @@ namespace tarvo_remote_control {
 // The first row that `clause` finds for `id`, otherwise what `newRow` makes of `id`; the latter
 // also when the select fails.
 template <class Table>
-tarvodb::Record<Table> storedOrNew(const CmdSetConfiguration& command, const char* clause,
-                                   const char* id,
+tarvodb::Record<Table> storedOrNew(const CmdSetConfiguration& command,
+                                   const tarvodb::Clause<1>& clause, const char* id,
                                    tarvodb::Record<Table> (*newRow)(const char* id)) {
     auto stored = tarvodb::doSelect<Table>(command.db(), clause, id);
     return stored.empty() ? newRow(id) : std::move(stored.front());

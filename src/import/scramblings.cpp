@@ -85,7 +85,7 @@ Record<ScramblingKeysGlobal> newKeys() {
 // The system's row of one table.
 template <class Table>
 struct SystemRow {
-    const char* clause;
+    tarvodb::Clause<1> clause;
     Record<Table> (*make)();
     const char* insertMessage;
     const char* updateMessage;

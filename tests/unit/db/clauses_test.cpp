@@ -29,7 +29,7 @@ class SelectClauses : public test::DeviceTest {
     }
 
     template <class Table, class... Arguments>
-    std::string statement(const char* clause, Arguments... arguments) {
+    std::string statement(const Clause<sizeof...(Arguments)>& clause, Arguments... arguments) {
         device.forgetEvents();
         const Database db = openDatabase(kConfigDatabase);
         doSelect<Table>(db.get(), clause, arguments...);
@@ -43,6 +43,19 @@ class SelectClauses : public test::DeviceTest {
 };
 
 }  // namespace
+
+// Whether a select takes these arguments with a clause.
+template <const auto& clause, class... Arguments>
+constexpr bool takes = requires(sqlite3* db, Arguments... arguments) {
+    doSelect<ServiciosEntradaGlobal>(db, clause, arguments...);
+};
+
+static_assert(takes<clause::kByMac, const char*>);
+static_assert(!takes<clause::kByMac>);
+static_assert(!takes<clause::kByMac, const char*, const char*>);
+static_assert(takes<clause::kByInputService, const char*, const char*, const char*>);
+static_assert(!takes<clause::kByInputService>);
+static_assert(!takes<clause::kByInputService, const char*, const char*>);
 
 TEST_F(SelectClauses, SettingsAreSelectedByTheirName) {
     selectByNombre(db(), tSqlite3parent("x"));

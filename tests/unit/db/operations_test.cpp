@@ -112,7 +112,7 @@ TEST_F(TableOperations, SelectOfAnEmptyTableGivesNoRowsAndLogsNothing) {
 
 TEST_F(TableOperations, SelectGivesTheRowsInSqlitesOrderUnmodified) {
     execute("INSERT INTO AudioLanguageListGlobal VALUES (1, 'spa'), (2, 'eng'), (3, 'fra')");
-    const auto records = doSelect<Languages>(db(), "ORDER BY AudioCode");
+    const auto records = doSelect<Languages>(db(), Clause<0>("ORDER BY AudioCode"));
     ASSERT_EQ(records.size(), 3U);
     EXPECT_EQ(records[0][Languages::AudioCode].asString(), "eng");
     EXPECT_EQ(records[1][Languages::AudioCode].asString(), "fra");
@@ -123,8 +123,8 @@ TEST_F(TableOperations, SelectGivesTheRowsInSqlitesOrderUnmodified) {
 }
 
 TEST_F(TableOperations, SelectPutsItsArgumentsIntoTheClause) {
-    doSelect<Settings>(db(), " WHERE nombre LIKE %Q  and valor LIKE %Q ORDER BY %q", "it's",
-                       nullptr, "nombre");
+    constexpr Clause<3> kClause = " WHERE nombre LIKE %Q  and valor LIKE %Q ORDER BY %q";
+    doSelect<Settings>(db(), kClause, "it's", nullptr, "nombre");
     EXPECT_EQ(device.statements(),
               Lines{"SELECT * FROM configuracionWebGlobal  WHERE nombre LIKE 'it''s'  and valor "
                     "LIKE NULL ORDER BY nombre"});

@@ -76,4 +76,11 @@ TEST(ColumnValue, NullAndTheEmptyTextReadTheSame) {
     EXPECT_FALSE(tSqlite3parent("0").readsSameAs(tSqlite3parent()));
 }
 
+TEST(IntegerValue, IsMadeFromAnotherValueWithItsText) {
+    EXPECT_STREQ(tSqlite3int(tSqlite3parent("05")).text(), "05");
+    EXPECT_STREQ(tSqlite3int(tSqlite3parent("")).text(), "");
+    EXPECT_EQ(tSqlite3int(tSqlite3parent()).text(), nullptr);
+    EXPECT_STREQ(tSqlite3int(tSqlite3int(7)).text(), "7");
+}
+
 }  // namespace tarvodb
