@@ -23,11 +23,16 @@ FILES = {
     "share/doc/tarvo-config/LICENSE",
     "share/doc/tarvo-config/README.md",
     "share/bash-completion/completions/tarvo-backup",
+    "share/man/man5/tarvo-config-document.5",
     "share/man/man8/tarvo-backup.8",
     "share/man/man8/tarvo-config.8",
 } | {
     f"share/doc/tarvo-config/docs/{document.name}"
     for document in (REPOSITORY / "docs").glob("*.md")
+} | {
+    f"share/tarvo-config/tarvo-config-{kind}.{form}"
+    for kind in ("export", "import")
+    for form in ("rnc", "rng")
 }
 
 
