@@ -5,6 +5,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 #include "mapping/document_tree.h"
 #include "schema/export_schema.h"
@@ -28,7 +29,7 @@ std::set<std::string> found(const std::string& text, const std::string& expressi
     const std::regex wanted(expression);
     std::set<std::string> names;
     for (std::sregex_iterator match(text.begin(), text.end(), wanted), end; match != end; ++match) {
-        names.insert((*match)[1]);
+        names.insert((*match)[1].str());
     }
     return names;
 }
