@@ -78,7 +78,9 @@ class ComparisonTest(unittest.TestCase):
         script = events.index((b"system", b"/tarvo/script/WAN_from_DB.sh"))
         self.assertGreater(script, commits[1])
         self.assertEqual((b"system ends", b"256", b"fault"), events[script + 1])
-        self.assertIn((b"file", b"write", b"/tmp/Errors_ConfigurationXML.xml"), events[script:])
+        error_file = b"/tmp/Errors_ConfigurationXML.xml"
+        self.assertIn((b"file", b"write", error_file + b".new-XXXXXX"), events[script:])
+        self.assertIn((b"file", b"rename", error_file + b".new-XXXXXX", error_file), events[script:])
         for kind in (b"syslog", b"stdout", b"stderr"):
             self.assertIn(kind, kinds)
 

@@ -480,9 +480,21 @@ int clock_gettime(clockid_t clock, struct timespec* result) {
 // --- Files -----------------------------------------------------------------------------------
 
 // Reading is not traced: when and how often a file is read changes nothing.
+// The last letters of a temporary file's name are drawn by lot.
+static const char* settledName(const char* path, char* settled, size_t size) {
+    static const char kMark[] = ".new-";
+    snprintf(settled, size, "%s", path);
+    char* mark = strstr(settled, kMark);
+    if (mark != NULL) {
+        memset(mark + strlen(kMark), 'X', strlen(mark + strlen(kMark)));
+    }
+    return settled;
+}
+
 static void noteFile(const char* what, const char* path, const char* detail) {
+    char settled[4096];
     if (inside == 0) {
-        event("file", what, path, detail, NULL);
+        event("file", what, settledName(path, settled, sizeof settled), detail, NULL);
     }
 }
 
