@@ -24,6 +24,7 @@ struct Session {
     DiffOptions diff = {};
     CheckOptions check = {};
     ShowOptions show = {};
+    PlanOptions plan = {};
 };
 
 void addOutputOptions(CLI::App& verb, OutputOptions& options) {
@@ -76,6 +77,13 @@ void addShow(CLI::App& app, Session& session) {
     html->excludes(verb.get_option("--json"));
 }
 
+void addPlan(CLI::App& app, Session& session) {
+    PlanOptions& options = session.plan;
+    CLI::App& verb =
+        addVerb(app, "plan", "What a restore of a document would do", session, options, runPlan);
+    verb.add_option("FILE", options.path, "The document")->required();
+}
+
 }  // namespace
 
 ExitStatus run(int argc, const char* const* argv, const Console& console) {
@@ -84,6 +92,7 @@ ExitStatus run(int argc, const char* const* argv, const Console& console) {
     app.set_version_flag("--version", std::string("tarvo-backup ") + TARVO_VERSION);
     app.require_subcommand(1);
     app.footer(kFooter);
+    addPlan(app, session);
     addDiff(app, session);
     addCheck(app, session);
     addShow(app, session);

@@ -10,6 +10,7 @@ enum class ExitStatus : int {
     cannotRead = 3,
     cannotWrite = 4,
     failure = 5,  // whatever has no status of its own
+    refused = 6,  // the import takes the document with errors, or not at all
 };
 
 }  // namespace tarvo_backup

@@ -15,28 +15,99 @@ std::string printed(const Json& json) {
 
 Json jsonOf(const std::optional<std::string>& text) { return text ? Json(*text) : Json(nullptr); }
 
+Json jsonOf(const Difference& difference) {
+    return {{"path", difference.path},
+            {"old", jsonOf(difference.oldText)},
+            {"new", jsonOf(difference.newText)}};
+}
+
+Json jsonOf(const Finding& finding) {
+    return {{"line", finding.position.line},
+            {"column", finding.position.column},
+            {"severity", finding.severity == Severity::error ? "error" : "warning"},
+            {"path", finding.path},
+            {"message", finding.message}};
+}
+
+Json jsonOf(const ElementPlace& element) {
+    return {{"path", element.path},
+            {"line", element.position.line},
+            {"column", element.position.column}};
+}
+
+Json jsonOf(const PlannedError& error) {
+    return {{"code", error.code},
+            {"text", error.text},
+            {"element", error.element ? jsonOf(*error.element) : Json(nullptr)}};
+}
+
+Json jsonOf(const CellChange& cell) {
+    return {{"column", cell.column}, {"old", jsonOf(cell.before)}, {"new", jsonOf(cell.after)}};
+}
+
+Json jsonOf(const ModuleBinding& module) {
+    static constexpr const char* kHow[] = {"address", "kind", "none"};
+    return {{"element", jsonOf(module.element)},
+            {"mac", module.documentMac},
+            {"headendMac", module.headendMac},
+            {"by", kHow[static_cast<int>(module.how)]}};
+}
+
+Json jsonOf(const Rename& rename) { return {{"from", rename.from}, {"to", rename.to}}; }
+
+Json jsonOf(const Asymmetry* asymmetry) {
+    return {{"what", asymmetry->what}, {"remedy", asymmetry->remedy}};
+}
+
+template <class Item>
+Json listOf(const std::vector<Item>& items);
+
+Json jsonOf(const RowChange& change) {
+    static constexpr const char* kKinds[] = {"added", "removed", "changed"};
+    return {{"table", change.table},
+            {"row", change.row},
+            {"change", kKinds[static_cast<int>(change.kind)]},
+            {"cells", listOf(change.cells)}};
+}
+
+Json jsonOf(const Mark& mark) {
+    return {{"meaning", mark.meaning},
+            {"table", mark.row->table},
+            {"row", mark.row->row},
+            {"mac", mark.row->mac},
+            {"cell", jsonOf(*mark.cell)}};
+}
+
+template <class Item>
+Json listOf(const std::vector<Item>& items) {
+    Json list = Json::array();
+    for (const Item& item : items) {
+        list.push_back(jsonOf(item));
+    }
+    return list;
+}
+
 }  // namespace
 
 std::string toJson(const std::vector<Difference>& differences) {
-    Json list = Json::array();
-    for (const Difference& difference : differences) {
-        list.push_back({{"path", difference.path},
-                        {"old", jsonOf(difference.oldText)},
-                        {"new", jsonOf(difference.newText)}});
-    }
-    return printed(list);
+    return printed(listOf(differences));
 }
 
-std::string toJson(const std::vector<Finding>& findings) {
-    Json list = Json::array();
-    for (const Finding& finding : findings) {
-        list.push_back({{"line", finding.position.line},
-                        {"column", finding.position.column},
-                        {"severity", finding.severity == Severity::error ? "error" : "warning"},
-                        {"path", finding.path},
-                        {"message", finding.message}});
-    }
-    return printed(list);
+std::string toJson(const Plan& plan) {
+    return printed({{"status", static_cast<int>(plan.status)},
+                    {"tries", plan.tries},
+                    {"errors", listOf(plan.errors)},
+                    {"complaints", plan.complaints},
+                    {"changes", plan.changesUnknown.empty() ? listOf(plan.changes) : Json(nullptr)},
+                    {"notTaken", listOf(plan.notTaken)},
+                    {"marks", listOf(marksIn(plan.rows))},
+                    {"rows", listOf(plan.rows)},
+                    {"modules", listOf(plan.modules)},
+                    {"leftOverModules", plan.leftOverModules},
+                    {"scripts", plan.scripts},
+                    {"runsNetworkScript", plan.runsNetworkScript},
+                    {"renames", listOf(plan.renames)},
+                    {"asymmetries", listOf(plan.asymmetries)}});
 }
 
 std::string toJson(const Overview& overview) {
@@ -55,5 +126,7 @@ std::string toJson(const Overview& overview) {
     }
     return printed({{"title", overview.title}, {"sections", sections}});
 }
+
+std::string toJson(const std::vector<Finding>& findings) { return printed(listOf(findings)); }
 
 }  // namespace tarvo_backup

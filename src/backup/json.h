@@ -7,6 +7,7 @@
 #include "backup/check.h"
 #include "backup/diff.h"
 #include "backup/overview.h"
+#include "backup/plan.h"
 
 namespace tarvo_backup {
 
@@ -20,5 +21,8 @@ std::string toJson(const std::vector<Finding>& findings);
 // {"title": ..., "sections": [{"title": ..., "fields": [{"label": ..., "text": ...}, ...],
 //   "tables": [{"title": ..., "columns": [...], "rows": [[...], ...]}, ...]}, ...]}
 std::string toJson(const Overview& overview);
+
+// {"status": of tarvo-config, "tries": ..., "errors": [...], ...}, as tarvo-backup(8) lists it.
+std::string toJson(const Plan& plan);
 
 }  // namespace tarvo_backup

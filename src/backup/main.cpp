@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "backup/command_line.h"
+#include "backup/interruption.h"
 
 int main(int argc, char** argv) {
     using namespace tarvo_backup;
@@ -17,6 +18,8 @@ int main(int argc, char** argv) {
                               .outIsTerminal = isatty(STDOUT_FILENO) == 1,
                               .colorUnwanted = noColor != nullptr && *noColor != '\0'};
         return static_cast<int>(run(argc, argv, console));
+    } catch (const Interrupted& interrupted) {
+        endBy(interrupted.signal());
     } catch (const std::exception& error) {
         std::cerr << "tarvo-backup: " << error.what() << '\n';
         return static_cast<int>(ExitStatus::failure);

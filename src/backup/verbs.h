@@ -36,4 +36,11 @@ struct ShowOptions {
 };
 ExitStatus runShow(const ShowOptions& options, const Console& console);
 
+struct PlanOptions {
+    OutputOptions output;
+    std::string path;
+};
+// Status `differences` when a restore would do anything, `refused` when it would fail.
+ExitStatus runPlan(const PlanOptions& options, const Console& console);
+
 }  // namespace tarvo_backup

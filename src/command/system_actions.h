@@ -1,7 +1,10 @@
-// Shell commands of the device that more than one command runs.
+// Shell commands of the device that commands run.
 #pragma once
 
 namespace tarvo_remote_control {
+
+// Sets the network up as the configuration database says. Exits with 0 on success.
+inline constexpr const char* kNetworkScript = "/tarvo/script/WAN_from_DB.sh";
 
 // Regenerates the scrambling keys. Exits with 0 on success.
 inline constexpr const char* kRegenerateScramblingKeys =

@@ -122,22 +122,21 @@ XmlNode* findSibling(XmlNode* first, const char* name) {
 }
 
 const XmlNode* childNamed(const XmlNode& parent, const char* name) {
-    for (const XmlNode& child : childrenOf(parent)) {
-        if (hasName(child, name)) {
-            return &child;
-        }
+    const XmlNode* child = parent.first_node();
+    while (child != nullptr && !hasName(*child, name)) {
+        child = child->next_sibling();
     }
-    return nullptr;
+    lastRead = child == nullptr ? lastRead : child;
+    return child;
 }
 
 const XmlNode* lastChildNamed(const XmlNode& parent, const char* name) {
-    const XmlNode* last = nullptr;
-    for (const XmlNode& child : childrenOf(parent)) {
-        if (hasName(child, name)) {
-            last = &child;
-        }
+    // The library's last_node() is undefined where there is none.
+    const XmlNode* child = parent.first_node() == nullptr ? nullptr : parent.last_node();
+    while (child != nullptr && !hasName(*child, name)) {
+        child = child->previous_sibling();
     }
-    return last;
+    return child;
 }
 
 const char* lastText(const XmlNode& parent, const char* name) {

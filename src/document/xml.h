@@ -76,6 +76,10 @@ auto* rowFor(const Rows& rows, const XmlNode& node) {
     return static_cast<decltype(&*std::begin(rows))>(nullptr);
 }
 
+// The child that a loop over childrenOf, or childNamed, came to last: for whoever tells where in a
+// document an error is. It does not outlive its tree.
+inline const XmlNode* lastRead = nullptr;
+
 // The children of a node in document order, for range-for; those of a const node are const.
 template <class Node>
 class Children {
@@ -83,7 +87,10 @@ class Children {
     class Iterator {
       public:
         explicit Iterator(Node* node) : node_(node) {}
-        Node& operator*() const { return *node_; }
+        Node& operator*() const {
+            lastRead = node_;
+            return *node_;
+        }
         Iterator& operator++() {
             node_ = node_->next_sibling();
             return *this;

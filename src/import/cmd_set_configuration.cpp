@@ -116,8 +116,7 @@ void CmdSetConfiguration::request(PostAction action) {
 
 // A request for the remote-control server is recorded like the others, but has no action.
 bool CmdSetConfiguration::runPostActions() {
-    if (isRequested(PostAction::network) &&
-        platform::runShell("/tarvo/script/WAN_from_DB.sh") != 0) {
+    if (isRequested(PostAction::network) && platform::runShell(kNetworkScript) != 0) {
         return fail(*this, ErrorCode::network);
     }
     if (isRequested(PostAction::regional)) {

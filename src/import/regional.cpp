@@ -21,8 +21,6 @@ namespace tarvo_remote_control {
 namespace {
 
 constexpr const char* kTimeZoneFile = "/tarvo/conf/timezone/localtime";
-// The time offsets, as the device's script leaves them for us.
-constexpr const char* kOffsetsFile = "/tmp/temp_tot_file_web";
 // The language and the time offsets, from which the Time Offset Table is built.
 constexpr const char* kTotFile = "/tarvo/conf/tot_file";
 
@@ -66,7 +64,7 @@ std::optional<RegionalSettings> readSettings() {
 }
 
 std::string offsetsCommand(const std::string& country) {
-    std::string command = "/tarvo/script/get_time_offsets.sh 0";
+    std::string command = std::string(kTimeOffsetsScript) + " 0";
     const auto zones = timeZonesOf(country);
     for (const std::string_view zone : zones) {
         command.append(" \"").append(zone).append("\"");
@@ -88,16 +86,16 @@ bool applyCountryChanged() {
     }
     const std::string command = offsetsCommand(settings->country);
     // Its folder is open to all: what somebody else has put there is neither written to nor read.
-    platform::removeFile(kOffsetsFile);
+    platform::removeFile(kTimeOffsetsFile);
     if (const int result = platform::runShell(command); result != 0) {
         return failLogged("Error (" + std::to_string(result) +
                           ") executing get_time_offsets.sh: " + command);
     }
-    const auto offsets = platform::readRegularFile(kOffsetsFile);
+    const auto offsets = platform::readRegularFile(kTimeOffsetsFile);
     if (!offsets) {
-        return failLogged(std::string("Could not read from ") + kOffsetsFile);
+        return failLogged(std::string("Could not read from ") + kTimeOffsetsFile);
     }
-    platform::removeFile(kOffsetsFile);
+    platform::removeFile(kTimeOffsetsFile);
     if (!platform::writeFile(kTotFile, settings->language + "\n" + *offsets)) {
         return failLogged(std::string("Could not write to ") + kTotFile);
     }

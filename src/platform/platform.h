@@ -1,7 +1,9 @@
 // The one door to the device: databases, processes, files, time and the system log.
 //
-// The program links platform_linux.cpp; unit tests link a fake with the same functions that keeps
-// time, collects what went through the door and maps device paths into a temporary folder.
+// tarvo-config links platform_direct.cpp, which hands everything on to Linux (platform/os.h).
+// tarvo-backup links a door that can be shut behind a private copy of the device
+// (backup/sandbox_door.cpp). Unit tests link a fake with the same functions that keeps time,
+// collects what went through the door and maps device paths into a temporary folder.
 #pragma once
 
 #include <cstdint>

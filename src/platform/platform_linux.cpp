@@ -11,9 +11,9 @@
 
 #include "platform/files.h"
 #include "platform/open_db.h"
-#include "platform/platform.h"
+#include "platform/os.h"
 
-namespace platform {
+namespace platform::os {
 
 namespace {
 
@@ -107,4 +107,4 @@ void logLine(int priority, const std::string& line) { syslog(priority, "%s", lin
 
 void printSystemError(const char* message) { std::perror(message); }
 
-}  // namespace platform
+}  // namespace platform::os

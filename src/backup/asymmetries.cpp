@@ -1,0 +1,296 @@
+#include "backup/asymmetries.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "backup/plan.h"
+#include "backup/tree.h"
+#include "backup/values.h"
+#include "device/device_identity.h"
+
+namespace tarvo_backup {
+
+namespace {
+
+using tarvo_remote_control::DeviceIdentity;
+
+// Whether an element below `parent` passes.
+template <class Test>
+bool anyBelow(const XmlNode* parent, Test test) {
+    if (parent == nullptr) {
+        return false;
+    }
+    for (const XmlNode* node = firstElement(*parent); node != nullptr; node = nextElement(*node)) {
+        if (test(*node) || anyBelow(node, test)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool isNamed(const XmlNode& node, const char* name) { return document::hasName(node, name); }
+
+bool isInside(const XmlNode& node, const char* name) {
+    const XmlNode* parent = node.parent();
+    return parent != nullptr && (isNamed(*parent, name) || isInside(*parent, name));
+}
+
+std::string_view textIn(const XmlNode& node) { return document::textOf(node); }
+
+bool isEmptyElement(const XmlNode& node) {
+    return firstElement(node) == nullptr && textIn(node).empty();
+}
+
+int numberIn(const XmlNode& parent, const char* name) {
+    const XmlNode* child = document::childNamed(parent, name);
+    return child == nullptr ? 0 : document::numberOf(*child);
+}
+
+template <class Test>
+bool anyElement(const Document& document, Test test) {
+    return anyBelow(document.configuration(), test);
+}
+
+// Whether the device would show an element otherwise than the document, at such a path.
+bool differsIn(const Plan& plan, std::string_view part, std::string_view end) {
+    return std::any_of(plan.notTaken.begin(), plan.notTaken.end(), [&](const Difference& each) {
+        return each.path.find(part) != std::string::npos && each.path.ends_with(end);
+    });
+}
+
+bool hasError(const Plan& plan, std::string_view text) {
+    return std::any_of(plan.errors.begin(), plan.errors.end(), [text](const PlannedError& error) {
+        return error.text.find(text) != std::string::npos;
+    });
+}
+
+bool hasMark(const Plan& plan, std::string_view meaning) {
+    const auto marks = marksIn(plan.rows);
+    return std::any_of(marks.begin(), marks.end(),
+                       [meaning](const Mark& mark) { return mark.meaning == meaning; });
+}
+
+bool changesTable(const Plan& plan, std::string_view table) {
+    return std::any_of(plan.rows.begin(), plan.rows.end(),
+                       [table](const RowChange& change) { return change.table == table; });
+}
+
+bool swapsPlsMode(const Document& document, const Plan&) {
+    return anyElement(document, [](const XmlNode& node) {
+        return isNamed(node, "PLSmode") && (textIn(node) == "gold" || textIn(node) == "root");
+    });
+}
+
+bool inputHasNoType(const Document& document, const Plan&) {
+    return anyElement(document, [](const XmlNode& node) {
+        return isNamed(node, "input") && document::childNamed(node, "type") == nullptr;
+    });
+}
+
+bool moduleHasNoRfOutputMode(const Document& document, const Plan&) {
+    return anyElement(document, [](const XmlNode& node) {
+        return isNamed(node, "module") && document::childNamed(node, "outputs") != nullptr &&
+               document::childNamed(node, "modoSalidaRF") == nullptr;
+    });
+}
+
+bool hasBlankText(const Document&, const Plan& plan) {
+    return std::any_of(plan.notTaken.begin(), plan.notTaken.end(), [](const Difference& each) {
+        return each.oldText && each.newText == "" &&
+               each.oldText->find_first_not_of(" \t\r\n") == std::string::npos;
+    });
+}
+
+bool hasEmptyInputsOrOutputs(const Document& document, const Plan&) {
+    return anyElement(document, [](const XmlNode& node) {
+        return (isNamed(node, "inputs") || isNamed(node, "outputs")) && isEmptyElement(node);
+    });
+}
+
+bool hasSeveralTuners(const Document& document, const Plan&) {
+    return anyElement(document, [](const XmlNode& node) {
+        std::size_t count = 0;
+        for (const XmlNode* child = firstElement(node); child != nullptr;
+             child = nextElement(*child)) {
+            count += isNamed(*child, "frequency") ? 1U : 0U;
+        }
+        return isNamed(node, "input") && count > 1;
+    });
+}
+
+bool runsNetworkScript(const Document&, const Plan& plan) { return plan.runsNetworkScript; }
+
+bool frequencyIsOutOfRange(const Document&, const Plan& plan) {
+    return hasError(plan, "intermediate frequency is out of range") ||
+           std::any_of(plan.complaints.begin(), plan.complaints.end(), [](const auto& text) {
+               return text.find("intermediate frequency is out of range") != std::string::npos;
+           });
+}
+
+bool switchesOtherInput(const Document&, const Plan& plan) {
+    return plan.status == app::ExitStatus::success && plan.tries > 1;
+}
+
+// Elements whose texts stand for codes, with none.
+bool hasCodeWithoutText(const Document& document, const Plan&) {
+    static constexpr const char* kCoded[] = {"constellation", "band",          "polarity",
+                                             "bandwidth",     "guardInterval", "codeRate",
+                                             "modeOFDM",      "formatIQ",      "hierarchy"};
+    return anyElement(document, [](const XmlNode& node) {
+        return isEmptyElement(node) &&
+               std::any_of(std::begin(kCoded), std::end(kCoded),
+                           [&node](const char* name) { return isNamed(node, name); });
+    });
+}
+
+bool guideHasNoNumber(const Document& document, const Plan&) {
+    return anyElement(document, [](const XmlNode& node) {
+        return isInside(node, "serviceEPGs") &&
+               (isNamed(node, "onid") || isNamed(node, "tsid") || isNamed(node, "sid") ||
+                isNamed(node, "lcn")) &&
+               document::numberOf(node) == 0;
+    });
+}
+
+bool nitPatternIsOdd(const Document& document, const Plan&) {
+    return anyElement(document, [](const XmlNode& node) {
+        const int pattern = isNamed(node, "dvbNetwork") ? numberIn(node, "nitPatron") : 0;
+        return isNamed(node, "dvbNetwork") &&
+               ((pattern == 0 && numberIn(node, "versionNITPatron") != 0) ||
+                (pattern > 1 && numberIn(node, "tipoNITPatron") == 0));
+    });
+}
+
+bool hasSeveralScramblings(const Document& document, const Plan&) {
+    return anyElement(document, [](const XmlNode& node) {
+        const XmlNode* first = isNamed(node, "scramblings") ? firstElement(node) : nullptr;
+        return first != nullptr && nextElement(*first) != nullptr;
+    });
+}
+
+bool networkNumberIsZero(const Document&, const Plan& plan) {
+    return std::any_of(plan.notTaken.begin(), plan.notTaken.end(), [](const Difference& each) {
+        return each.path.starts_with("dvbNetworks/") && each.oldText == "0" &&
+               !each.newText.value_or("").empty();
+    });
+}
+
+bool addsNetwork(const Document&, const Plan& plan) {
+    return std::any_of(plan.rows.begin(), plan.rows.end(), [](const RowChange& change) {
+        return change.table == "RedesCabecera" && change.kind == RowChange::Kind::added;
+    });
+}
+
+bool hasLongNumber(const Document& document, const Plan&) {
+    constexpr std::size_t kStored = 9;
+    return anyElement(document, [](const XmlNode& node) {
+        return firstElement(node) == nullptr && textIn(node).size() > kStored &&
+               isWholeNumber(textIn(node));
+    });
+}
+
+bool outputTypeIsNotTaken(const Document&, const Plan& plan) {
+    return differsIn(plan, "/outputs/", "/type");
+}
+
+bool writesCamList(const Document&, const Plan& plan) { return changesTable(plan, "VSecure"); }
+
+bool homeChannelIdsAreNotTaken(const Document&, const Plan& plan) {
+    return differsIn(plan, "homeChannels/", "/onid") || differsIn(plan, "homeChannels/", "/tsid");
+}
+
+bool encryptIsNotTaken(const Document&, const Plan& plan) {
+    return differsIn(plan, "/services/", "/encrypt");
+}
+
+bool removesServices(const Document&, const Plan& plan) {
+    return hasMark(plan, "service to be removed");
+}
+
+bool numbersRowsAnew(const Document&, const Plan& plan) {
+    return changesTable(plan, "AudioLanguageListGlobal") || changesTable(plan, "Service_EPG");
+}
+
+bool worksSecondOutputOut(const Document&, const Plan& plan) {
+    return DeviceIdentity::instance().isLMV() && changesTable(plan, "SalidasLogicasGlobal");
+}
+
+bool marksRows(const Document&, const Plan& plan) {
+    return hasMark(plan, "output to be applied") || hasMark(plan, "stream to be applied");
+}
+
+bool renamesSiTables(const Document&, const Plan& plan) { return !plan.renames.empty(); }
+
+bool percentIsLost(const Document&, const Plan& plan) {
+    return std::any_of(plan.notTaken.begin(), plan.notTaken.end(), [](const Difference& each) {
+        return each.oldText && each.newText && each.oldText->find('%') != std::string::npos;
+    });
+}
+
+constexpr Asymmetry kKnown[] = {
+    {R"(`PLSmode` changes places)",
+     R"(After a restore, check inputs that use physical layer scrambling. In a document that is to be restored, swap "gold" and "root" before.)",
+     swapsPlsMode},
+    {R"(RNB-K408: an input has no `type`)",
+     R"(Add `<type>0</type>` (satellite), `1` (terrestrial) or `2` (cable) to every `input`.)",
+     inputHasNoType},
+    {R"(RNB-K408: a module has no `modoSalidaRF`)",
+     R"(For a DVB-C module add its `<modoSalidaRF>` in front of `outputs`.)",
+     moduleHasNoRfOutputMode},
+    {R"(A text of blanks only)", R"(Nothing.)", hasBlankText},
+    {R"(A module without inputs or outputs)", R"(Remove the empty elements from the document.)",
+     hasEmptyInputsOrOutputs},
+    {R"(An input with several tuner rows)", R"(Set the further tuners by hand.)", hasSeveralTuners},
+    {R"(A failing network script)",
+     R"(Do not rely on the status alone: look for "Error 203" in the log and run the network script yourself.)",
+     runsNetworkScript},
+    {R"(A frequency that the tuner cannot receive)",
+     R"(Correct frequency, DiSEqC position, band or loop and restore again. If the same document switched the input on or off, do that once more: its tuners have not followed.)",
+     frequencyIsOutOfRange},
+    {R"(A terrestrial or cable input)",
+     R"(Look for "intermediate frequency is out of range" in the log; then switch the input off and on again.)",
+     switchesOtherInput},
+    {R"(A code that has no text)", R"(Fill in the element before restoring.)", hasCodeWithoutText},
+    {R"(A service of the guide with a number of 0 or none)",
+     R"(Give the numbers, or remove the element.)", guideHasNoNumber},
+    {R"(A NIT pattern with a version but no number, or with a number above 1 and no type)",
+     R"(Correct the three elements.)", nitPatternIsOdd},
+    {R"(Several scrambling systems)", R"(Keep only the element of the system in use.)",
+     hasSeveralScramblings},
+    {R"(A setting of 0 in a DVB network)", R"(Set it to 0 on the device's own pages.)",
+     networkNumberIsZero},
+    {R"(A setting of 0 in a DVB network that is new to the device)", R"(Nothing.)", addsNetwork},
+    {R"(Numbers of more than nine characters)", R"(Nothing that DVB uses is that long.)",
+     hasLongNumber},
+    {R"(`type` of an output)", R"(Set it on the device's own pages.)", outputTypeIsNotTaken},
+    {R"(The CAM list of a `backup`)", R"(Nothing.)", writesCamList},
+    {R"(`onid` and `tsid` of home channels)", R"(Set them on the device's own pages.)",
+     homeChannelIdsAreNotTaken},
+    {R"(`encrypt` of a service)", R"(Nothing.)", encryptIsNotTaken},
+    {R"(Services that a backup does not list)",
+     R"(Nothing, unless such a service is still in use: list it in the document.)",
+     removesServices},
+    {R"(Rows that the document cannot name)", R"(Nothing.)", numbersRowsAnew},
+    {R"(LMV-502, LMV-512)", R"(Nothing.)", worksSecondOutputOut},
+    {R"(Restoring an unchanged backup marks rows)",
+     R"(Restore when a short interruption does no harm.)", marksRows},
+    {R"(SI tables of a network that gets another identifier)",
+     R"(Correct the document and restore it.)", renamesSiTables},
+    {R"(The first "%" of a changed text)", R"(Avoid "%" in names.)", percentIsLost},
+};
+
+}  // namespace
+
+std::span<const Asymmetry> knownAsymmetries() { return kKnown; }
+
+std::vector<const Asymmetry*> asymmetriesMetBy(const Document& document, const Plan& plan) {
+    std::vector<const Asymmetry*> met;
+    for (const Asymmetry& known : kKnown) {
+        if (known.isMetBy(document, plan)) {
+            met.push_back(&known);
+        }
+    }
+    return met;
+}
+
+}  // namespace tarvo_backup

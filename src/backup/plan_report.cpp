@@ -1,0 +1,160 @@
+#include "backup/plan_report.h"
+
+#include <map>
+#include <string>
+
+#include "backup/diff_report.h"
+
+namespace tarvo_backup {
+
+namespace {
+
+class Report {
+  public:
+    Report(const Document& document, const Painter& paint, std::ostream& out)
+        : document_(document), paint_(paint), out_(out) {}
+
+    void print(const Plan& plan) {
+        printResult(plan);
+        printChanges(plan);
+        printMarks(plan);
+        printModules(plan);
+        printActions(plan);
+        printAsymmetries(plan);
+    }
+
+  private:
+    void heading(const std::string& text) { out_ << '\n' << paint_(Style::heading, text) << '\n'; }
+
+    void printResult(const Plan& plan) {
+        const auto status = static_cast<int>(plan.status);
+        const bool succeeds = status == 0;
+        out_ << paint_(succeeds ? Style::added : Style::error,
+                       succeeds
+                           ? "The restore would succeed."
+                           : "The restore would end with status " + std::to_string(status) + ".");
+        if (plan.isEmpty()) {
+            out_ << " Nothing would change.";
+        } else if (plan.tries > 1) {
+            out_ << " It would be tried " << plan.tries << " times.";
+        }
+        out_ << '\n';
+        for (const PlannedError& error : plan.errors) {
+            out_ << paint_(Style::error, located(error)) << '\n';
+        }
+        for (const std::string& complaint : plan.complaints) {
+            out_ << paint_(Style::warning, "warning: " + onOneLine(complaint)) << '\n';
+        }
+    }
+
+    [[nodiscard]] std::string located(const PlannedError& error) const {
+        std::string line = document_.name() + ":";
+        if (error.element) {
+            line += std::to_string(error.element->position.line) + ":" +
+                    std::to_string(error.element->position.column) + ":";
+        }
+        line += " error " + std::to_string(error.code) + ": ";
+        if (error.element && !error.element->path.empty()) {
+            line += onOneLine(error.element->path) + ": ";
+        }
+        return line + onOneLine(error.text);
+    }
+
+    void printChanges(const Plan& plan) {
+        if (!plan.changesUnknown.empty()) {
+            heading("What would change cannot be told");
+            out_ << plan.changesUnknown << '\n';
+        }
+        if (!plan.changes.empty()) {
+            heading("What would change");
+            printDifferences(plan.changes, paint_, out_);
+        }
+    }
+
+    void printMarks(const Plan& plan) {
+        std::map<std::string, std::map<std::string, std::size_t>> counts;
+        for (const Mark& mark : marksIn(plan.rows)) {
+            ++counts[mark.meaning][mark.row->mac];
+        }
+        if (counts.empty()) {
+            return;
+        }
+        heading("Marked for the device to act on; outputs and streams are interrupted");
+        for (const auto& [meaning, ofModules] : counts) {
+            for (const auto& [mac, count] : ofModules) {
+                out_ << meaning << (mac.empty() ? "" : ", module " + onOneLine(mac)) << ": "
+                     << count << '\n';
+            }
+        }
+    }
+
+    void printModules(const Plan& plan) {
+        if (plan.modules.empty() && plan.leftOverModules.empty()) {
+            return;
+        }
+        heading("Modules");
+        for (const ModuleBinding& module : plan.modules) {
+            out_ << onOneLine(module.documentMac) << ": ";
+            switch (module.how) {
+                case ModuleBinding::Kind::address:
+                    out_ << "by its address";
+                    break;
+                case ModuleBinding::Kind::kind:
+                    out_ << paint_(Style::warning,
+                                   "by its kind, " + onOneLine(module.headendMac) + " replaces it");
+                    break;
+                case ModuleBinding::Kind::none:
+                    out_ << paint_(Style::error, "no module of the headend fits");
+                    break;
+            }
+            out_ << '\n';
+        }
+        for (const std::string& mac : plan.leftOverModules) {
+            out_ << onOneLine(mac) << ": "
+                 << paint_(Style::warning, "of the headend, not in the document") << '\n';
+        }
+    }
+
+    void printActions(const Plan& plan) {
+        if (!plan.scripts.empty()) {
+            heading("Scripts that would run");
+        }
+        for (const std::string& script : plan.scripts) {
+            out_ << onOneLine(script) << '\n';
+        }
+        if (plan.runsNetworkScript) {
+            out_ << paint_(Style::warning,
+                           "warning: the network is set up anew; this connection may end. Use "
+                           "restore --confirm.")
+                 << '\n';
+        }
+        if (!plan.renames.empty()) {
+            heading("Files that would be renamed");
+        }
+        for (const auto& [from, to] : plan.renames) {
+            out_ << onOneLine(from) << " -> " << onOneLine(to) << '\n';
+        }
+    }
+
+    void printAsymmetries(const Plan& plan) {
+        if (!plan.asymmetries.empty()) {
+            heading("To know of this document");
+        }
+        for (const Asymmetry* asymmetry : plan.asymmetries) {
+            out_ << asymmetry->what << ": " << asymmetry->remedy << '\n';
+        }
+    }
+
+    const Document& document_;
+    const Painter& paint_;
+    std::ostream& out_;
+};
+
+}  // namespace
+
+void printPlan(const Plan& plan, const Document& document, const Painter& paint,
+               std::ostream& out) {
+    Report(document, paint, out).print(plan);
+}
+
+}  // namespace tarvo_backup

@@ -1,0 +1,164 @@
+#include "backup/row_changes.h"
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+
+#include "db/schema.h"
+
+namespace tarvo_backup {
+
+namespace {
+
+struct Table {
+    std::vector<std::string> columns;
+    std::map<long long, Cells> rows;
+};
+
+std::string quotedName(const std::string& name) {
+    std::string quoted = "\"";
+    for (const char character : name) {
+        quoted += character;
+        quoted += character == '"' ? "\"" : "";
+    }
+    return quoted + "\"";
+}
+
+std::vector<std::string> firstColumn(const std::vector<Cells>& rows) {
+    std::vector<std::string> cells;
+    for (const Cells& row : rows) {
+        cells.push_back(row.front().value_or(""));
+    }
+    return cells;
+}
+
+std::vector<std::string> tablesOf(sqlite3* db) {
+    return firstColumn(query(db,
+                             "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT "
+                             "LIKE 'sqlite_%' ORDER BY name"));
+}
+
+Table readTable(sqlite3* db, const std::string& name) {
+    Table table;
+    table.columns = firstColumn(
+        query(db, "SELECT name FROM pragma_table_info(" + quotedName(name) + ") ORDER BY cid"));
+    for (Cells& row : query(db, "SELECT rowid, * FROM " + quotedName(name))) {
+        const long long id = std::stoll(row.front().value_or("0"));
+        row.erase(row.begin());
+        table.rows.emplace(id, std::move(row));
+    }
+    return table;
+}
+
+// Finds what is different between a table's rows.
+class TableComparison {
+  public:
+    TableComparison(std::string name, const Table& before, const Table& after)
+        : name_(std::move(name)), before_(before), after_(after) {
+        const auto found = std::find(after.columns.begin(), after.columns.end(), "MAC");
+        mac_ = static_cast<std::size_t>(found - after.columns.begin());
+    }
+
+    void appendTo(std::vector<RowChange>& changes) const {
+        for (const auto& [id, row] : before_.rows) {
+            const auto match = after_.rows.find(id);
+            if (match == after_.rows.end()) {
+                changes.push_back(change(id, RowChange::Kind::removed, &row, nullptr));
+            } else if (match->second != row) {
+                changes.push_back(change(id, RowChange::Kind::changed, &row, &match->second));
+            }
+        }
+        for (const auto& [id, row] : after_.rows) {
+            if (!before_.rows.contains(id)) {
+                changes.push_back(change(id, RowChange::Kind::added, nullptr, &row));
+            }
+        }
+    }
+
+  private:
+    [[nodiscard]] RowChange change(long long id, RowChange::Kind kind, const Cells* before,
+                                   const Cells* after) const {
+        const Cells& any = after == nullptr ? *before : *after;
+        RowChange change{.table = name_,
+                         .row = std::to_string(id),
+                         .mac = mac_ < any.size() ? any[mac_].value_or("") : "",
+                         .kind = kind,
+                         .cells = {}};
+        for (std::size_t column = 0; column < any.size(); ++column) {
+            const Cell older = before == nullptr ? Cell() : (*before)[column];
+            const Cell newer = after == nullptr ? Cell() : (*after)[column];
+            if (kind != RowChange::Kind::changed || older != newer) {
+                change.cells.push_back({after_.columns[column], older, newer});
+            }
+        }
+        return change;
+    }
+
+    std::string name_;
+    const Table& before_;
+    const Table& after_;
+    std::size_t mac_;
+};
+
+struct MarkMeaning {
+    std::string_view table;
+    std::string_view column;
+    std::string_view value;
+    const char* meaning;
+};
+
+constexpr std::string_view kChanged = "1";
+constexpr std::string_view kToBeRemoved = "2";
+
+constexpr MarkMeaning kMeanings[] = {
+    {"ServiciosSalidaGlobal", "EstadoBorrado", kToBeRemoved, "service to be removed"},
+    {"ServiciosSalidaGlobal", "EstadoServicio", kChanged, "service to be applied"},
+    {"PIDsSalidaGlobal", "EstadoBorrado", kToBeRemoved, "stream to be removed"},
+    {"PIDsSalidaGlobal", "EstadoPID", kChanged, "stream to be applied"},
+    {"RFOutGlobal", "Estado", kChanged, "output to be applied"},
+    {"SalidasLogicasGlobal", "Estado", kChanged, "logical output to be applied"},
+    {"EntradasGlobal", "Estado", kChanged, "input to be applied"},
+    {"NimGlobal", "Estado", kChanged, "satellite tuner to be applied"},
+    {"NimCOFDMGlobal", "Estado", kChanged, "terrestrial tuner to be applied"},
+    {"NimQAMGlobal", "Estado", kChanged, "cable tuner to be applied"},
+    {"RedesModulos", "estado", kChanged, "module to be applied"},
+    {"RedesCabecera", "estado", kChanged, "network to be applied"},
+    {"DiSEqCGlobal", "Estado", kChanged, "DiSEqC position to be applied"},
+    {"MantenimientoHomeChannelsGlobal", "Estado", kChanged, "home channel to be applied"},
+    {"ScramblingGlobal", "Estado", kChanged, "scrambling to be applied"},
+    {"ScramblingKeysGlobal", "Estado", kChanged, "scrambling keys to be applied"},
+    {"VSecure", "estado", kChanged, "conditional-access module to be processed"},
+};
+
+}  // namespace
+
+std::vector<RowChange> rowChanges(const std::string& before, const std::string& after) {
+    const Connection older = openConnection(before, Access::readOnly);
+    const Connection newer = openConnection(after, Access::readOnly);
+    std::vector<RowChange> changes;
+    for (const std::string& name : tablesOf(older.get())) {
+        const Table oldRows = readTable(older.get(), name);
+        const Table newRows = readTable(newer.get(), name);
+        TableComparison(name, oldRows, newRows).appendTo(changes);
+    }
+    return changes;
+}
+
+std::vector<Mark> marksIn(const std::vector<RowChange>& changes) {
+    std::vector<Mark> marks;
+    for (const RowChange& row : changes) {
+        for (const CellChange& cell : row.cells) {
+            const auto* found =
+                std::find_if(std::begin(kMeanings), std::end(kMeanings), [&](const auto& known) {
+                    return known.table == row.table && known.column == cell.column &&
+                           cell.after == known.value;
+                });
+            if (found != std::end(kMeanings)) {
+                marks.push_back({found->meaning, &row, &cell});
+            }
+        }
+    }
+    return marks;
+}
+
+}  // namespace tarvo_backup

@@ -1,0 +1,40 @@
+// What is different between the rows of two copies of a database.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "backup/sqlite.h"
+
+namespace tarvo_backup {
+
+struct CellChange {
+    std::string column;
+    Cell before;
+    Cell after;
+};
+
+struct RowChange {
+    enum class Kind { added, removed, changed };
+
+    std::string table;
+    std::string row;  // its row id
+    std::string mac;  // of the module that it belongs to; empty where the table has none
+    Kind kind;
+    std::vector<CellChange> cells;  // of an added or removed row: all
+};
+
+// By tables, and by row ids in them. The copies must hold the same tables. Throws DatabaseFault.
+std::vector<RowChange> rowChanges(const std::string& before, const std::string& after);
+
+// A status column that got a value on which the device's own software acts.
+struct Mark {
+    const char* meaning;
+    const RowChange* row;
+    const CellChange* cell;
+};
+
+// Points into `changes`.
+std::vector<Mark> marksIn(const std::vector<RowChange>& changes);
+
+}  // namespace tarvo_backup

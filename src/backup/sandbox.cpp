@@ -1,0 +1,103 @@
+#include "backup/sandbox.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "backup/device_files.h"
+#include "backup/sqlite.h"
+#include "db/database.h"
+#include "document/xml.h"
+#include "import/regional.h"
+#include "platform/debug_log.h"
+#include "text/to_int.h"
+
+namespace tarvo_backup {
+
+using document::XmlNode;
+
+namespace {
+
+Sandbox* current = nullptr;
+
+// The debug log tells each error as a command records it.
+constexpr std::string_view kErrorLine = "Command error: ";
+
+std::optional<Place> placeOf(const XmlNode* node) {
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    Place place;
+    for (; node->parent() != nullptr; node = node->parent()) {
+        std::size_t index = 0;
+        for (const XmlNode* before = node->previous_sibling(); before != nullptr;
+             before = before->previous_sibling()) {
+            ++index;
+        }
+        place.push_back(index);
+    }
+    std::reverse(place.begin(), place.end());
+    return place;
+}
+
+}  // namespace
+
+Sandbox::Sandbox() : earlierDebugMask_(platform::debugMask) {
+    std::vector<CopyJob> jobs;
+    for (const char* database : kDatabases) {
+        jobs.push_back({database, mapped(database)});
+    }
+    takeCopies(jobs);
+    platform::debugMask |= platform::kDebugLogBit;
+    current = this;
+}
+
+Sandbox::~Sandbox() {
+    current = nullptr;
+    platform::debugMask = earlierDebugMask_;
+}
+
+Sandbox* Sandbox::active() { return current; }
+
+void Sandbox::setDocument(const std::string& text) { traffic_.files[kDocument] = text; }
+
+std::string Sandbox::mapped(const std::string& path) const {
+    for (const std::string_view database : kDatabases) {
+        if (path.starts_with(database)) {
+            return folder_.path() + path.substr(path.rfind('/'));
+        }
+    }
+    return path;
+}
+
+std::string Sandbox::keepConfiguration(const char* name) const {
+    const std::string path = folder_.path() + "/" + name;
+    takeCopies({{mapped(tarvodb::kConfigDatabase), path}});
+    return path;
+}
+
+void Sandbox::startAfresh() {
+    Traffic fresh;
+    fresh.files = std::move(traffic_.files);
+    traffic_ = std::move(fresh);
+}
+
+void Sandbox::noteLine(int priority, const std::string& text) {
+    if (!text.starts_with(kErrorLine)) {
+        traffic_.log.push_back({priority, text});
+        return;
+    }
+    const std::string error = text.substr(kErrorLine.size());
+    traffic_.errors.push_back({.code = tarvo_remote_control::ErrorCode{text::toInt(error.c_str())},
+                               .text = error.substr(std::min(error.find(' ') + 1, error.size())),
+                               .place = placeOf(document::lastRead)});
+}
+
+void Sandbox::noteScript(const std::string& command) {
+    traffic_.scripts.push_back(command);
+    if (command.starts_with(tarvo_remote_control::kTimeOffsetsScript)) {
+        // Where it succeeds it leaves a file, without which nothing further is done.
+        traffic_.files.insert_or_assign(tarvo_remote_control::kTimeOffsetsFile, "");
+    }
+}
+
+}  // namespace tarvo_backup

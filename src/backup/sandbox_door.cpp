@@ -1,0 +1,167 @@
+// The door of tarvo-backup: open to the device, or leading into a sandbox while there is one.
+#include <sqlite3.h>
+
+#include "backup/sandbox.h"
+#include "document/xml.h"
+#include "platform/os.h"
+
+namespace platform {
+
+using tarvo_backup::Sandbox;
+using tarvo_backup::Traffic;
+
+namespace {
+
+Sandbox* enterSandbox() {
+    Sandbox* sandbox = Sandbox::active();
+    if (sandbox != nullptr) {
+        tarvo_backup::endIfInterrupted();
+    }
+    return sandbox;
+}
+
+std::string mapped(const std::string& path) {
+    const Sandbox* sandbox = enterSandbox();
+    return sandbox == nullptr ? path : sandbox->mapped(path);
+}
+
+template <class Read>
+std::optional<std::string> readBy(Read read, const std::string& path) {
+    Sandbox* sandbox = enterSandbox();
+    if (sandbox == nullptr) {
+        return read(path);
+    }
+    Traffic& traffic = sandbox->traffic();
+    if (path == Sandbox::kDocument) {
+        ++traffic.tries;
+        document::lastRead = nullptr;  // of an earlier try's tree
+    }
+    const auto written = traffic.files.find(path);
+    return written == traffic.files.end() ? read(path) : written->second;
+}
+
+template <class Write, class... Access>
+bool writeBy(Write write, const std::string& path, const std::string& content,
+             const Access&... access) {
+    Sandbox* sandbox = enterSandbox();
+    if (sandbox == nullptr) {
+        return write(path, content, access...);
+    }
+    sandbox->traffic().files.insert_or_assign(path, content);
+    return true;
+}
+
+int counted(int result) {
+    if (Sandbox* sandbox = Sandbox::active(); sandbox != nullptr && result != SQLITE_OK) {
+        ++sandbox->traffic().failedStatements;
+    }
+    return result;
+}
+
+}  // namespace
+
+sqlite3* openDatabase(const std::string& path) { return os::openDatabase(mapped(path)); }
+
+int openDatabaseFile(const std::string& path, sqlite3** db) {
+    return os::openDatabaseFile(mapped(path), db);
+}
+
+int closeDatabase(sqlite3* db) { return os::closeDatabase(db); }
+
+int executeSql(sqlite3* db, const char* sql, char** errorMessage) {
+    enterSandbox();
+    return counted(os::executeSql(db, sql, errorMessage));
+}
+
+int getTable(sqlite3* db, const char* sql, char*** cells, int* rows, int* columns,
+             char** errorMessage) {
+    enterSandbox();
+    return counted(os::getTable(db, sql, cells, rows, columns, errorMessage));
+}
+
+int runShell(const std::string& command) {
+    Sandbox* sandbox = enterSandbox();
+    if (sandbox == nullptr) {
+        return os::runShell(command);
+    }
+    sandbox->noteScript(command);
+    return 0;
+}
+
+// Only the device's identity is read like this.
+std::vector<std::string> readCommandLines(const std::string& command, std::size_t maxLines) {
+    return os::readCommandLines(command, maxLines);
+}
+
+void sleepSeconds(unsigned seconds) {
+    if (enterSandbox() == nullptr) {
+        os::sleepSeconds(seconds);
+    }
+}
+
+// Whose a file is, is asked of the device's own: the copies are this program's.
+std::optional<FileStatus> fileStatus(const std::string& path) { return os::fileStatus(path); }
+
+unsigned effectiveUser() { return os::effectiveUser(); }
+
+std::optional<std::string> readFile(const std::string& path) { return readBy(os::readFile, path); }
+
+std::optional<std::string> readRegularFile(const std::string& path) {
+    return readBy(os::readRegularFile, path);
+}
+
+bool writeFile(const std::string& path, const std::string& content) {
+    return writeBy(os::writeFile, path, content);
+}
+
+bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access) {
+    return writeBy(os::replaceFile, path, content, access);
+}
+
+void renameFile(const std::string& from, const std::string& to) {
+    Sandbox* sandbox = enterSandbox();
+    if (sandbox == nullptr) {
+        os::renameFile(from, to);
+    } else if (auto content = readFile(from)) {
+        Traffic& traffic = sandbox->traffic();
+        traffic.renames.push_back({from, to});
+        traffic.files.insert_or_assign(to, std::move(content));
+        traffic.files.insert_or_assign(from, std::nullopt);
+    }
+}
+
+void removeFile(const std::string& path) {
+    if (Sandbox* sandbox = enterSandbox()) {
+        sandbox->traffic().files.insert_or_assign(path, std::nullopt);
+    } else {
+        os::removeFile(path);
+    }
+}
+
+void syncFiles() {
+    if (enterSandbox() == nullptr) {
+        os::syncFiles();
+    }
+}
+
+std::optional<std::time_t> modificationTime(const std::string& path) {
+    return os::modificationTime(path);
+}
+
+std::time_t now() { return os::now(); }
+
+void logLine(int priority, const std::string& line) {
+    if (Sandbox* sandbox = Sandbox::active()) {
+        sandbox->noteLine(priority, line);
+    } else {
+        os::logLine(priority, line);
+    }
+}
+
+void printSystemError(const char* message) {
+    if (Sandbox::active() == nullptr) {
+        os::printSystemError(message);
+    }
+}
+
+}  // namespace platform

@@ -1,0 +1,261 @@
+"""tarvo-backup plan: it foretells what tarvo-config does, and leaves the device alone."""
+
+import json
+import random
+import re
+import stat
+import sys
+import time
+from contextlib import closing
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+
+from e2e import (
+    BACKUP_PROGRAM,
+    CONFIG_DB,
+    DATABASES,
+    OUTPUT_FILE,
+    Device,
+    EndToEndTest,
+    Result,
+    document,
+    edited,
+    golden,
+    main,
+    models,
+)
+from headends import headend
+
+DOCUMENT = "/tmp/document.xml"
+SEEDS = range(6)
+
+
+def snapshot(device: Device) -> dict[str, tuple]:
+    """Every file and folder of the device with its content, mode and times."""
+    found = {}
+    for path in sorted(device.root.rglob("*")):
+        # The simulator's own log, and the time of the folder where private copies come and go.
+        if path.parent == device.root:
+            continue
+        status = path.lstat()
+        content = path.read_bytes() if path.is_file() else None
+        found[str(path)] = (status.st_mode, status.st_mtime_ns, status.st_ctime_ns, content)
+    return found
+
+
+def rows_of(device: Device) -> dict[str, dict[str, tuple]]:
+    """{table: {row id: {column: text}}} of what an import changes."""
+    tables = {}
+    for name in ("config_global", "vsec_global"):
+        with closing(device.database(DATABASES[name])) as database:
+            names = database.execute(
+                "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite_%'"
+            )
+            for (table,) in names.fetchall():
+                cursor = database.execute(f'SELECT rowid AS "row id", * FROM "{table}"')
+                columns = [column[0] for column in cursor.description][1:]
+                tables[table] = {
+                    str(row[0]): dict(zip(columns, (v if v is None else str(v) for v in row[1:])))
+                    for row in cursor
+                }
+    return tables
+
+
+def foretold(rows: dict[str, dict[str, dict]], changes: list[dict]) -> dict[str, dict[str, dict]]:
+    for change in changes:
+        table = rows[change["table"]]
+        if change["change"] == "removed":
+            del table[change["row"]]
+            continue
+        row = table.setdefault(change["row"], {})
+        for cell in change["cells"]:
+            if change["change"] == "changed":
+                assert row[cell["column"]] == cell["old"], cell
+            row[cell["column"]] = cell["new"]
+    return rows
+
+
+def damaged(text: str, choices: random.Random) -> str:
+    """The document with some texts changed, and some elements taken out or moved."""
+    for _ in range(choices.randrange(4)):
+        leaves = list(re.finditer(r"<(\w+)>([^<]*)</\1>", text))
+        leaf = choices.choice(leaves)
+        name, old = leaf.groups()
+        new = choices.choice(
+            (old, "", "0", "1", "2", "17", "70000", "x", "10.0.0.9", choices.choice(leaves)[2])
+        )
+        line = choices.choice((f"<{name}>{new}</{name}>", f"<{name}>{new}</{name}>", ""))
+        text = text[: leaf.start()] + line + text[leaf.end() :]
+    if choices.random() < 0.3:
+        services = list(re.finditer(r"<service>.*?</service>", text, re.DOTALL))
+        if services:
+            service = choices.choice(services)
+            text = text[: service.start()] + text[service.end() :]
+    return text
+
+
+class PlanTest(EndToEndTest):
+    def backup(self, device: Device, *args: str) -> Result:
+        return device.run(BACKUP_PROGRAM, args, env={"TZ": "UTC"}, timeout=120)
+
+    def plan(self, device: Device, text: bytes) -> dict:
+        device.path(DOCUMENT).write_bytes(text)
+        result = self.backup(device, "plan", "--json", DOCUMENT)
+        self.assertEqual(b"", result.stderr)
+        return json.loads(result.stdout)
+
+    def test_the_device_is_the_same_before_and_after_byte_for_byte(self) -> None:
+        def check(model: str) -> None:
+            device = self.device(model)
+            text = edited(golden(model), "<headendName>", "<headendName>New ")
+            text = re.sub(rb"<gateway>[^<]*", b"<gateway>10.9.9.9", text)
+            text = re.sub(rb"<country>[^<]*", b"<country>PT", text)
+            text = re.sub(rb"<nid>[^<]*", b"<nid>4242", text, count=1)
+            device.path(DOCUMENT).write_bytes(text)
+            before = snapshot(device)
+            result = self.backup(device, "plan", DOCUMENT)
+            self.assertEqual((b"", [], []), (result.stderr, result.syslog, result.actions))
+            self.assertIn(result.status, (1, 6))
+            self.assertEqual(before, snapshot(device))
+
+        self.each(check, ((model,) for model in models()))
+
+    def test_an_unchanged_document_is_told_by_its_marks_alone(self) -> None:
+        device = self.device("WVX-BQ4")
+        plan = self.plan(device, self.export(device).stdout)
+        self.assertEqual((0, 1, [], []), tuple(plan[k] for k in ("status", "tries", "errors", "changes")))
+        self.assertNotEqual([], plan["marks"])
+
+    def test_a_second_restore_of_the_same_document_would_do_nothing(self) -> None:
+        device = self.device("QRA-310")
+        text = document("<identification><location>Roof</location></identification>")
+        self.assertEqual(0, self.load(device, text).status)
+        result = self.backup(device, "plan", DOCUMENT)
+        self.assertEqual((0, b"The restore would succeed. Nothing would change.\n"),
+                         (result.status, result.stdout))
+
+    def test_an_error_is_told_with_path_line_and_column(self) -> None:
+        device = self.device("QRA-310")
+        cases = (
+            (
+                "<configuration>\n <homeChannels>\n  <channel/>\n </homeChannels>\n</configuration>",
+                101, "homeChannels/channel[1]", 3, 4,
+            ),
+            (
+                "<configuration>\n\t<dvbNetworks>\n<dvbNetwork><id>1</id>\n"
+                "<tipoNITPatron>7</tipoNITPatron></dvbNetwork></dvbNetworks></configuration>",
+                103, "dvbNetworks/dvbNetwork[id=1]/tipoNITPatron", 4, 2,
+            ),
+        )
+        for text, code, path, line, column in cases:
+            with self.subTest(path):
+                plan = self.plan(device, text.encode())
+                first = plan["errors"][0]
+                self.assertEqual(
+                    (code, {"path": path, "line": line, "column": column}),
+                    (first["code"], first["element"]),
+                )
+                self.assertEqual((3, {"code": 202, "element": None}),
+                                 (plan["tries"],
+                                  {k: plan["errors"][-1][k] for k in ("code", "element")}))
+
+    def test_a_module_of_another_address_replaces_one_of_its_kind(self) -> None:
+        device = self.device("QRA-310")
+        [mac] = self.query(device, "SELECT MAC FROM RedesModulos ORDER BY MAC LIMIT 1")[0]
+        text = golden("QRA-310").replace(mac.encode(), b"02:FF:FF:FF:FF:FF")
+        plan = self.plan(device, text)
+        bound = [m for m in plan["modules"] if m["by"] != "address"]
+        self.assertEqual(0, plan["status"])
+        self.assertEqual([("02:FF:FF:FF:FF:FF", mac, "kind")],
+                         [(m["mac"], m["headendMac"], m["by"]) for m in bound])
+        self.assertEqual([], plan["leftOverModules"])
+
+    def test_what_is_foretold_is_what_tarvo_config_does(self) -> None:
+        def check(model: str, seed: int) -> None:
+            sql = headend(model, seed)
+            device = self.device(
+                model,
+                sql["config_global"],
+                state=sql["temp_global"],
+                vsec=sql["vsec_global"],
+            )
+            choices = random.Random(f"{model} {seed}")
+            text = damaged(self.export(device).stdout.decode(), choices).encode()
+            plan = self.plan(device, text)
+            expected = foretold(rows_of(device), plan["rows"])
+            device.path(OUTPUT_FILE).unlink(missing_ok=True)
+            result = self.load(device, text)
+            self.assertEqual(plan["status"], result.status, plan["errors"])
+            self.assertEqual(
+                len(plan["scripts"]), len(result.actions), (plan["scripts"], result.actions)
+            )
+            for script, action in zip(plan["scripts"], result.actions):
+                self.assertIn(action.split()[0], script)
+            found = rows_of(device)
+            for table in expected:
+                self.assertEqual(expected[table], found[table], table)
+
+        # Devices are made one at a time; so are the runs of one.
+        cases = [(model, seed) for model in models() for seed in SEEDS]
+        self.each(lambda name, case: check(*case), [(f"{m} {s}", (m, s)) for m, s in cases])
+
+    def folders(self, device: Device) -> list[Path]:
+        return list(device.path("/tmp").glob("tarvo-backup.*"))
+
+    def waiting(self, device: Device):
+        """A plan that has its folder and waits for a writer, and the writer."""
+        device.path(DOCUMENT).write_bytes(golden(device.model))
+        writer = device.database(CONFIG_DB)
+        writer.execute("BEGIN EXCLUSIVE")
+        running = device.start(BACKUP_PROGRAM, ["plan", DOCUMENT])
+        end = time.monotonic() + 30
+        while not self.folders(device) and time.monotonic() < end:
+            time.sleep(0.01)
+        return running, writer
+
+    def test_a_signal_leaves_no_private_copy(self) -> None:
+        device = self.device("QRA-310")
+        for number in (1, 2, 15):
+            running, writer = self.waiting(device)
+            with closing(writer):
+                self.assertEqual([0o700], [stat.S_IMODE(f.stat().st_mode) for f in self.folders(device)])
+                running.kill(number)
+                self.assertEqual(128 + number, running.wait(60).status)
+            self.assertEqual([], self.folders(device))
+
+    def test_what_a_killed_plan_left_is_closed_to_others_and_removed_by_the_next(self) -> None:
+        device = self.device("QRA-310")
+        running, writer = self.waiting(device)
+        with closing(writer):
+            running.kill()
+            running.wait(60)
+        [left] = self.folders(device)
+        self.assertEqual(0o700, stat.S_IMODE(left.stat().st_mode))
+        self.assertEqual(1, self.backup(device, "plan", DOCUMENT).status)
+        self.assertEqual([], self.folders(device))
+
+    def test_a_database_with_a_journal_to_roll_back_is_copied_with_it(self) -> None:
+        device = self.device("QRA-310")
+        path = device.path(CONFIG_DB)
+        with closing(device.database(CONFIG_DB)) as database:
+            database.execute("PRAGMA cache_size = 1")
+            database.execute("BEGIN")
+            database.execute("UPDATE configuracionWebGlobal SET valor = 'half' || valor")
+            database.execute("UPDATE ServiciosSalidaGlobal SET NombreSalida = 'half' || idSSG")
+            database.execute("UPDATE PIDsSalidaGlobal SET AudioCode = 'half' || idPSG")
+            half, journal = path.read_bytes(), Path(f"{path}-journal").read_bytes()
+            database.execute("ROLLBACK")
+        self.assertNotEqual(half, path.read_bytes())
+        path.write_bytes(half)
+        Path(f"{path}-journal").write_bytes(journal)
+        text = document("<identification><location>Roof</location></identification>")
+        device.path(DOCUMENT).write_bytes(text)
+        before = snapshot(device)
+        [change] = self.plan(device, text)["changes"]
+        self.assertEqual("Málaga, Paseo del Mar 12 <sótano>", change["old"])
+        self.assertEqual(half, path.read_bytes())
+
+
+if __name__ == "__main__":
+    main()
