@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 
+#include "backup/backup_folder.h"
 #include "backup/fault.h"
 #include "backup/verbs.h"
 
@@ -25,6 +26,10 @@ struct Session {
     CheckOptions check = {};
     ShowOptions show = {};
     PlanOptions plan = {};
+    SaveOptions save = {};
+    RestoreOptions restore = {};
+    ConfirmOptions confirm = {};
+    UndoOptions undo = {};
 };
 
 void addOutputOptions(CLI::App& verb, OutputOptions& options) {
@@ -84,6 +89,42 @@ void addPlan(CLI::App& app, Session& session) {
     verb.add_option("FILE", options.path, "The document")->required();
 }
 
+void addSave(CLI::App& app, Session& session) {
+    SaveOptions& options = session.save;
+    options.folder = kBackupFolder;
+    CLI::App& verb = addVerb(app, "save", "A verified backup, kept with the ones before", session,
+                             options, runSave);
+    auto* folder = verb.add_option("DIR", options.folder, "The folder; " + options.folder);
+    auto* keep = verb.add_option("--keep", options.keep, "How many backups to keep")
+                     ->check(CLI::PositiveNumber)
+                     ->option_text("N");
+    verb.add_option("--output", options.outputPath, "A file instead; - is standard output")
+        ->excludes(folder)
+        ->excludes(keep)
+        ->option_text("FILE");
+}
+
+void addRestore(CLI::App& app, Session& session) {
+    RestoreOptions& options = session.restore;
+    constexpr int kLongestMinutes = 24 * 60;
+    CLI::App& verb = addVerb(app, "restore", "Plan, back up, and restore a document", session,
+                             options, runRestore);
+    verb.add_option("FILE", options.path, "The document")->required();
+    verb.add_flag("--yes", options.yes, "Do not ask");
+    verb.add_option("--confirm", options.confirmMinutes, "Undo it unless it is confirmed in time")
+        ->check(CLI::Range(1, kLongestMinutes))
+        ->option_text("MINUTES");
+}
+
+void addConfirmAndUndo(CLI::App& app, Session& session) {
+    addVerb(app, "confirm", "Keep what was restored with --confirm", session, session.confirm,
+            runConfirm);
+    CLI::App& undo = addVerb(app, "undo", "Put back what was before a restore with --confirm",
+                             session, session.undo, runUndo);
+    undo.add_flag("--abandoned", session.undo.abandonedOnly,
+                  "Only what nobody can confirm or finish any more");
+}
+
 }  // namespace
 
 ExitStatus run(int argc, const char* const* argv, const Console& console) {
@@ -92,7 +133,10 @@ ExitStatus run(int argc, const char* const* argv, const Console& console) {
     app.set_version_flag("--version", std::string("tarvo-backup ") + TARVO_VERSION);
     app.require_subcommand(1);
     app.footer(kFooter);
+    addSave(app, session);
     addPlan(app, session);
+    addRestore(app, session);
+    addConfirmAndUndo(app, session);
     addDiff(app, session);
     addCheck(app, session);
     addShow(app, session);

@@ -11,6 +11,7 @@ enum class ExitStatus : int {
     cannotWrite = 4,
     failure = 5,  // whatever has no status of its own
     refused = 6,  // the import takes the document with errors, or not at all
+    busy = 7,     // another restore is under way
 };
 
 }  // namespace tarvo_backup

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "backup/backup_folder.h"
 #include "backup/check.h"
 #include "backup/diff.h"
 #include "backup/overview.h"
@@ -24,5 +25,8 @@ std::string toJson(const Overview& overview);
 
 // {"status": of tarvo-config, "tries": ..., "errors": [...], ...}, as tarvo-backup(8) lists it.
 std::string toJson(const Plan& plan);
+
+// {"file": ..., "unchanged": ..., "removed": [...]}
+std::string toJson(const Saved& saved);
 
 }  // namespace tarvo_backup

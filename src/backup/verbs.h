@@ -2,6 +2,8 @@
 // console and throws Fault for what keeps it from its work.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 #include "backup/console.h"
@@ -42,5 +44,33 @@ struct PlanOptions {
 };
 // Status `differences` when a restore would do anything, `refused` when it would fail.
 ExitStatus runPlan(const PlanOptions& options, const Console& console);
+
+struct SaveOptions {
+    OutputOptions output;
+    std::string folder;
+    std::string outputPath;           // instead of the folder; empty: not given
+    std::optional<std::size_t> keep;  // all of them
+};
+ExitStatus runSave(const SaveOptions& options, const Console& console);
+
+struct RestoreOptions {
+    OutputOptions output;
+    std::string path;
+    bool yes = false;
+    std::optional<int> confirmMinutes;
+};
+// Status `refused` when the import fails, or would; `failure` when the answer is no.
+ExitStatus runRestore(const RestoreOptions& options, const Console& console);
+
+struct ConfirmOptions {
+    OutputOptions output;
+};
+ExitStatus runConfirm(const ConfirmOptions& options, const Console& console);
+
+struct UndoOptions {
+    OutputOptions output;
+    bool abandonedOnly = false;
+};
+ExitStatus runUndo(const UndoOptions& options, const Console& console);
 
 }  // namespace tarvo_backup

@@ -1,0 +1,167 @@
+#include "backup/backup_folder.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+
+#include "backup/device_run.h"
+#include "backup/diff.h"
+#include "backup/fault.h"
+#include "backup/sqlite.h"
+#include "command/result_document.h"
+#include "db/database.h"
+#include "device/device_identity.h"
+#include "platform/files.h"
+
+namespace tarvo_backup {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kSuffix = ".xml";
+constexpr unsigned kOwnerOnly = 0600;
+
+[[noreturn]] void failReading(const std::string& reason) {
+    throw Fault(ExitStatus::cannotRead, std::string(tarvodb::kConfigDatabase) + ": " + reason);
+}
+
+// An export of a database that was lost succeeds too, and is empty.
+void checkConfiguration(const Sandbox& sandbox) {
+    const std::string copy = sandbox.mapped(tarvodb::kConfigDatabase);
+    if (!fs::exists(copy)) {
+        failReading("the configuration database is not there");
+    }
+    const Connection db = openConnection(copy, Access::readOnly);
+    if (query(db.get(), "PRAGMA quick_check") != std::vector<Cells>{{"ok"}}) {
+        failReading("the configuration database is damaged");
+    }
+    for (const char* table : {"configuracionWebGlobal", "RedesModulos"}) {
+        if (query(db.get(), std::string("SELECT 1 FROM ") + table + " LIMIT 1").empty()) {
+            failReading(std::string("the configuration database is empty (") + table + ")");
+        }
+    }
+}
+
+// Whether parsing the document and printing the tree gives it again.
+bool readsBack(const std::string& text) {
+    const Document document("backup", text);
+    const XmlNode* root = document.tree().first_node();
+    return root != nullptr &&
+           std::string(tarvo_remote_control::kXmlDeclaration) + "\n" + document::printed(*root) ==
+               text;
+}
+
+// The host's name in the names of its backups.
+std::string stemOfHost() {
+    std::string host = tarvo_remote_control::DeviceIdentity::instance().getHostName();
+    std::replace_if(
+        host.begin(), host.end(),
+        [](unsigned char c) { return std::isalnum(c) == 0 && c != '-' && c != '_'; }, '_');
+    return host + "-";
+}
+
+bool isBackupName(const std::string& name, const std::string& stem) {
+    return name.starts_with(stem) && name.ends_with(kSuffix) && name.size() > stem.size() &&
+           std::isdigit(static_cast<unsigned char>(name[stem.size()])) != 0;
+}
+
+// The host's backups, oldest first.
+std::vector<fs::path> backupsIn(const std::string& folder, const std::string& stem) {
+    std::vector<fs::path> backups;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        if (isBackupName(entry.path().filename().string(), stem)) {
+            backups.push_back(entry.path());
+        }
+    }
+    // Without the suffix, so that a second one of a minute comes after the first.
+    std::sort(backups.begin(), backups.end(), [](const fs::path& a, const fs::path& b) {
+        return a.stem().string() < b.stem().string();
+    });
+    return backups;
+}
+
+bool hasSameSettings(const fs::path& older, const std::string& document) {
+    const auto text = platform::files::read(older.string());
+    if (!text) {
+        return false;
+    }
+    try {
+        return diff(Document(older.string(), *text), Document("new", document)).empty();
+    } catch (const Fault&) {
+        return false;  // it was damaged since
+    }
+}
+
+std::string freePath(const std::string& folder, const std::string& stem) {
+    const std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    gmtime_r(&now, &utc);
+    char minute[32];
+    std::strftime(minute, sizeof minute, "%Y-%m-%dT%H%MZ", &utc);
+    const std::string start = folder + "/" + stem + minute;
+    std::string path = start + kSuffix;
+    for (int number = 2; fs::exists(path); ++number) {
+        path = start + "-" + std::to_string(number) + kSuffix;
+    }
+    return path;
+}
+
+void makeFolder(const std::string& folder) {
+    constexpr mode_t kOwner = 0700;
+    if (mkdir(folder.c_str(), kOwner) != 0 && errno != EEXIST) {
+        throw Fault(ExitStatus::cannotWrite, folder + ": " + std::strerror(errno));
+    }
+}
+
+}  // namespace
+
+std::string verifiedExport() {
+    Sandbox sandbox;
+    checkConfiguration(sandbox);
+    loadIdentity();
+    std::string document = exportIn(sandbox);
+    if (!readsBack(document)) {
+        throw Fault(ExitStatus::cannotRead, "the document cannot be read back as it is written");
+    }
+    return document;
+}
+
+void writeBackup(const std::string& path, const std::string& document) {
+    if (!platform::files::replace(path, document, {.mode = kOwnerOnly})) {
+        throw Fault(ExitStatus::cannotWrite, path + ": " + std::strerror(errno));
+    }
+    if (platform::files::read(path) != document) {
+        throw Fault(ExitStatus::cannotWrite, path + ": does not hold what was written");
+    }
+}
+
+Saved saveInto(const std::string& folder, const std::string& document,
+               std::optional<std::size_t> keep) {
+    makeFolder(folder);
+    const std::string stem = stemOfHost();
+    auto backups = backupsIn(folder, stem);
+    Saved saved;
+    if (!backups.empty() && hasSameSettings(backups.back(), document)) {
+        saved.path = backups.back().string();
+        saved.isUnchanged = true;
+    } else {
+        saved.path = freePath(folder, stem);
+        writeBackup(saved.path, document);
+        backups = backupsIn(folder, stem);
+    }
+    for (std::size_t place = 0; keep && place + *keep < backups.size(); ++place) {
+        std::error_code failed;
+        if (fs::remove(backups[place], failed)) {
+            saved.removed.push_back(backups[place].string());
+        }
+    }
+    return saved;
+}
+
+}  // namespace tarvo_backup

@@ -1,0 +1,35 @@
+// A folder with the backups of a headend.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarvo_backup {
+
+// Where backups are kept unless another folder is asked for.
+inline constexpr const char* kBackupFolder = "/tarvo/backup";
+
+// The document of the headend as it is now, from one consistent state of its databases. Throws
+// Fault (cannotRead) unless it is complete: every statement succeeded, the configuration database
+// is there, sound and not empty, and the document can be read back.
+std::string verifiedExport();
+
+struct Saved {
+    std::string path;
+    bool isUnchanged = false;  // `path` is an earlier backup with the same content
+    std::vector<std::string> removed;
+};
+
+// Writes the document into the folder, which is made when it is not there, as
+// HOST-2026-11-21T0315Z.xml, unless the newest backup of the host holds the same settings. Keeps
+// the newest `keep` backups of the host, all of them without a number. Throws Fault.
+Saved saveInto(const std::string& folder, const std::string& document,
+               std::optional<std::size_t> keep);
+
+// Writes the document to a file of mode 0600, which is on the disk before it takes an older one's
+// place, and reads it back. Throws Fault (cannotWrite).
+void writeBackup(const std::string& path, const std::string& document);
+
+}  // namespace tarvo_backup

@@ -1,0 +1,74 @@
+// How far a restore has come, on the disk, so that whatever ends it leaves the headend as it was
+// before or as it is after.
+//
+//   nothing --> importing --> unconfirmed --confirm--> nothing
+//               |       |          |
+//               |       +--> undoing --> nothing
+//               +--> nothing (without --confirm)
+//
+// Each arrow is one rename of the state's file (or its removal), after what it relies on is on the
+// disk: the copies of the databases before "importing". Whoever finds a state whose owner is gone
+// undoes it, which can be done any number of times:
+//   importing    the restore was killed
+//   undoing      an undo was killed
+//   unconfirmed  the time is over, or the headend was started anew
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarvo_backup {
+
+// One restore, undo or confirmation at a time holds it; given up when the process ends, however.
+class RestoreLock {
+  public:
+    // Throws Fault (busy), which says who holds it.
+    explicit RestoreLock(const std::string& holder);
+    ~RestoreLock();
+    RestoreLock(const RestoreLock&) = delete;
+    RestoreLock& operator=(const RestoreLock&) = delete;
+
+    // Gives it up here; a process that this one was forked from keeps it.
+    void leave();
+
+  private:
+    int handle_ = -1;
+};
+
+enum class RestorePhase { importing, unconfirmed, undoing };
+
+struct RestoreState {
+    RestorePhase phase = RestorePhase::importing;
+    std::string id;  // tells one restore from the next
+    std::string document;
+    // Until when it is to be confirmed, in seconds since the headend was started, and which start.
+    long long deadline = 0;
+    std::string boot;
+    // The commands that the restore had run, which an undo runs again.
+    std::vector<std::string> scripts;
+    // Files that the restore renames, by their number in the folder of copies; nothing was there
+    // where there is no copy.
+    std::vector<std::string> files;
+};
+
+// Where state and copies are, on a file system that outlives a restart. The folder is private.
+std::string stateFolder();
+// The copies of the databases and files from before.
+std::string copyOf(const std::string& devicePath);
+
+// Nothing when no restore is under way. Throws Fault (cannotRead) when it cannot be understood.
+std::optional<RestoreState> readState();
+// Throws Fault (cannotWrite).
+void writeState(const RestoreState& state);
+// Removes it, and the copies.
+void removeState();
+
+// Seconds since the headend was started, and what tells this start from others.
+long long secondsUp();
+std::string thisBoot();
+
+// Whether nobody can confirm it any more, or finish it.
+bool isAbandoned(const RestoreState& state);
+
+}  // namespace tarvo_backup

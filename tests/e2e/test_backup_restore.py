@@ -1,0 +1,208 @@
+"""tarvo-backup restore, confirm and undo: the headend is as before or as after, never between."""
+
+import random
+import re
+import sys
+import time
+from contextlib import closing
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+
+from e2e import BACKUP_PROGRAM, CONFIG_DB, Device, EndToEndTest, Result, golden, main, tables
+
+DOCUMENT = "/tmp/document.xml"
+STATE = "/tarvo/backup/.restore/state"
+SI_FOLDER = "/tarvo/datosWeb/tablasSI"
+KILLS = 24
+
+
+def new_document(model: str) -> bytes:
+    text = re.sub(rb"<gateway>[^<]*", b"<gateway>10.9.9.9", golden(model))
+    text = re.sub(rb"<nid>[^<]*", b"<nid>4242", text, count=1)
+    return re.sub(rb"<country>[^<]*", b"<country>PT", text)
+
+
+def contents(device: Device) -> dict[str, tuple]:
+    """What a restore changes, but for what scripts write."""
+    folder = device.path(SI_FOLDER)
+    files = {p.name: (p.read_bytes(), p.stat().st_mtime_ns) for p in folder.iterdir()}
+    return {**tables(device), "SI tables": files}
+
+
+class RestoreTest(EndToEndTest):
+    def made(self, model: str = "QRA-310") -> Device:
+        device = self.device(model)
+        device.path(DOCUMENT).write_bytes(new_document(model))
+        return device
+
+    def backup(self, device: Device, *args: str) -> Result:
+        return device.run(BACKUP_PROGRAM, args, env={"TZ": "UTC"}, timeout=240)
+
+    def in_shell(self, device: Device, script: str) -> Result:
+        """The program is "$PROGRAM"; it lives as long as the shell does."""
+        program = Path(BACKUP_PROGRAM).resolve()
+        copy = device.path("/tarvo/bin/program")
+        if not copy.exists():
+            (copy / "bin").mkdir(parents=True)
+            (copy / "lib").mkdir()
+            for name in ("bin/tarvo-backup", "lib/libtarvocommon.so"):
+                (copy / name).write_bytes((program.parents[1] / name).read_bytes())
+                (copy / name).chmod(0o755)
+        environment = {"TZ": "UTC", "PROGRAM": "/tarvo/bin/program/bin/tarvo-backup"}
+        return device.run("sh", ["-c", script], env=environment, timeout=240)
+
+    def test_a_restore_does_what_tarvo_config_does_and_keeps_a_backup(self) -> None:
+        device, other = self.made(), self.made()
+        result = self.backup(device, "restore", "--yes", DOCUMENT)
+        expected = self.load(other, new_document("QRA-310"))
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(expected.actions, result.actions)
+        self.assertEqual(expected.syslog, result.syslog)
+        self.assertTables(tables(other), tables(device))
+        [saved] = device.path("/tarvo/backup").glob("*.xml")
+        self.assertBytes(golden("QRA-310"), saved.read_bytes())
+        self.assertFalse(device.path(STATE).exists())
+
+    def test_without_an_answer_nothing_is_done(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.assertEqual(5, self.backup(device, "restore", DOCUMENT).status)
+        self.assertEqual(before, contents(device))
+
+    def test_a_document_that_the_import_refuses_is_not_begun(self) -> None:
+        device = self.made()
+        before = contents(device)
+        device.path(DOCUMENT).write_bytes(
+            b"<configuration><homeChannels><x/></homeChannels></configuration>"
+        )
+        self.assertEqual(6, self.backup(device, "restore", "--yes", DOCUMENT).status)
+        self.assertEqual(before, contents(device))
+
+    def test_a_confirmed_restore_stays(self) -> None:
+        device = self.made()
+        result = self.in_shell(
+            device,
+            f'"$PROGRAM" restore --yes --confirm 1 {DOCUMENT} && "$PROGRAM" confirm && sleep 2',
+        )
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertIn(b"10.9.9.9", self.export(device).stdout)
+        self.assertEqual(5, self.backup(device, "confirm").status)
+
+    def test_an_undo_puts_rows_and_files_back_and_runs_the_scripts_again(self) -> None:
+        device = self.made()
+        before = contents(device)
+        result = self.in_shell(
+            device, f'"$PROGRAM" restore --yes --confirm 1 {DOCUMENT} && "$PROGRAM" undo'
+        )
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(before, contents(device))
+        half = len(result.actions) // 2
+        self.assertIn("WAN_from_DB.sh", result.actions[:half])
+        self.assertEqual(
+            [action.split()[0] for action in result.actions[:half]],
+            [action.split()[0] for action in result.actions[half:]],
+        )
+
+    def test_when_the_time_is_over_the_restore_is_undone_without_anyone(self) -> None:
+        device = self.made()
+        before = contents(device)
+        result = self.in_shell(
+            device,
+            f'"$PROGRAM" restore --yes --confirm 1 {DOCUMENT}'
+            f" && sed -i 's/^deadline .*/deadline 0/' {STATE}"
+            f" && for i in 1 2 3 4 5 6 7 8 9 10; do [ -e {STATE} ] && sleep 1; done",
+        )
+        self.assertEqual(b"", result.stderr)
+        self.assertEqual(before, contents(device))
+
+    def test_after_a_new_start_an_unconfirmed_restore_is_undone(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.assertEqual(0, self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT).status)
+        self.assertEqual(0, self.backup(device, "undo", "--abandoned").status)
+        self.assertNotEqual(before, contents(device))  # there is time left
+        state = device.path(STATE)
+        state.write_text(re.sub("(?m)^boot .*", "boot another", state.read_text()))
+        self.assertEqual(0, self.backup(device, "undo", "--abandoned").status)
+        self.assertEqual(before, contents(device))
+
+    def test_a_second_restore_waits_for_the_first_to_be_confirmed(self) -> None:
+        device = self.made()
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        second = self.backup(device, "restore", "--yes", DOCUMENT)
+        self.assertEqual(7, second.status)
+        self.assertIn(DOCUMENT.encode(), second.stderr)
+
+    def killed_in(self, device: Device, phase: str, *args: str) -> None:
+        """Kills the program in a phase in which it waits for a writer."""
+        with closing(device.database(CONFIG_DB)) as writer:
+            writer.execute("BEGIN IMMEDIATE")
+            running = device.start(BACKUP_PROGRAM, args, env={"TZ": "UTC"})
+            end = time.monotonic() + 60
+            state = device.path(STATE)
+            while time.monotonic() < end:
+                if state.exists() and state.read_text().startswith(f"phase {phase}\n"):
+                    break
+                time.sleep(0.005)
+            running.kill()
+            running.wait(60)
+            writer.execute("ROLLBACK")
+        self.assertTrue(state.read_text().startswith(f"phase {phase}\n"))
+
+    def test_killed_in_the_import_it_is_undone_by_the_next_call(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.killed_in(device, "importing", "restore", "--yes", DOCUMENT)
+        result = self.backup(device, "undo", "--abandoned")
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(before, contents(device))
+
+    def test_killed_in_the_undo_it_is_undone_by_the_next_call(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.assertNotEqual(before, contents(device))
+        self.killed_in(device, "undoing", "undo")
+        result = self.backup(device, "confirm")
+        self.assertEqual((5, b"tarvo-backup: too late: the restore was undone\n"),
+                         (result.status, result.stderr))
+        self.assertEqual(before, contents(device))
+
+    def test_a_second_restore_at_the_same_time_is_told_who_holds_it(self) -> None:
+        device = self.made()
+        with closing(device.database(CONFIG_DB)) as writer:
+            writer.execute("BEGIN IMMEDIATE")
+            running = device.start(BACKUP_PROGRAM, ["restore", "--yes", DOCUMENT])
+            end = time.monotonic() + 60
+            while not device.path(STATE).exists() and time.monotonic() < end:
+                time.sleep(0.005)
+            second = self.backup(device, "restore", "--yes", DOCUMENT)
+            writer.execute("ROLLBACK")
+            first = running.wait(120)
+        self.assertEqual((7, 0), (second.status, first.status))
+        self.assertRegex(second.stderr, rb"busy: restore of /tmp/document\.xml, process \d+")
+
+    def test_killed_at_any_moment_it_is_before_or_after(self) -> None:
+        template = self.made()
+        before = contents(template)
+        self.backup(template, "restore", "--yes", DOCUMENT)
+        after = contents(template)
+
+        def check(number: int) -> None:
+            device = self.made()
+            running = device.start(
+                BACKUP_PROGRAM, ["restore", "--yes", DOCUMENT], env={"TZ": "UTC"}
+            )
+            time.sleep(random.Random(number).uniform(0.02, 1.0))
+            running.kill()
+            running.wait(60)
+            self.assertEqual(0, self.backup(device, "undo", "--abandoned").status)
+            found = contents(device)
+            self.assertIn(found, (before, after))
+
+        self.each(check, ((number,) for number in range(KILLS)))
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,124 @@
+"""tarvo-backup save: complete backups, or an error."""
+
+import json
+import re
+import stat
+import sys
+import threading
+import time
+from contextlib import closing
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+
+from e2e import BACKUP_PROGRAM, CONFIG_DB, Device, EndToEndTest, Result, golden, main, models
+
+FOLDER = "/tarvo/backup"
+
+
+class SaveTest(EndToEndTest):
+    def save(self, device: Device, *args: str) -> Result:
+        return device.run(BACKUP_PROGRAM, ["save", *args], env={"TZ": "UTC"}, timeout=120)
+
+    def kept(self, device: Device) -> list[Path]:
+        return sorted(device.path(FOLDER).glob("*.xml"), key=lambda path: path.stem)
+
+    def change(self, device: Device, value: str) -> None:
+        self.query(
+            device,
+            f"UPDATE configuracionWebGlobal SET valor = '{value}'"
+            " WHERE nombre = 'identificacion_cabecera'",
+        )
+
+    def test_a_backup_is_what_tarvo_config_exports_and_its_owners_alone(self) -> None:
+        def check(model: str) -> None:
+            device = self.device(model)
+            self.assertEqual((0, b""), (lambda r: (r.status, r.stderr))(self.save(device)))
+            [path] = self.kept(device)
+            self.assertRegex(path.name, r"^[\w-]+-\d{4}-\d\d-\d\dT\d{4}Z\.xml$")
+            self.assertEqual(0o600, stat.S_IMODE(path.stat().st_mode))
+            self.assertBytes(golden(model), path.read_bytes())
+
+        self.each(check, ((model,) for model in models()))
+
+    def test_an_unchanged_configuration_makes_no_new_file(self) -> None:
+        device = self.device("WVX-BQ4")
+        self.save(device)
+        second = json.loads(self.save(device, "--json").stdout)
+        [path] = self.kept(device)
+        self.assertEqual(
+            {"file": f"{FOLDER}/{path.name}", "unchanged": True, "removed": []}, second
+        )
+
+    def test_the_oldest_go_when_only_some_are_kept(self) -> None:
+        device = self.device("WVX-BQ4")
+        for value in ("one", "two", "three"):
+            self.change(device, value)
+            self.assertEqual(0, self.save(device, "--keep", "2").status)
+        names = [re.search(rb"<headendName>(.*?)<", p.read_bytes())[1] for p in self.kept(device)]
+        self.assertEqual([b"two", b"three"], names)
+
+    def test_a_file_or_standard_output_instead_of_the_folder(self) -> None:
+        device = self.device("WVX-BQ4")
+        self.assertBytes(golden("WVX-BQ4"), self.save(device, "--output", "-").stdout)
+        self.save(device, "--output", "/tmp/one.xml")
+        self.assertBytes(golden("WVX-BQ4"), device.path("/tmp/one.xml").read_bytes())
+        self.assertFalse(device.path(FOLDER).exists())
+
+    def test_an_incomplete_configuration_is_no_backup(self) -> None:
+        def check(name: str, damage: str | None, reason: str) -> None:
+            device = self.device("QRA-310", damage or "")
+            if damage is None:
+                device.path(CONFIG_DB).unlink()
+            result = self.save(device)
+            self.assertEqual(3, result.status)
+            self.assertIn(reason, result.stderr.decode())
+            self.assertEqual([], self.kept(device))
+
+        self.each(
+            check,
+            (
+                ("lost", None, "not there"),
+                ("empty", "DELETE FROM configuracionWebGlobal", "empty"),
+                ("no modules", "DELETE FROM RedesModulos", "empty"),
+                ("a table is missing", "DROP TABLE DiSEqCGlobal", "DiSEqCGlobal"),
+            ),
+        )
+
+    def test_beside_a_writer_a_backup_is_never_mixed(self) -> None:
+        device = self.device("WVX-BQ4")
+        done = threading.Event()
+
+        def write() -> None:
+            with closing(device.database(CONFIG_DB)) as database:
+                database.execute("PRAGMA busy_timeout = 10000")
+                number = 0
+                while not done.is_set():
+                    number += 1
+                    database.execute("BEGIN IMMEDIATE")
+                    for key in ("cabecera", "localizacion", "fecha"):
+                        database.execute(
+                            f"UPDATE configuracionWebGlobal SET valor = 'v{number}'"
+                            f" WHERE nombre = 'identificacion_{key}'"
+                        )
+                        time.sleep(0.001)
+                    database.execute("COMMIT")
+
+        writer = threading.Thread(target=write)
+        writer.start()
+        try:
+            for _ in range(10):
+                result = self.save(device, "--output", "-")
+                self.assertEqual((0, b""), (result.status, result.stderr))
+                values = re.findall(
+                    rb"<(?:headendName|location|installationDate)>(.*?)<", result.stdout
+                )
+                self.assertEqual(3, len(values))
+                self.assertEqual(1, len(set(values)), values)
+        finally:
+            done.set()
+            writer.join()
+
+
+if __name__ == "__main__":
+    main()
