@@ -26,6 +26,7 @@ std::string quotedName(const std::string& name) {
 
 std::vector<std::string> firstColumn(const std::vector<Cells>& rows) {
     std::vector<std::string> cells;
+    cells.reserve(rows.size());
     for (const Cells& row : rows) {
         cells.push_back(row.front().value_or(""));
     }

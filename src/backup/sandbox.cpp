@@ -70,7 +70,7 @@ std::string Sandbox::mapped(const std::string& path) const {
 }
 
 std::string Sandbox::keepConfiguration(const char* name) const {
-    const std::string path = folder_.path() + "/" + name;
+    std::string path = folder_.path() + "/" + name;
     takeCopies({{mapped(tarvodb::kConfigDatabase), path}});
     return path;
 }
