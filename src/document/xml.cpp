@@ -59,11 +59,13 @@ void parseInPlace(XmlDocument& document, char* buffer, const std::string& text) 
 // Counts what is written to it.
 class Counter {
   public:
+    // NOLINTBEGIN(readability-identifier-naming): the names of the standard library
     using iterator_category = std::output_iterator_tag;
     using value_type = void;
     using difference_type = std::ptrdiff_t;
     using pointer = void;
     using reference = void;
+    // NOLINTEND(readability-identifier-naming)
 
     Counter& operator*() { return *this; }
     Counter& operator=(char) { return *this; }

@@ -100,7 +100,7 @@ class Members {
         Patterns choice{"text"};
         choice.insert(choice.end(), optional_.begin(), optional_.end());
         choice.push_back("element * - (" + joined(names_, " | ") + ") { " + kAnything + " }");
-        const std::string others = block("(", choice, " |", ")*");
+        std::string others = block("(", choice, " |", ")*");
         if (required_.empty()) {
             return others;
         }
@@ -172,6 +172,7 @@ void define(const Element& element, std::string& text) {
 }  // namespace
 
 const std::vector<std::string>& refusedAlthoughTaken() {
+    // NOLINTBEGIN(bugprone-suspicious-missing-comma): most reasons are longer than a line
     static const std::vector<std::string> kReasons{
         "Names in another letter case. RELAX NG tells them apart. The import does not, but for "
         "configuration, backup and vsecureCAMList.",
@@ -187,6 +188,7 @@ const std::vector<std::string>& refusedAlthoughTaken() {
         "What is not well-formed XML. The import does not check everything that XML demands, and "
         "reads on.",
     };
+    // NOLINTEND(bugprone-suspicious-missing-comma)
     return kReasons;
 }
 
