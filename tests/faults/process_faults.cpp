@@ -246,12 +246,17 @@ void syslog(int, const char* format, ...) {
 
 // --- Memory -------------------------------------------------------------------------------------
 
-void* operator new(std::size_t size) {
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     void* memory = !NotTheProgram::any() && strikes(Step::newMemory) ? nullptr : std::malloc(size);
+    run().liveObjects += memory == nullptr ? 0 : 1;
+    return memory;
+}
+
+void* operator new(std::size_t size) {
+    void* memory = operator new(size, std::nothrow);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
-    ++run().liveObjects;
     return memory;
 }
 
