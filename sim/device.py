@@ -186,6 +186,7 @@ class Device:
             *("--ro-bind", os.fspath(cwd or os.getcwd()), "/run/cwd", "--chdir", "/run/cwd"),
             "--clearenv",
             *_environment(env or {}),
+            *_counts(),
             *("--", *words, *args),
         ]
         streams = {}
@@ -371,6 +372,15 @@ def _environment(extra: Mapping[str, str]) -> list[str]:
         **extra,
     }
     return [word for name, value in variables.items() for word in ("--setenv", name, value)]
+
+
+def _counts() -> list[str]:
+    """What a program that is built for coverage counts, it writes into a folder of the host."""
+    pattern = os.environ.get("LLVM_PROFILE_FILE")
+    if not pattern:
+        return []
+    folder = os.path.dirname(os.path.abspath(pattern))
+    return ["--bind", folder, folder, "--setenv", "LLVM_PROFILE_FILE", os.path.abspath(pattern)]
 
 
 def _bring_in(program: str) -> tuple[list[str], list[str]]:
