@@ -162,22 +162,35 @@ void collectDoubled(const Keys& keys, std::unordered_set<std::string_view>& doub
     }
 }
 
+// Elements may be nested deeply, and the stack be small: what is not needed while the elements
+// inside are compared stays out of the frames of those that call themselves.
+[[gnu::noinline]] bool haveSameValue(const Element* row, Pair pair) {
+    return haveSameText(pair) || canonicalText(row, *pair.older) == canonicalText(row, *pair.newer);
+}
+
 class Comparison {
   public:
     explicit Comparison(DiffScope scope) : scope_(scope) {}
 
     // `row` is the pair's own; null for an element that the import does not know.
     void compareContents(const Element* row, Pair pair) {
-        if (!haveSameText(pair) &&
-            canonicalText(row, *pair.older) != canonicalText(row, *pair.newer)) {
+        if (!haveSameValue(row, pair)) {
             note(pair, document::textOf);
         }
         if (isList(row)) {
-            compareEntries(*row, pair);
+            for (const Entry& entry : entriesOf(*row, pair)) {
+                const Element* entryRow = rowOf(row, entry.pair.any());
+                compare(entryRow, entry.pair,
+                        {.name = shownName(entryRow, entry.pair.any()),
+                         .identity = &entry.identity,
+                         .place = entry.place});
+            }
         } else if (haveSameNames(pair)) {
             compareMembersInOrder(row, pair);
         } else {
-            compareMembersByName(row, pair);
+            for (const Pair& member : membersByName(pair)) {
+                compareMember(row, member);
+            }
         }
     }
 
@@ -219,38 +232,48 @@ class Comparison {
         }
     }
 
-    void compareMembersByName(const Element* row, Pair parents) {
+    [[gnu::noinline]] static std::vector<Pair> membersByName(Pair parents) {
         const Nodes older = elementsIn(*parents.older);
         const Nodes newer = elementsIn(*parents.newer);
         const auto name = [](const XmlNode& node, std::size_t) { return lowerCaseName(node); };
         Matching matching(older.size(), newer.size());
         matching.matchBy(keysOf(older, name), keysOf(newer, name));
+        std::vector<Pair> members;
+        members.reserve(older.size());
         matching.forEach([&](std::size_t olderPlace, std::size_t newerPlace) {
-            compareMember(row, pairAt(older, olderPlace, newer, newerPlace));
+            members.push_back(pairAt(older, olderPlace, newer, newerPlace));
         });
+        return members;
     }
 
-    void compareEntries(const Element& list, Pair parents) {
+    // An entry of a list in either document.
+    struct Entry {
+        Pair pair;
+        std::string identity;
+        std::size_t place;  // among its siblings, from 1
+    };
+
+    [[gnu::noinline]] std::vector<Entry> entriesOf(const Element& list, Pair parents) const {
         const Nodes older = elementsIn(*parents.older);
         const Nodes newer = elementsIn(*parents.newer);
         const auto identity = [&](const XmlNode& node, std::size_t) {
             const Element* row = rowOf(&list, node);
             return row == nullptr ? std::string() : identityOf(*row, node);
         };
-        const Keys olderIdentities = keysOf(older, identity);
-        const Keys newerIdentities = keysOf(newer, identity);
+        Keys olderIdentities = keysOf(older, identity);
+        Keys newerIdentities = keysOf(newer, identity);
         const Matching matching =
             matchEntries(list, older, newer, olderIdentities, newerIdentities);
+        std::vector<Entry> entries;
+        entries.reserve(older.size());
         matching.forEach([&](std::size_t olderPlace, std::size_t newerPlace) {
-            const Pair pair = pairAt(older, olderPlace, newer, newerPlace);
-            const Element* row = rowOf(&list, pair.any());
             const bool isNew = olderPlace == kNone;
-            compare(
-                row, pair,
-                {.name = shownName(row, pair.any()),
-                 .identity = isNew ? &newerIdentities[newerPlace] : &olderIdentities[olderPlace],
-                 .place = (isNew ? newerPlace : olderPlace) + 1});
+            entries.push_back({.pair = pairAt(older, olderPlace, newer, newerPlace),
+                               .identity = std::move(isNew ? newerIdentities[newerPlace]
+                                                           : olderIdentities[olderPlace]),
+                               .place = (isNew ? newerPlace : olderPlace) + 1});
         });
+        return entries;
     }
 
     // By identity; those of a doubled one by content before. Entries that nothing identifies by
@@ -320,7 +343,7 @@ class Comparison {
     }
 
     template <class TextOf>
-    void note(Pair pair, TextOf textOf) {
+    [[gnu::noinline]] void note(Pair pair, TextOf textOf) {
         const auto textIn = [&textOf](const XmlNode* node) {
             return node == nullptr ? std::nullopt : std::optional<std::string>(textOf(*node));
         };
