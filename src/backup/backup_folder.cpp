@@ -12,6 +12,7 @@
 #include "backup/device_run.h"
 #include "backup/diff.h"
 #include "backup/fault.h"
+#include "backup/progress.h"
 #include "backup/sqlite.h"
 #include "command/result_document.h"
 #include "db/database.h"
@@ -122,9 +123,12 @@ void makeFolder(const std::string& folder) {
 }  // namespace
 
 std::string verifiedExport() {
+    beginStep("Copying the databases");
     Sandbox sandbox;
+    beginStep("Checking the databases");
     checkConfiguration(sandbox);
     loadIdentity();
+    beginStep("Exporting the headend");
     std::string document = exportIn(sandbox);
     if (!readsBack(document)) {
         throw Fault(ExitStatus::cannotRead, "the document cannot be read back as it is written");

@@ -1,8 +1,10 @@
 #include <algorithm>
+#include <utility>
 
 #include "backup/check.h"
 #include "backup/document.h"
 #include "backup/json.h"
+#include "backup/progress.h"
 #include "backup/verbs.h"
 
 namespace tarvo_backup {
@@ -10,8 +12,10 @@ namespace tarvo_backup {
 namespace {
 
 std::vector<Finding> findingsIn(const std::string& path, const Console& console) {
+    std::string text = readText(path, console);
+    const Progress progress(console, "Checking");
     try {
-        return check(readDocument(path, console));
+        return check(Document(nameOf(path), std::move(text)));
     } catch (const NotWellFormed& fault) {
         return {{.position = fault.position(),
                  .severity = Severity::error,

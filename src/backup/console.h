@@ -21,6 +21,7 @@ struct Console {
     std::ostream& out;
     std::ostream& err;
     bool outIsTerminal = false;
+    bool errIsTerminal = false;
     // NO_COLOR is set, which counts where the color mode is automatic.
     bool colorUnwanted = false;
 };

@@ -5,6 +5,7 @@
 #include "backup/document.h"
 #include "backup/fault.h"
 #include "backup/json.h"
+#include "backup/progress.h"
 #include "backup/verbs.h"
 
 namespace tarvo_backup {
@@ -17,6 +18,12 @@ Document readOrEmpty(const std::string& path, const Console& console) {
     return configurationIn(nameOf(path), text.empty() ? "<configuration/>" : std::move(text));
 }
 
+std::vector<Difference> compared(const Document& older, const Document& newer,
+                                 const DiffOptions& options, const Console& console) {
+    const Progress progress(console, "Comparing");
+    return diff(older, newer, {.liveState = options.liveState});
+}
+
 }  // namespace
 
 ExitStatus runDiff(const DiffOptions& options, const Console& console) {
@@ -25,7 +32,7 @@ ExitStatus runDiff(const DiffOptions& options, const Console& console) {
     }
     const Document older = readOrEmpty(options.oldPath, console);
     const Document newer = readOrEmpty(options.newPath, console);
-    const auto differences = diff(older, newer, {.liveState = options.liveState});
+    const auto differences = compared(older, newer, options, console);
     if (options.output.json) {
         console.out << toJson(differences) << '\n';
     } else {

@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
                               .out = std::cout,
                               .err = std::cerr,
                               .outIsTerminal = isatty(STDOUT_FILENO) == 1,
+                              .errIsTerminal = isatty(STDERR_FILENO) == 1,
                               .colorUnwanted = noColor != nullptr && *noColor != '\0'};
         return static_cast<int>(run(argc, argv, console));
     } catch (const Interrupted& interrupted) {

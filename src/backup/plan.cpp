@@ -1,5 +1,6 @@
 #include "backup/plan.h"
 
+#include <sqlite3.h>
 #include <syslog.h>
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 #include "backup/device_run.h"
 #include "backup/fault.h"
 #include "backup/module_bindings.h"
+#include "backup/progress.h"
 #include "backup/tree.h"
 #include "command/system_actions.h"
 #include "mapping/document_tree.h"
@@ -115,8 +117,11 @@ std::vector<RowChange> changesBetween(const std::vector<DatabasePair>& databases
         try {
             auto more = rowChanges(before, after);
             std::move(more.begin(), more.end(), std::back_inserter(changes));
-        } catch (const DatabaseFault&) {
-            // Not a database, or not there: the import could not change it either.
+        } catch (const DatabaseFault& fault) {
+            // Not there, or no database: the import could not change it either.
+            if (fault.code() != SQLITE_CANTOPEN && fault.code() != SQLITE_NOTADB) {
+                throw;
+            }
         }
     }
     return changes;
@@ -129,8 +134,10 @@ bool isNetworkScript(const std::string& command) {
 }  // namespace
 
 Plan makePlan(const Document& document) {
+    beginStep("Copying the databases");
     Sandbox sandbox;
     loadIdentity();
+    beginStep("Exporting the headend as it is");
     Plan plan;
     const auto before = exported(sandbox, "before", plan.changesUnknown);
     const auto databases = keepDatabases(sandbox);
@@ -138,6 +145,7 @@ Plan makePlan(const Document& document) {
     plan.modules = bindings.modules;
     plan.leftOverModules = bindings.leftOver;
 
+    beginStep("Importing into a copy");
     plan.status = importIn(sandbox, document.text());
     const Traffic traffic = sandbox.traffic();
     plan.tries = traffic.tries;
@@ -146,6 +154,7 @@ Plan makePlan(const Document& document) {
     plan.scripts = traffic.scripts;
     plan.runsNetworkScript = std::any_of(plan.scripts.begin(), plan.scripts.end(), isNetworkScript);
     plan.renames = traffic.renames;
+    beginStep("Comparing");
     plan.rows = changesBetween(databases);
     if (before) {
         if (const auto after = exported(sandbox, "after", plan.changesUnknown)) {

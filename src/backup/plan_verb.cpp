@@ -2,13 +2,23 @@
 #include "backup/json.h"
 #include "backup/plan.h"
 #include "backup/plan_report.h"
+#include "backup/progress.h"
 #include "backup/verbs.h"
 
 namespace tarvo_backup {
 
+namespace {
+
+Plan planned(const Document& document, const Console& console) {
+    const Progress progress(console, "Copying the databases");
+    return makePlan(document);
+}
+
+}  // namespace
+
 ExitStatus runPlan(const PlanOptions& options, const Console& console) {
     const Document document = readDocument(options.path, console);
-    const Plan plan = makePlan(document);
+    const Plan plan = planned(document, console);
     if (options.output.json) {
         console.out << toJson(plan) << '\n';
     } else {

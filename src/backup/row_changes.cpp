@@ -40,10 +40,10 @@ std::vector<std::string> tablesOf(sqlite3* db) {
 }
 
 Table readTable(sqlite3* db, const std::string& name) {
+    Selected selected = select(db, "SELECT rowid, * FROM " + quotedName(name));
     Table table;
-    table.columns = firstColumn(
-        query(db, "SELECT name FROM pragma_table_info(" + quotedName(name) + ") ORDER BY cid"));
-    for (Cells& row : query(db, "SELECT rowid, * FROM " + quotedName(name))) {
+    table.columns.assign(selected.columns.begin() + 1, selected.columns.end());
+    for (Cells& row : selected.rows) {
         const long long id = std::stoll(row.front().value_or("0"));
         row.erase(row.begin());
         table.rows.emplace(id, std::move(row));

@@ -1,5 +1,6 @@
 #include "backup/backup_folder.h"
 #include "backup/json.h"
+#include "backup/progress.h"
 #include "backup/verbs.h"
 
 namespace tarvo_backup {
@@ -13,25 +14,30 @@ void printForPeople(const Saved& saved, std::ostream& out) {
     }
 }
 
+Saved saved(const SaveOptions& options, const std::string& document) {
+    if (options.outputPath.empty()) {
+        return saveInto(options.folder, document, options.keep);
+    }
+    writeBackup(options.outputPath, document);
+    return {.path = options.outputPath, .isUnchanged = false, .removed = {}};
+}
+
 }  // namespace
 
 ExitStatus runSave(const SaveOptions& options, const Console& console) {
+    std::optional<Progress> progress(std::in_place, console, "Copying the databases");
     const std::string document = verifiedExport();
     if (options.outputPath == "-") {
+        progress.reset();
         console.out << document;
         return ExitStatus::done;
     }
-    Saved saved;
-    if (options.outputPath.empty()) {
-        saved = saveInto(options.folder, document, options.keep);
-    } else {
-        writeBackup(options.outputPath, document);
-        saved.path = options.outputPath;
-    }
+    const Saved result = saved(options, document);
+    progress.reset();
     if (options.output.json) {
-        console.out << toJson(saved) << '\n';
+        console.out << toJson(result) << '\n';
     } else {
-        printForPeople(saved, console.out);
+        printForPeople(result, console.out);
     }
     return ExitStatus::done;
 }

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "backup/interruption.h"
+#include "backup/progress.h"
 
 namespace tarvo_backup {
 
@@ -33,12 +34,17 @@ int whileBusy(Work work, BetweenTries betweenTries) {
     constexpr auto kLongest = std::chrono::seconds(30);
     constexpr auto kPause = std::chrono::milliseconds(20);
     const auto end = Clock::now() + kLongest;
+    const char* step = nullptr;
     for (;;) {
         const int code = work();
+        if (step != nullptr) {
+            beginStep(step);
+        }
         if ((code != SQLITE_BUSY && code != SQLITE_LOCKED) || Clock::now() >= end) {
             return code;
         }
         betweenTries();
+        step = beginStep("Waiting for another program that uses the databases");
         std::this_thread::sleep_for(kPause);
     }
 }
@@ -124,7 +130,7 @@ Connection openConnection(const std::string& path, Access access) {
     return db;
 }
 
-std::vector<Cells> query(sqlite3* db, const std::string& sql) {
+Selected select(sqlite3* db, const std::string& sql) {
     sqlite3_stmt* prepared = nullptr;
     const auto checked = [db](int code) {
         if (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE) {
@@ -134,9 +140,12 @@ std::vector<Cells> query(sqlite3* db, const std::string& sql) {
     };
     checked(sqlite3_prepare_v2(db, sql.c_str(), -1, &prepared, nullptr));
     const std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement(prepared);
-    std::vector<Cells> rows;
+    Selected selected;
+    for (int column = 0; column < sqlite3_column_count(prepared); ++column) {
+        selected.columns.emplace_back(sqlite3_column_name(prepared, column));
+    }
     while (checked(sqlite3_step(prepared)) == SQLITE_ROW) {
-        Cells& row = rows.emplace_back();
+        Cells& row = selected.rows.emplace_back();
         for (int column = 0; column < sqlite3_column_count(prepared); ++column) {
             const auto* text = sqlite3_column_text(prepared, column);
             const auto size = static_cast<std::size_t>(sqlite3_column_bytes(prepared, column));
@@ -145,8 +154,10 @@ std::vector<Cells> query(sqlite3* db, const std::string& sql) {
                               : Cell(std::string(reinterpret_cast<const char*>(text), size)));
         }
     }
-    return rows;
+    return selected;
 }
+
+std::vector<Cells> query(sqlite3* db, const std::string& sql) { return select(db, sql).rows; }
 
 void takeCopies(const std::vector<CopyJob>& jobs) {
     std::string path;

@@ -36,7 +36,13 @@ Connection openConnection(const std::string& path, Access access);
 using Cell = std::optional<std::string>;  // nothing is NULL
 using Cells = std::vector<Cell>;
 
-// The rows that the statement gives. Throws DatabaseFault.
+struct Selected {
+    std::vector<std::string> columns;
+    std::vector<Cells> rows;
+};
+// What the statement gives. Throws DatabaseFault.
+Selected select(sqlite3* db, const std::string& sql);
+// The rows alone.
 std::vector<Cells> query(sqlite3* db, const std::string& sql);
 
 struct CopyJob {

@@ -1,0 +1,77 @@
+"""What tarvo-backup tells at a terminal while something takes longer than a second."""
+
+import os
+import pty
+import subprocess
+import sys
+import threading
+import time
+from contextlib import closing
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+
+from e2e import BACKUP_PROGRAM, CONFIG_DB, EMULATOR, REPOSITORY, EndToEndTest, golden, main
+
+DOCUMENT = "/tmp/document.xml"
+WAITING = "Waiting for another program that uses the databases"
+EMPTY_LINE = "\r\x1b[K"
+
+
+class ProgressTest(EndToEndTest):
+    def run_while_locked(self, seconds: float, *words: str, at_terminal: bool) -> tuple[int, str]:
+        """The status, and what was written to standard error."""
+        device = self.device("QRA-310")
+        device.path(DOCUMENT).write_bytes(golden("QRA-310"))
+        terminal, end = pty.openpty() if at_terminal else os.pipe()
+        told = bytearray()
+
+        def read() -> None:
+            try:
+                while data := os.read(terminal, 4096):
+                    told.extend(data)
+            except OSError:  # the other end of the terminal is closed
+                pass
+
+        emulator = ["--emulator", " ".join(EMULATOR)] if EMULATOR else []
+        command = [REPOSITORY / "sim/run", "--root", device.root, *emulator, "--setenv", "TZ=UTC"]
+        with closing(device.database(CONFIG_DB)) as writer:
+            writer.execute("BEGIN EXCLUSIVE")
+            running = subprocess.Popen(
+                [sys.executable, *command, "--", BACKUP_PROGRAM, *words],
+                stdin=subprocess.DEVNULL,
+                stdout=subprocess.DEVNULL,
+                stderr=end,
+            )
+            os.close(end)
+            reader = threading.Thread(target=read)
+            reader.start()
+            time.sleep(seconds)
+            writer.execute("ROLLBACK")
+        status = running.wait(240)
+        reader.join()
+        os.close(terminal)
+        return status, told.decode()
+
+    def is_told(self, name: str, status: int, *words: str) -> None:
+        found, told = self.run_while_locked(4, *words, at_terminal=True)
+        self.assertEqual(status, found, told)
+        self.assertRegex(told, rf"\r\x1b\[K{WAITING} \(\d+ s\)")
+        self.assertTrue(told.endswith(EMPTY_LINE), told)
+
+    def test_a_lock_that_is_waited_for_is_told_and_the_line_is_gone_afterwards(self) -> None:
+        self.each(
+            self.is_told,
+            (
+                ("save", 0, "save"),
+                ("plan", 1, "plan", DOCUMENT),
+                ("restore", 0, "restore", "--yes", DOCUMENT),
+            ),
+        )
+
+    def test_nothing_is_told_where_nobody_looks(self) -> None:
+        self.assertEqual((0, ""), self.run_while_locked(3, "save", at_terminal=False))
+
+
+if __name__ == "__main__":
+    main()
