@@ -35,6 +35,8 @@ SignalsNoted::~SignalsNoted() {
 
 int notedSignal() { return noted; }
 
+void forgetSignals() { noted = 0; }
+
 void endIfInterrupted() {
     if (noted != 0) {
         throw Interrupted(noted);

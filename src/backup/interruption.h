@@ -36,6 +36,9 @@ class SignalsNoted {
 // The signal that was noted, 0 when none was.
 int notedSignal();
 
+// Goes on in spite of one that was noted.
+void forgetSignals();
+
 // Throws Interrupted when a signal was noted.
 void endIfInterrupted();
 

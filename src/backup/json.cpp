@@ -87,27 +87,48 @@ Json listOf(const std::vector<Item>& items) {
     return list;
 }
 
+Json jsonOf(const Plan& plan) {
+    return {{"status", static_cast<int>(plan.status)},
+            {"tries", plan.tries},
+            {"errors", listOf(plan.errors)},
+            {"complaints", plan.complaints},
+            {"changes", plan.changesUnknown.empty() ? listOf(plan.changes) : Json(nullptr)},
+            {"notTaken", listOf(plan.notTaken)},
+            {"marks", listOf(marksIn(plan.rows))},
+            {"rows", listOf(plan.rows)},
+            {"modules", listOf(plan.modules)},
+            {"leftOverModules", plan.leftOverModules},
+            {"scripts", plan.scripts},
+            {"runsNetworkScript", plan.runsNetworkScript},
+            {"renames", listOf(plan.renames)},
+            {"asymmetries", listOf(plan.asymmetries)}};
+}
+
 }  // namespace
 
 std::string toJson(const std::vector<Difference>& differences) {
     return printed(listOf(differences));
 }
 
-std::string toJson(const Plan& plan) {
-    return printed({{"status", static_cast<int>(plan.status)},
-                    {"tries", plan.tries},
-                    {"errors", listOf(plan.errors)},
-                    {"complaints", plan.complaints},
-                    {"changes", plan.changesUnknown.empty() ? listOf(plan.changes) : Json(nullptr)},
-                    {"notTaken", listOf(plan.notTaken)},
-                    {"marks", listOf(marksIn(plan.rows))},
-                    {"rows", listOf(plan.rows)},
-                    {"modules", listOf(plan.modules)},
-                    {"leftOverModules", plan.leftOverModules},
-                    {"scripts", plan.scripts},
-                    {"runsNetworkScript", plan.runsNetworkScript},
-                    {"renames", listOf(plan.renames)},
-                    {"asymmetries", listOf(plan.asymmetries)}});
+std::string toJson(const Plan& plan) { return printed(jsonOf(plan)); }
+
+std::string toJson(const RestoreReport& report) {
+    static constexpr const char* kOutcomes[] = {"restored", "refused", "declined", "undone"};
+    return printed(
+        {{"outcome", kOutcomes[static_cast<int>(report.outcome)]},
+         {"undidEarlier", report.undidEarlier},
+         {"plan", report.plan ? jsonOf(*report.plan) : Json(nullptr)},
+         {"backup", report.backup.empty() ? Json(nullptr) : Json(report.backup)},
+         {"importStatus",
+          report.importStatus ? Json(static_cast<int>(*report.importStatus)) : Json(nullptr)},
+         {"notTaken", listOf(report.notTaken)},
+         {"confirmMinutes", report.confirmMinutes ? Json(*report.confirmMinutes) : Json(nullptr)}});
+}
+
+std::string toJson(const Ending& ending) {
+    static constexpr const char* kOutcomes[] = {"nothing", "confirmed", "undone"};
+    return printed({{"outcome", kOutcomes[static_cast<int>(ending.outcome)]},
+                    {"document", ending.document.empty() ? Json(nullptr) : Json(ending.document)}});
 }
 
 std::string toJson(const Overview& overview) {

@@ -9,6 +9,7 @@
 #include "backup/diff.h"
 #include "backup/overview.h"
 #include "backup/plan.h"
+#include "backup/restore_report.h"
 
 namespace tarvo_backup {
 
@@ -25,6 +26,12 @@ std::string toJson(const Overview& overview);
 
 // {"status": of tarvo-config, "tries": ..., "errors": [...], ...}, as tarvo-backup(8) lists it.
 std::string toJson(const Plan& plan);
+
+// {"outcome": "restored", "refused", "declined" or "undone", "plan": {...}, ...}
+std::string toJson(const RestoreReport& report);
+
+// {"outcome": "confirmed", "undone" or "nothing", "document": name or null}
+std::string toJson(const Ending& ending);
 
 // {"file": ..., "unchanged": ..., "removed": [...]}
 std::string toJson(const Saved& saved);

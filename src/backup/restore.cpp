@@ -3,16 +3,20 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <thread>
 
 #include "app/run_modes.h"
+#include "backup/backup_folder.h"
 #include "backup/device_files.h"
 #include "backup/device_run.h"
 #include "backup/fault.h"
 #include "backup/interruption.h"
+#include "backup/progress.h"
 #include "backup/sqlite.h"
 #include "command/system_actions.h"
+#include "device/device_identity.h"
 #include "import/regional.h"
 #include "platform/files.h"
 #include "platform/platform.h"
@@ -21,46 +25,109 @@ namespace tarvo_backup {
 
 namespace fs = std::filesystem;
 
+using tarvo_remote_control::DeviceIdentity;
+
 namespace {
 
 constexpr unsigned kOwnerOnly = 0600;
 
-// The files that the restore renames, and those that they would replace.
-std::vector<std::string> filesOf(const std::vector<Rename>& renames) {
-    std::vector<std::string> files;
-    for (const auto& [from, to] : renames) {
-        files.push_back(from);
-        files.push_back(to);
+bool isDatabase(const std::string& path) {
+    return std::find(std::begin(kChangedDatabases), std::end(kChangedDatabases), path) !=
+           std::end(kChangedDatabases);
+}
+
+void noteFile(const std::string& path, RestoreState& state) {
+    auto& list = fs::exists(path) ? state.copied : state.absent;
+    if (std::find(list.begin(), list.end(), path) == list.end()) {
+        list.push_back(path);
     }
-    return files;
+}
+
+// The databases, the files that the restore renames, and those that they would replace.
+void noteFiles(const Plan& plan, RestoreState& state) {
+    for (const char* database : kChangedDatabases) {
+        noteFile(database, state);
+    }
+    for (const auto& [from, to] : plan.renames) {
+        noteFile(from, state);
+        noteFile(to, state);
+    }
+}
+
+void copyFile(const std::string& from, const std::string& to) {
+    std::error_code failed;
+    fs::copy_file(from, to, fs::copy_options::overwrite_existing, failed);
+    if (!failed) {
+        fs::last_write_time(to, fs::last_write_time(from, failed), failed);
+    }
+    if (failed) {
+        throw Fault(ExitStatus::cannotWrite, to + ": " + failed.message());
+    }
 }
 
 void copyDevice(const RestoreState& state) {
+    beginStep("Copying the databases");
+    removeCopies();
     std::vector<CopyJob> jobs;
-    for (const char* database : kChangedDatabases) {
-        jobs.push_back({database, copyOf(database)});
+    for (const std::string& path : state.copied) {
+        if (isDatabase(path)) {
+            jobs.push_back({path, copyOf(path)});
+        }
     }
     takeCopies(jobs);
-    for (const std::string& file : state.files) {
-        if (fs::exists(file)) {
-            fs::copy_file(file, copyOf(file), fs::copy_options::overwrite_existing);
-            fs::last_write_time(copyOf(file), fs::last_write_time(file));
+    for (const std::string& path : state.copied) {
+        if (!isDatabase(path)) {
+            copyFile(path, copyOf(path));
         }
     }
     platform::syncFiles();
 }
 
-void putFileBack(const std::string& file) {
-    std::error_code failed;
-    if (!fs::exists(copyOf(file))) {
-        fs::remove(file, failed);
-        return;
+// A state that cannot be gone by is better left than half undone.
+void checkCopies(const RestoreState& state) {
+    for (const std::string& path : state.copied) {
+        if (!fs::exists(copyOf(path))) {
+            throw Fault(ExitStatus::failure, "the copy of " + path + " is lost");
+        }
     }
-    fs::copy_file(copyOf(file), file, fs::copy_options::overwrite_existing, failed);
-    if (failed) {
-        throw Fault(ExitStatus::cannotWrite, file + ": " + failed.message());
+    try {
+        loadIdentity();
+    } catch (const Fault&) {
+        return;  // early in a start of the headend
     }
-    fs::last_write_time(file, fs::last_write_time(copyOf(file)), failed);
+    const std::string here = DeviceIdentity::instance().getSerialNumber();
+    if (!state.serialNumber.empty() && state.serialNumber != here) {
+        throw Fault(ExitStatus::failure, "the copies are of another headend, " +
+                                             state.serialNumber + "; remove " + stateFolder() +
+                                             " to keep this one as it is");
+    }
+}
+
+void putAllBack(const RestoreState& state) {
+    beginStep("Putting the databases back");
+    for (const std::string& path : state.copied) {
+        if (isDatabase(path)) {
+            putBack({copyOf(path), path});
+        } else {
+            copyFile(copyOf(path), path);
+        }
+    }
+    std::error_code ignored;
+    for (const std::string& path : state.absent) {
+        if (!isDatabase(path)) {
+            fs::remove(path, ignored);
+        }
+    }
+    platform::syncFiles();
+}
+
+// What was restored may be what somebody wanted, or have been worked on since.
+void saveWhatIsUndone() {
+    try {
+        saveInto(kBackupFolder, verifiedExport(), std::nullopt);
+    } catch (const std::exception&) {
+        // A headend that is not sound, or has no room, is put back nevertheless.
+    }
 }
 
 // A script that fails is no reason to give the undo up: what was stored before is stored again.
@@ -89,6 +156,10 @@ void closeStreams() {
     setsid();
     closeStreams();
     lock.leave();
+    // So as not to keep a disk from being unmounted.
+    if (chdir("/") != 0) {
+        // Then it is kept.
+    }
     for (;;) {
         std::this_thread::sleep_for(std::chrono::seconds(1));
         try {
@@ -97,11 +168,14 @@ void closeStreams() {
                 _exit(0);
             }
             if (isAbandoned(*state)) {
+                forgetSignals();  // the end of the session
                 const RestoreLock own("undo of a restore that was not confirmed");
                 undoAbandoned();
             }
         } catch (const std::exception&) {
-            // The restore is still at work, or the disk is full: later.
+            // The restore is still at work, a database is locked, or the disk is full.
+            constexpr auto kUntilNextTry = std::chrono::seconds(5);
+            std::this_thread::sleep_for(kUntilNextTry);
         }
     }
 }
@@ -144,12 +218,21 @@ Restored restore(const Document& document, const Plan& plan,
                        .document = document.name(),
                        .boot = thisBoot(),
                        .scripts = plan.scripts,
-                       .files = filesOf(plan.renames)};
-    copyDevice(state);
-    writeState(state);
+                       .copied = {},
+                       .absent = {},
+                       .serialNumber = DeviceIdentity::instance().getSerialNumber()};
+    noteFiles(plan, state);
+    try {
+        copyDevice(state);
+        writeState(state);
+    } catch (...) {
+        removeCopies();
+        throw;
+    }
     if (toConfirm) {
         startWatching(state.id, lock);
     }
+    beginStep("Importing the document");
     Restored restored{.status = import(document), .notTaken = {}};
     if (restored.status != app::ExitStatus::success) {
         undo(state);
@@ -159,27 +242,30 @@ Restored restore(const Document& document, const Plan& plan,
         state.phase = RestorePhase::unconfirmed;
         state.deadline = secondsUp() + toConfirm->count();
         writeState(state);
-        restored.isUnconfirmed = true;
     } else {
         removeState();
     }
+    beginStep("Comparing the headend with the document");
     restored.notTaken = differencesFrom(document);
     return restored;
 }
 
 void undo(RestoreState state) {
     const SignalsNoted signals;
-    state.phase = RestorePhase::undoing;
-    writeState(state);
-    for (const char* database : kChangedDatabases) {
-        if (fs::exists(copyOf(database))) {
-            putBack({copyOf(database), database});
+    try {
+        checkCopies(state);
+        if (state.phase == RestorePhase::unconfirmed) {
+            saveWhatIsUndone();
+            state.phase = RestorePhase::undoing;
+            writeState(state);
         }
+        putAllBack(state);
+    } catch (const Fault& fault) {
+        throw Fault(fault.status(),
+                    "the restore of " + state.document +
+                        " is not undone yet; tarvo-backup undo tries again: " + fault.what());
     }
-    for (const std::string& file : state.files) {
-        putFileBack(file);
-    }
-    platform::syncFiles();
+    beginStep("Running the scripts again");
     const OutputMuted muted;
     runAgain(state.scripts);
     removeState();

@@ -13,19 +13,20 @@ namespace tarvo_backup {
 
 struct Restored {
     app::ExitStatus status = app::ExitStatus::success;
-    // After a failure, which is undone, nothing of this is set.
+    // What the headend shows otherwise than the document. Empty after a failure, which is undone.
     std::vector<Difference> notTaken;
-    bool isUnconfirmed = false;
 };
 
 // Imports the document as tarvo-config does, with copies of the databases at hand; an import that
 // fails is undone. With `toConfirm` a process of its own undoes it after that time, or at once when
-// this process is killed before it is done. Throws Fault.
+// this process is killed before it is done. Throws Fault; the restore is undone by the next call
+// then, if it was begun.
 Restored restore(const Document& document, const Plan& plan,
                  std::optional<std::chrono::seconds> toConfirm, RestoreLock& lock);
 
-// Puts the databases and files back, and runs again what the restore had run. The caller holds the
-// lock. Throws Fault, and leaves the state for another try then.
+// Puts the databases and files back, and runs again what the restore had run. What is undone of a
+// restore that had succeeded is saved among the backups before, as far as that can be done. The
+// caller holds the lock. Throws Fault, which says so when it is still to be undone.
 void undo(RestoreState state);
 
 // Undoes what an ended process has left. Gives whether there was something. The caller holds the

@@ -11,12 +11,14 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
+#include <limits>
 #include <sstream>
 #include <utility>
 
 #include "backup/backup_folder.h"
 #include "backup/fault.h"
 #include "platform/files.h"
+#include "platform/platform.h"
 
 namespace tarvo_backup {
 
@@ -25,14 +27,38 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr unsigned kOwnerOnly = 0600;
+constexpr const char* kLock = "lock";
 constexpr std::array kPhases{"importing", "unconfirmed", "undoing"};
 
 std::string stateFile() { return stateFolder() + "/state"; }
 
-void makePrivateFolder(const std::string& folder) {
+// Whoever else could write there would choose what an undo puts back.
+void makeOwnFolder(const std::string& folder) {
+    constexpr unsigned kWrittenByOthers = 022;
     if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
         throw Fault(ExitStatus::cannotWrite, folder + ": " + std::strerror(errno));
     }
+    const auto found = platform::files::status(folder);
+    if (!found || !found->isFolder || found->owner != geteuid() ||
+        (found->mode & kWrittenByOthers) != 0) {
+        throw Fault(ExitStatus::cannotWrite,
+                    folder + ": must be a folder that nobody else owns or may write to");
+    }
+}
+
+void makeStateFolder() {
+    makeOwnFolder(kBackupFolder);
+    makeOwnFolder(stateFolder());
+    // Its files are secret; somebody may have opened it since.
+    if (chmod(stateFolder().c_str(), 0700) != 0) {
+        throw Fault(ExitStatus::cannotWrite, stateFolder() + ": " + std::strerror(errno));
+    }
+}
+
+[[noreturn]] void failUnderstanding(const std::string& what) {
+    throw Fault(ExitStatus::cannotRead, stateFile() + ": " + what +
+                                            " is not known; remove the file to keep the headend "
+                                            "as it is");
 }
 
 // On one line, whatever is in it.
@@ -77,9 +103,17 @@ std::vector<Line> linesOf(const std::string& text) {
 RestorePhase phaseNamed(const std::string& name) {
     const auto* found = std::find(kPhases.begin(), kPhases.end(), name);
     if (found == kPhases.end()) {
-        throw Fault(ExitStatus::cannotRead, stateFile() + ": '" + name + "' is not known");
+        failUnderstanding("the phase '" + name + "'");
     }
     return static_cast<RestorePhase>(found - kPhases.begin());
+}
+
+long long deadlineFrom(const std::string& text) {
+    if (text.empty() || text.size() > std::numeric_limits<long long>::digits10 ||
+        text.find_first_not_of("0123456789") != std::string::npos) {
+        failUnderstanding("the deadline '" + text + "'");
+    }
+    return std::stoll(text);
 }
 
 }  // namespace
@@ -93,9 +127,8 @@ std::string copyOf(const std::string& devicePath) {
 }
 
 RestoreLock::RestoreLock(const std::string& holder) {
-    makePrivateFolder(kBackupFolder);
-    makePrivateFolder(stateFolder());
-    const std::string path = stateFolder() + "/lock";
+    makeStateFolder();
+    const std::string path = stateFolder() + "/" + kLock;
     handle_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kOwnerOnly);
     if (handle_ < 0) {
         throw Fault(ExitStatus::cannotWrite, path + ": " + std::strerror(errno));
@@ -125,22 +158,31 @@ std::optional<RestoreState> readState() {
         return std::nullopt;
     }
     RestoreState state;
+    bool hasPhase = false;
     for (const auto& [word, rest] : linesOf(*text)) {
         if (word == "phase") {
             state.phase = phaseNamed(rest);
+            hasPhase = true;
         } else if (word == "id") {
             state.id = rest;
         } else if (word == "document") {
             state.document = rest;
         } else if (word == "deadline") {
-            state.deadline = std::stoll(rest);
+            state.deadline = deadlineFrom(rest);
         } else if (word == "boot") {
             state.boot = rest;
         } else if (word == "script") {
             state.scripts.push_back(rest);
-        } else if (word == "file") {
-            state.files.push_back(rest);
+        } else if (word == "copied") {
+            state.copied.push_back(rest);
+        } else if (word == "absent") {
+            state.absent.push_back(rest);
+        } else if (word == "serial") {
+            state.serialNumber = rest;
         }
+    }
+    if (!hasPhase) {
+        failUnderstanding("the phase");
     }
     return state;
 }
@@ -149,23 +191,33 @@ void writeState(const RestoreState& state) {
     std::ostringstream text;
     text << "phase " << kPhases[static_cast<std::size_t>(state.phase)] << "\nid " << state.id
          << "\ndocument " << escaped(state.document) << "\ndeadline " << state.deadline << "\nboot "
-         << state.boot << '\n';
-    for (const std::string& script : state.scripts) {
-        text << "script " << escaped(script) << '\n';
-    }
-    for (const std::string& file : state.files) {
-        text << "file " << escaped(file) << '\n';
-    }
+         << state.boot << "\nserial " << escaped(state.serialNumber) << '\n';
+    const auto writeAll = [&text](const char* word, const std::vector<std::string>& list) {
+        for (const std::string& each : list) {
+            text << word << ' ' << escaped(each) << '\n';
+        }
+    };
+    writeAll("script", state.scripts);
+    writeAll("copied", state.copied);
+    writeAll("absent", state.absent);
     if (!platform::files::replace(stateFile(), text.str(), {.mode = kOwnerOnly})) {
         throw Fault(ExitStatus::cannotWrite, stateFile() + ": " + std::strerror(errno));
     }
 }
 
 void removeState() {
-    unlink(stateFile().c_str());
+    if (unlink(stateFile().c_str()) != 0 && errno != ENOENT) {
+        throw Fault(ExitStatus::cannotWrite, stateFile() + ": " + std::strerror(errno));
+    }
+    // After a power cut the state must not be there again, least of all without its copies.
+    platform::syncFiles();
+    removeCopies();
+}
+
+void removeCopies() {
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(stateFolder(), ignored)) {
-        if (entry.path().filename().string().starts_with("before")) {
+        if (entry.path().filename() != kLock) {
             fs::remove(entry.path(), ignored);
         }
     }

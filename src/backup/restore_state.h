@@ -2,14 +2,15 @@
 // before or as it is after.
 //
 //   nothing --> importing --> unconfirmed --confirm--> nothing
-//               |       |          |
-//               |       +--> undoing --> nothing
-//               +--> nothing (without --confirm)
+//                   |            |
+//                   |            +--> undoing --> nothing
+//                   +--undone, or done without --confirm--> nothing
 //
 // Each arrow is one rename of the state's file (or its removal), after what it relies on is on the
-// disk: the copies of the databases before "importing". Whoever finds a state whose owner is gone
-// undoes it, which can be done any number of times:
-//   importing    the restore was killed
+// disk: the copies of the databases before "importing". The copies go last, when the removal is on
+// the disk. Whoever finds a state whose owner is gone undoes it, which can be done any number of
+// times:
+//   importing    the restore was killed, or failed and could not be undone
 //   undoing      an undo was killed
 //   unconfirmed  the time is over, or the headend was started anew
 #pragma once
@@ -47,9 +48,11 @@ struct RestoreState {
     std::string boot;
     // The commands that the restore had run, which an undo runs again.
     std::vector<std::string> scripts;
-    // Files that the restore renames, by their number in the folder of copies; nothing was there
-    // where there is no copy.
-    std::vector<std::string> files;
+    // The databases and files of which there are copies, and files that were not there.
+    std::vector<std::string> copied;
+    std::vector<std::string> absent;
+    // Whose databases they are: a folder of backups may be carried to another headend.
+    std::string serialNumber;
 };
 
 // Where state and copies are, on a file system that outlives a restart. The folder is private.
@@ -57,12 +60,16 @@ std::string stateFolder();
 // The copies of the databases and files from before.
 std::string copyOf(const std::string& devicePath);
 
-// Nothing when no restore is under way. Throws Fault (cannotRead) when it cannot be understood.
+// Nothing when no restore is under way. Throws Fault (cannotRead) when it cannot be understood. The
+// caller holds the lock, but for the one that watches.
 std::optional<RestoreState> readState();
 // Throws Fault (cannotWrite).
 void writeState(const RestoreState& state);
-// Removes it, and the copies.
+// Removes it, and the copies. Throws Fault (cannotWrite) when it cannot, and a start of the headend
+// would still find it.
 void removeState();
+// Removes what a restore that was killed before it had a state has left of copies.
+void removeCopies();
 
 // Seconds since the headend was started, and what tells this start from others.
 long long secondsUp();

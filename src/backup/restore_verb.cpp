@@ -3,8 +3,11 @@
 #include "backup/diff_report.h"
 #include "backup/document.h"
 #include "backup/fault.h"
+#include "backup/json.h"
 #include "backup/plan_report.h"
+#include "backup/progress.h"
 #include "backup/restore.h"
+#include "backup/restore_report.h"
 #include "backup/restore_state.h"
 #include "backup/verbs.h"
 
@@ -20,24 +23,25 @@ bool isAgreedTo(const Console& console) {
 }
 
 // Neither an abandoned restore, which is undone, nor one that is to be confirmed may be in the way.
-void makeWay(const Console& console) {
-    if (undoAbandoned()) {
-        console.out << "An earlier restore that had not come to its end was undone.\n";
-    }
+// Gives whether one was undone.
+bool makeWay() {
+    const bool wasUndone = undoAbandoned();
     if (const auto state = readState()) {
         throw Fault(ExitStatus::busy, "the restore of " + state->document +
                                           " waits for tarvo-backup confirm or undo");
     }
+    return wasUndone;
 }
 
-void printRestored(const Restored& restored, const RestoreOptions& options,
+void printRestored(const RestoreReport& report, const RestoreOptions& options,
                    const Console& console) {
     const Painter paint(console, options.output.color);
-    if (!restored.notTaken.empty()) {
+    console.out << "Restored.\n";
+    if (!report.notTaken.empty()) {
         console.out << paint(Style::heading, "The headend is not as the document in:") << '\n';
-        printDifferences(restored.notTaken, paint, console.out);
+        printDifferences(report.notTaken, paint, console.out);
     }
-    if (restored.isUnconfirmed) {
+    if (options.confirmMinutes) {
         console.out << paint(Style::warning, "Undone in " +
                                                  std::to_string(*options.confirmMinutes) +
                                                  " minutes unless you run: tarvo-backup confirm")
@@ -45,42 +49,97 @@ void printRestored(const Restored& restored, const RestoreOptions& options,
     }
 }
 
-}  // namespace
-
-ExitStatus runRestore(const RestoreOptions& options, const Console& console) {
-    if (options.path == "-" && !options.yes) {
-        throw Fault(ExitStatus::usage, "a document from standard input needs --yes");
-    }
+// Restores the document. What people read is printed as it comes.
+RestoreReport restoreAndTell(const RestoreOptions& options, const Console& console) {
+    const bool isForPeople = !options.output.json;
+    const auto tell = [&](const std::string& line) {
+        if (isForPeople) {
+            console.out << line << '\n' << std::flush;
+        }
+    };
     const Document document = readDocument(options.path, console);
+    RestoreReport report;
     RestoreLock lock("restore of " + document.name());
-    makeWay(console);
-    const Plan plan = makePlan(document);
-    printPlan(plan, document, Painter(console, options.output.color), console.out);
-    if (plan.status != app::ExitStatus::success) {
-        return ExitStatus::refused;
+    {
+        const Progress progress(console, "Undoing an earlier restore");
+        report.undidEarlier = makeWay();
+        report.plan = makePlan(document);
+    }
+    if (report.undidEarlier) {
+        tell("An earlier restore that had not come to its end was undone.");
+    }
+    if (isForPeople) {
+        printPlan(*report.plan, document, Painter(console, options.output.color), console.out);
+    }
+    if (report.plan->status != app::ExitStatus::success) {
+        return report;
     }
     if (!options.yes && !isAgreedTo(console)) {
-        return ExitStatus::failure;
+        report.outcome = RestoreOutcome::declined;
+        return report;
     }
-    const Saved saved = saveInto(kBackupFolder, verifiedExport(), std::nullopt);
-    console.out << "The backup from before is " << saved.path << '\n' << std::flush;
+    {
+        const Progress progress(console, "Saving a backup");
+        report.backup = saveInto(kBackupFolder, verifiedExport(), std::nullopt).path;
+    }
+    tell("The backup from before is " + report.backup);
     std::optional<std::chrono::seconds> toConfirm;
     if (options.confirmMinutes) {
         toConfirm = std::chrono::minutes(*options.confirmMinutes);
+        report.confirmMinutes = options.confirmMinutes;
     }
-    const Restored restored = restore(document, plan, toConfirm, lock);
-    if (restored.status != app::ExitStatus::success) {
-        console.err << "tarvo-backup: the import ended with status "
-                    << static_cast<int>(restored.status) << " and was undone\n";
-        return ExitStatus::refused;
-    }
-    console.out << "Restored.\n";
-    printRestored(restored, options, console);
-    return ExitStatus::done;
+    const Progress progress(console, "Copying the databases");
+    Restored restored = restore(document, *report.plan, toConfirm, lock);
+    report.importStatus = restored.status;
+    report.notTaken = std::move(restored.notTaken);
+    report.outcome = restored.status == app::ExitStatus::success ? RestoreOutcome::restored
+                                                                 : RestoreOutcome::undone;
+    return report;
 }
 
-ExitStatus runConfirm(const ConfirmOptions&, const Console& console) {
+void printEnding(const Ending& ending, const OutputOptions& output, const Console& console) {
+    if (output.json) {
+        console.out << toJson(ending) << '\n';
+    } else if (ending.outcome != Ending::Outcome::nothing) {
+        console.out << "The restore of " << ending.document
+                    << (ending.outcome == Ending::Outcome::confirmed ? " stays.\n"
+                                                                     : " was undone.\n");
+    }
+}
+
+}  // namespace
+
+ExitStatus runRestore(const RestoreOptions& options, const Console& console) {
+    if (!options.yes && (options.path == "-" || options.output.json)) {
+        throw Fault(ExitStatus::usage, options.path == "-"
+                                           ? "a document from standard input needs --yes"
+                                           : "--json needs --yes");
+    }
+    const RestoreReport report = restoreAndTell(options, console);
+    if (options.output.json) {
+        console.out << toJson(report) << '\n';
+    }
+    switch (report.outcome) {
+        case RestoreOutcome::restored:
+            if (!options.output.json) {
+                printRestored(report, options, console);
+            }
+            return ExitStatus::done;
+        case RestoreOutcome::undone:
+            console.err << "tarvo-backup: the import ended with status "
+                        << static_cast<int>(*report.importStatus) << " and was undone\n";
+            return ExitStatus::refused;
+        case RestoreOutcome::refused:
+            return ExitStatus::refused;
+        case RestoreOutcome::declined:
+            break;
+    }
+    return ExitStatus::failure;
+}
+
+ExitStatus runConfirm(const ConfirmOptions& options, const Console& console) {
     const RestoreLock lock("confirm");
+    const Progress progress(console, "Undoing a restore that nobody can confirm any more");
     if (undoAbandoned()) {
         throw Fault(ExitStatus::failure, "too late: the restore was undone");
     }
@@ -89,7 +148,8 @@ ExitStatus runConfirm(const ConfirmOptions&, const Console& console) {
         throw Fault(ExitStatus::failure, "there is no restore to confirm");
     }
     removeState();
-    console.out << "The restore of " << state->document << " stays.\n";
+    printEnding({.outcome = Ending::Outcome::confirmed, .document = state->document},
+                options.output, console);
     return ExitStatus::done;
 }
 
@@ -97,14 +157,16 @@ ExitStatus runUndo(const UndoOptions& options, const Console& console) {
     const RestoreLock lock("undo");
     const auto state = readState();
     const bool hasWork = state && (!options.abandonedOnly || isAbandoned(*state));
-    if (!hasWork && options.abandonedOnly) {
-        return ExitStatus::done;
-    }
-    if (!hasWork) {
+    if (!hasWork && !options.abandonedOnly) {
         throw Fault(ExitStatus::failure, "there is no restore to undo");
     }
-    undo(*state);
-    console.out << "The restore of " << state->document << " was undone.\n";
+    Ending ending;
+    if (hasWork) {
+        const Progress progress(console, "Saving a backup of what is undone");
+        undo(*state);
+        ending = {.outcome = Ending::Outcome::undone, .document = state->document};
+    }
+    printEnding(ending, options.output, console);
     return ExitStatus::done;
 }
 

@@ -1,5 +1,6 @@
 """tarvo-backup restore, confirm and undo: the headend is as before or as after, never between."""
 
+import json
 import random
 import re
 import sys
@@ -182,6 +183,191 @@ class RestoreTest(EndToEndTest):
             first = running.wait(120)
         self.assertEqual((7, 0), (second.status, first.status))
         self.assertRegex(second.stderr, rb"busy: restore of /tmp/document\.xml, process \d+")
+
+    def edit_state(self, device: Device, pattern: str, new: str) -> None:
+        state = device.path(STATE)
+        text = state.read_text()
+        self.assertRegex(text, f"(?m){pattern}")
+        state.write_text(re.sub(f"(?m){pattern}", new, text))
+
+    def test_the_state_of_another_headend_is_not_put_back(self) -> None:
+        device = self.made()
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        after = contents(device)
+        self.edit_state(device, "^serial .*", "serial 4711")
+        self.edit_state(device, "^boot .*", "boot another")
+        result = self.backup(device, "undo", "--abandoned")
+        self.assertEqual(5, result.status)
+        self.assertIn(b"the copies are of another headend, 4711; remove /tarvo/backup/.restore",
+                      result.stderr)  # fmt: skip
+        self.assertEqual(after, contents(device))
+
+    def test_a_lost_copy_keeps_everything_from_being_half_undone(self) -> None:
+        device = self.made()
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        after = contents(device)
+        device.path("/tarvo/backup/.restore/before_tarvo_DB_vsec_global.sqlite").unlink()
+        result = self.backup(device, "undo")
+        self.assertEqual(5, result.status)
+        self.assertIn(b"is not undone yet", result.stderr)
+        self.assertIn(b"the copy of /tarvo/DB/vsec_global.sqlite is lost", result.stderr)
+        self.assertEqual(after, contents(device))
+
+    def test_a_state_that_is_not_understood_is_said_and_kept(self) -> None:
+        for text in ("", "phase flying\n", "phase unconfirmed\ndeadline soon\n", "\0" * 100):
+            with self.subTest(text):
+                device = self.made()
+                before = contents(device)
+                device.path("/tarvo/backup/.restore").mkdir(mode=0o700, parents=True)
+                device.path("/tarvo/backup").chmod(0o700)
+                device.path(STATE).write_text(text)
+                for words in (["undo"], ["confirm"], ["restore", "--yes", DOCUMENT]):
+                    result = self.backup(device, *words)
+                    self.assertEqual(3, result.status, result.stderr)
+                    self.assertIn(b"is not known; remove the file", result.stderr)
+                self.assertEqual(before, contents(device))
+                self.assertEqual(text, device.path(STATE).read_text())
+
+    def test_a_folder_that_others_may_write_to_is_not_trusted(self) -> None:
+        for place in ("/tarvo/backup", "/tarvo/backup/.restore"):
+            for planted in ("folder", "link", "file"):
+                with self.subTest(place=place, planted=planted):
+                    device = self.made()
+                    before = contents(device)
+                    path = device.path(place)
+                    path.parent.mkdir(exist_ok=True, mode=0o700)
+                    if planted == "folder":
+                        path.mkdir()
+                        path.chmod(0o777)
+                    elif planted == "link":
+                        path.symlink_to("/tmp")
+                    else:
+                        path.write_text("")
+                    for words in (["restore", "--yes", DOCUMENT], ["undo"], ["confirm"]):
+                        result = self.backup(device, *words)
+                        self.assertEqual(4, result.status, result.stderr)
+                        self.assertIn(b"nobody else owns or may write to", result.stderr)
+                    self.assertEqual(before, contents(device))
+
+    def test_copies_of_a_restore_that_was_killed_before_it_began_are_never_put_back(self) -> None:
+        device = self.made()
+        device.path("/tarvo/DB/vsec_global.sqlite").unlink()
+        stale = device.path("/tarvo/backup/.restore/before_tarvo_DB_vsec_global.sqlite")
+        stale.parent.mkdir(mode=0o700, parents=True)
+        device.path("/tarvo/backup").chmod(0o700)
+        stale.write_bytes(device.path(CONFIG_DB).read_bytes())
+        self.assertEqual(
+            0, self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT).status
+        )
+        self.assertEqual(0, self.backup(device, "undo").status)
+        self.assertFalse(stale.exists())
+        left = device.path("/tarvo/DB/vsec_global.sqlite")
+        self.assertFalse(left.exists() and left.stat().st_size > 0)
+
+    def test_what_an_undo_takes_back_is_saved_before(self) -> None:
+        device = self.made()
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        # By the device's own pages, or another import.
+        self.load(device, b"<configuration><identification><location>New</location>"
+                          b"</identification></configuration>")  # fmt: skip
+        wanted = self.export(device).stdout
+        self.assertEqual(0, self.backup(device, "undo").status)
+        kept = [path.read_bytes() for path in device.path("/tarvo/backup").glob("*.xml")]
+        self.assertEqual(2, len(kept))
+        self.assertIn(wanted.rstrip(b"\n"), [text.rstrip(b"\n") for text in kept])
+
+    def test_an_undo_that_meets_a_lock_says_so_and_is_done_by_the_next(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        with closing(device.database(CONFIG_DB)) as writer:
+            writer.execute("BEGIN IMMEDIATE")
+            result = self.backup(device, "undo")
+            writer.execute("ROLLBACK")
+        self.assertEqual(4, result.status)
+        self.assertRegex(
+            result.stderr,
+            rb"restore of /tmp/document\.xml is not undone yet; tarvo-backup undo tries again: "
+            rb"/tarvo/DB/config_global\.sqlite: database is locked",
+        )
+        self.assertEqual(0, self.backup(device, "undo", "--abandoned").status)
+        self.assertEqual(before, contents(device))
+
+    def test_the_one_that_watches_survives_the_end_of_the_session(self) -> None:
+        device = self.made()
+        before = contents(device)
+        result = self.in_shell(
+            device,
+            f'setsid sh -c \'"$PROGRAM" restore --yes --confirm 1 {DOCUMENT}; '
+            "trap '' HUP; kill -HUP 0; kill -HUP -1\' & wait;"
+            f" sed -i 's/^deadline .*/deadline 0/' {STATE};"
+            f" for i in 1 2 3 4 5 6 7 8 9 10; do [ -e {STATE} ] && sleep 1; done",
+        )
+        self.assertEqual(b"", result.stderr)
+        self.assertFalse(device.path(STATE).exists())
+        self.assertEqual(before, contents(device))
+
+    def json(self, device: Device, *args: str) -> dict:
+        result = self.backup(device, *args)
+        return {"status": result.status, **json.loads(result.stdout)}
+
+    def test_the_results_as_json(self) -> None:
+        device = self.made()
+        plan = json.loads(self.backup(device, "plan", "--json", DOCUMENT).stdout)
+        done = self.json(device, "restore", "--json", "--yes", "--confirm", "9", DOCUMENT)
+        [saved] = device.path("/tarvo/backup").glob("*.xml")
+        self.assertEqual(
+            {
+                "status": 0,
+                "outcome": "restored",
+                "undidEarlier": False,
+                "plan": plan,
+                "backup": f"/tarvo/backup/{saved.name}",
+                "importStatus": 0,
+                "notTaken": plan["notTaken"],
+                "confirmMinutes": 9,
+            },
+            done,
+        )
+        self.assertEqual(
+            {"status": 0, "outcome": "nothing", "document": None},
+            self.json(device, "undo", "--json", "--abandoned"),
+        )
+        self.assertEqual(
+            {"status": 0, "outcome": "confirmed", "document": DOCUMENT},
+            self.json(device, "confirm", "--json"),
+        )
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.assertEqual(
+            {"status": 0, "outcome": "undone", "document": DOCUMENT},
+            self.json(device, "undo", "--json"),
+        )
+        device.path(DOCUMENT).write_bytes(
+            b"<configuration><homeChannels><x/></homeChannels></configuration>"
+        )
+        refused = self.json(device, "restore", "--json", "--yes", DOCUMENT)
+        self.assertEqual(
+            (6, "refused", None, None, 2),
+            tuple(refused[k] for k in ("status", "outcome", "backup", "importStatus"))
+            + (refused["plan"]["status"],),
+        )
+        asked = self.backup(device, "restore", "--json", DOCUMENT)
+        self.assertEqual((2, b"tarvo-backup: --json needs --yes\n"), (asked.status, asked.stderr))
+
+    def test_an_import_that_fails_is_undone(self) -> None:
+        device = self.made()
+        before = contents(device)
+        # The plan takes scripts to succeed. The undo runs this one again.
+        device.path("/tmp/once").touch()
+        device.path("/tarvo/script/WAN_from_DB.sh").write_text(
+            f"#!/bin/sh\nrm /tmp/once || exit 0\n: > {CONFIG_DB}\nexit 1\n"
+        )
+        result = self.backup(device, "restore", "--json", "--yes", DOCUMENT)
+        self.assertEqual(6, result.status)
+        done = json.loads(result.stdout)
+        self.assertEqual("undone", done["outcome"])
+        self.assertRegex(result.stderr, rb"the import ended with status \d+ and was undone")
+        self.assertEqual(before, contents(device))
 
     def test_killed_at_any_moment_it_is_before_or_after(self) -> None:
         template = self.made()

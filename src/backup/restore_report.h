@@ -1,0 +1,41 @@
+// What the verbs restore, confirm and undo tell.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/exit_status.h"
+#include "backup/diff.h"
+#include "backup/plan.h"
+
+namespace tarvo_backup {
+
+enum class RestoreOutcome {
+    restored,
+    refused,   // by the plan; nothing was begun
+    declined,  // by whoever was asked
+    undone,    // the import failed
+};
+
+struct RestoreReport {
+    RestoreOutcome outcome = RestoreOutcome::refused;
+    // An earlier restore that had not come to its end was undone first.
+    bool undidEarlier = false;
+    std::optional<Plan> plan;  // always, in the end
+    // The backup from before. Empty when nothing was begun, as what follows.
+    std::string backup;
+    std::optional<app::ExitStatus> importStatus;
+    std::vector<Difference> notTaken;
+    std::optional<int> confirmMinutes;
+};
+
+// How a restore that was to be confirmed has ended.
+struct Ending {
+    enum class Outcome { nothing, confirmed, undone };
+
+    Outcome outcome = Outcome::nothing;
+    std::string document;  // empty for nothing
+};
+
+}  // namespace tarvo_backup
