@@ -1,0 +1,169 @@
+// A library to be preloaded into a program: it counts the program's steps, which are the statements
+// that it gives to SQLite and what it and SQLite do to files, and makes a fault at one of them.
+//
+//   STEP_AT     the number of the step, from 1
+//   STEP_FAULT  kill: the program dies by SIGKILL instead
+//               fail: the step fails, once
+//               full: the step fails, and every later one that needs room on the disk
+//   STEP_COUNT  a file for the number of steps that there were
+//
+// Reading files, and standard output and error, are no steps. Programs that this one starts, and
+// processes that it forks, are left alone.
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <stdarg.h>
+#include <stdbool.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/sendfile.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+// What a function of this name does without this library.
+#define REAL(name) ((__typeof__(&name))dlsym(RTLD_NEXT, #name))
+
+static bool isCounting;
+static long steps, faultAt;
+static char fault;
+
+static void stopCounting(void) { isCounting = false; }
+
+__attribute__((constructor)) static void begin(void) {
+    const char* at = getenv("STEP_AT");
+    const char* how = getenv("STEP_FAULT");
+    faultAt = at == NULL ? 0 : atol(at);
+    fault = how == NULL ? '\0' : how[0] == 'f' ? how[1] : how[0];  // 'k', 'a' or 'u'
+    unsetenv("LD_PRELOAD");
+    pthread_atfork(NULL, NULL, stopCounting);
+    isCounting = true;
+}
+
+__attribute__((destructor)) static void end(void) {
+    const char* path = getenv("STEP_COUNT");
+    if (!isCounting || path == NULL) {
+        return;
+    }
+    isCounting = false;
+    FILE* file = fopen(path, "w");
+    fprintf(file, "%ld\n", steps);
+    fclose(file);
+}
+
+// Whether the step that begins now must fail.
+static bool fails(bool needsRoom) {
+    if (!isCounting) {
+        return false;
+    }
+    ++steps;
+    if (steps == faultAt && fault == 'k') {
+        kill(getpid(), SIGKILL);
+    }
+    const bool isDue = steps == faultAt || (fault == 'u' && needsRoom && steps > faultAt);
+    if (isDue && faultAt > 0) {
+        errno = ENOSPC;
+        return true;
+    }
+    return false;
+}
+
+// --- Files -----------------------------------------------------------------------------------
+
+static bool makesFile(int flags) { return (flags & O_CREAT) != 0; }
+
+#define OPEN(name)                                            \
+    int name(const char* path, int flags, ...) {              \
+        va_list rest;                                         \
+        va_start(rest, flags);                                \
+        const mode_t mode = va_arg(rest, mode_t);             \
+        va_end(rest);                                         \
+        if (makesFile(flags) && fails(true)) {                \
+            return -1;                                        \
+        }                                                     \
+        return REAL(name)(path, flags, mode);                 \
+    }
+OPEN(open)
+OPEN(open64)
+
+#define STEP(type, name, parameters, arguments, needsRoom)     \
+    type name parameters {                                     \
+        return fails(needsRoom) ? (type)-1 : REAL(name) arguments; \
+    }
+#define WRITE(type, name, parameters, arguments)               \
+    type name parameters {                                     \
+        return file > STDERR_FILENO && fails(true) ? (type)-1 : REAL(name) arguments; \
+    }
+
+WRITE(ssize_t, write, (int file, const void* from, size_t size), (file, from, size))
+WRITE(ssize_t, pwrite, (int file, const void* from, size_t size, off_t at), (file, from, size, at))
+WRITE(ssize_t, pwrite64, (int file, const void* from, size_t size, off64_t at),
+      (file, from, size, at))
+WRITE(ssize_t, sendfile, (int file, int from, off_t* at, size_t size), (file, from, at, size))
+WRITE(ssize_t, sendfile64, (int file, int from, off64_t* at, size_t size), (file, from, at, size))
+STEP(int, mkdir, (const char* path, mode_t mode), (path, mode), true)
+STEP(int, mkostemp, (char* path, int flags), (path, flags), true)
+STEP(int, mkostemp64, (char* path, int flags), (path, flags), true)
+STEP(int, ftruncate, (int file, off_t size), (file, size), false)
+STEP(int, ftruncate64, (int file, off64_t size), (file, size), false)
+STEP(int, fsync, (int file), (file), false)
+STEP(int, fdatasync, (int file), (file), false)
+STEP(int, rename, (const char* from, const char* to), (from, to), false)
+STEP(int, unlink, (const char* path), (path), false)
+STEP(int, fchmod, (int file, mode_t mode), (file, mode), false)
+
+char* mkdtemp(char* path) { return fails(true) ? NULL : REAL(mkdtemp)(path); }
+
+// --- Statements ------------------------------------------------------------------------------
+
+// SQLite's own calls of sqlite3_step() and sqlite3_exec() come here too.
+static _Thread_local int inside;
+
+int sqlite3_exec(sqlite3* db, const char* sql, int (*row)(void*, int, char**, char**), void* data,
+                 char** message) {
+    if (inside == 0 && fails(false)) {
+        if (message != NULL) {
+            *message = sqlite3_mprintf("database or disk is full");
+        }
+        return SQLITE_FULL;
+    }
+    ++inside;
+    const int code = REAL(sqlite3_exec)(db, sql, row, data, message);
+    --inside;
+    return code;
+}
+
+int sqlite3_get_table(sqlite3* db, const char* sql, char*** cells, int* rows, int* columns,
+                      char** message) {
+    if (fails(false)) {
+        *cells = NULL;
+        *rows = 0;
+        *columns = 0;
+        if (message != NULL) {
+            *message = sqlite3_mprintf("disk I/O error");
+        }
+        return SQLITE_IOERR;
+    }
+    ++inside;
+    const int code = REAL(sqlite3_get_table)(db, sql, cells, rows, columns, message);
+    --inside;
+    return code;
+}
+
+int sqlite3_step(sqlite3_stmt* statement) {
+    if (inside == 0 && fails(false)) {
+        return SQLITE_IOERR;
+    }
+    ++inside;
+    const int code = REAL(sqlite3_step)(statement);
+    --inside;
+    return code;
+}
+
+int sqlite3_backup_step(sqlite3_backup* backup, int pages) {
+    return fails(false) ? SQLITE_FULL : REAL(sqlite3_backup_step)(backup, pages);
+}
