@@ -182,6 +182,7 @@ class Device:
             *_host_folders(),
             *own,
             *("--bind", str(log.path), "/dev/log"),
+            *("--ro-bind", str(self.root / "syslog"), "/var/log/syslog"),
             *place,
             *("--ro-bind", os.fspath(cwd or os.getcwd()), "/run/cwd", "--chdir", "/run/cwd"),
             "--clearenv",
@@ -271,7 +272,7 @@ class _Syslog:
             self._socket.bind(f"/proc/self/fd/{handle}/{self.path.name}")
         finally:
             os.close(handle)
-        self._copy = (folder / "syslog").open("ab")
+        self._copy = (folder / "syslog").open("ab", buffering=0)
         self._thread = threading.Thread(target=self._collect, daemon=True)
         self._thread.start()
 
