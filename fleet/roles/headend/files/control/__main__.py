@@ -1,0 +1,43 @@
+"""What the role does on the control machine for one host: `python3 control VERB <job.json`.
+
+The job is an object on standard input, so that no name or text passes through a shell; the answer is
+an object on standard output: `failed`, `changed`, and `lines` of text for people. Whatever a device
+sent is cleaned before it is shown (words.py).
+"""
+
+from __future__ import annotations
+
+import json
+import os
+import sys
+
+import verbs
+from words import Failure, clean
+
+
+# Ansible gives most values as texts.
+NUMBERS = ("connect_timeout", "timeout", "restore_timeout", "tries", "pause", "limit")
+
+
+def read_job() -> dict:
+    job = json.load(sys.stdin)
+    return {**job, **{name: int(job[name]) for name in NUMBERS}}
+
+
+def main() -> int:
+    os.umask(0o077)
+    answer: dict[str, object] = {"failed": False, "changed": False, "lines": []}
+    try:
+        answer.update(verbs.VERBS[sys.argv[1]](read_job()))
+    except Failure as failure:
+        answer.update(failed=True, lines=failure.lines)
+    except OSError as error:
+        where = f" ({error.filename})" if error.filename else ""
+        answer.update(failed=True, lines=[f"on this machine: {error.strerror}{where}"])
+    answer["lines"] = [clean(line) for line in answer["lines"]]
+    json.dump(answer, sys.stdout)
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

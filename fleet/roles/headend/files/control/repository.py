@@ -1,0 +1,185 @@
+"""The git repository of documents: HOST.xml, a commit per changed host.
+
+The last commit is what counts as the last good backup. A commit is made from objects alone, then the
+file takes its place by a rename: whatever fails on the way leaves the commit before and its file.
+Processes that run side by side take turns.
+"""
+
+from __future__ import annotations
+
+import contextlib
+import datetime
+import fcntl
+import os
+import re
+import stat
+import subprocess
+import tempfile
+import urllib.parse
+from collections.abc import Iterator
+from pathlib import Path
+
+from words import Failure, clean, decoded, last_line
+
+LONGEST_MESSAGE = 200  # lines
+
+
+class Repository:
+    def __init__(self, job: dict) -> None:
+        self.folder = Path(job["repository"]).expanduser().absolute()
+        self._author = job["author"]
+        self.private = self.folder / ".git/tarvo-fleet"
+
+    def make(self) -> None:
+        """Makes the repository where there is none, and closes it to others."""
+        self.folder.mkdir(mode=0o700, parents=True, exist_ok=True)
+        status = self.folder.lstat()
+        if not stat.S_ISDIR(status.st_mode) or status.st_uid != os.geteuid():
+            raise Failure(f"on this machine: {self.folder} is not a folder of the user of this run")
+        if stat.S_IMODE(status.st_mode) != 0o700:
+            self.folder.chmod(0o700)
+        lock = os.open(self.folder, os.O_RDONLY)
+        try:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            if not (self.folder / ".git").exists():
+                if any(self.folder.iterdir()):
+                    raise Failure(
+                        f"on this machine: {self.folder} holds files and is no git repository;"
+                        " name a new folder in headend_repository"
+                    )
+                self._git("init", "-q", "-b", "main", ".")
+                self._git("config", "core.sharedRepository", "0600")
+            self.private.mkdir(mode=0o700, exist_ok=True)
+        finally:
+            os.close(lock)
+
+    def require(self) -> None:
+        if not (self.folder / ".git").is_dir():
+            raise Failure(f"there is no repository {self.folder} yet: playbooks/backup.yml makes it")
+        self.private.mkdir(mode=0o700, exist_ok=True)
+
+    def document(self, host: str, commit: str = "HEAD") -> bytes | None:
+        result = self._try("cat-file", "blob", f"{commit}:{file_name(host)}")
+        return result.stdout if result.returncode == 0 else None
+
+    def at(self, host: str, when: str) -> str:
+        """The commit that held the host's last backup on that day or at that moment, local time."""
+        moment = _moment(when)
+        found = decoded(self._git("log", "--format=%H %ct", "--", file_name(host))).split()
+        commits = list(zip(found[::2], map(int, found[1::2])))
+        for commit, time in commits:
+            if time <= moment.timestamp():
+                return commit
+        if not commits:
+            raise Failure(f"there is no backup of {host} in {self.folder}")
+        first = datetime.datetime.fromtimestamp(commits[-1][1])
+        raise Failure(f"the first backup of {host} is of {first:%Y-%m-%d %H:%M}, after {when}")
+
+    def commit_named(self, host: str, name: str) -> str:
+        if not re.fullmatch(r"[\w./^~@-]{1,100}", name) or name.startswith("-"):
+            raise Failure(f"'{name}' does not name a commit")
+        result = self._try("rev-parse", "--verify", "-q", "--end-of-options", name + "^{commit}")
+        if result.returncode:
+            raise Failure(f"there is no commit {name} in {self.folder}")
+        # The commit that made the host's document what it was then.
+        commit = decoded(result.stdout).strip()
+        commit = decoded(self._git("log", "-1", "--format=%H", commit, "--", file_name(host))).strip()
+        if not commit or self.document(host, commit) is None:
+            raise Failure(f"commit {name} holds no backup of {host}")
+        return commit
+
+    def described(self, commit: str) -> str:
+        return clean(decoded(self._git("log", "-1", "--format=%h of %cd: %s", "--date=format:%Y-%m-%d %H:%M", commit)))
+
+    def keep(self, host: str, document: bytes, message: list[str]) -> None:
+        """Commits the document as the host's and puts it into its file."""
+        name = file_name(host)
+        with self._turn():
+            handle, stage = tempfile.mkstemp(dir=self.private, prefix="stage-")
+            try:
+                with os.fdopen(handle, "wb") as file:
+                    file.write(document)
+                    file.flush()
+                    os.fsync(file.fileno())
+                self._commit(name, stage, message)
+                os.replace(stage, self.folder / name)
+            except BaseException:
+                with contextlib.suppress(FileNotFoundError):
+                    os.unlink(stage)
+                raise
+            self._git("update-index", "--add", "--", name)
+
+    def _commit(self, name: str, stage: str, message: list[str]) -> None:
+        branch = self._try("symbolic-ref", "-q", "HEAD")
+        if branch.returncode:
+            raise Failure(f"on this machine: no branch is checked out in {self.folder}: git switch main")
+        before = decoded(self._try("rev-parse", "-q", "--verify", "HEAD").stdout).strip()
+        index = {"GIT_INDEX_FILE": str(self.private / "index")}
+        (self.private / "index").unlink(missing_ok=True)
+        if before:
+            self._git("read-tree", before, environment=index)
+        blob = decoded(self._git("hash-object", "-w", "--no-filters", stage)).strip()
+        self._git("update-index", "--add", "--cacheinfo", f"100644,{blob},{name}", environment=index)
+        tree = decoded(self._git("write-tree", environment=index)).strip()
+        text = [clean(line) for line in message[:LONGEST_MESSAGE]]
+        if len(message) > LONGEST_MESSAGE:
+            text.append(f"and {len(message) - LONGEST_MESSAGE} more")
+        parents = ["-p", before] if before else []
+        commit = decoded(
+            self._git("commit-tree", tree, *parents, given="\n".join(text).encode() + b"\n")
+        ).strip()
+        self._git("update-ref", "-m", "backup", decoded(branch.stdout).strip(), commit, before or "0" * 40)
+
+    @contextlib.contextmanager
+    def _turn(self) -> Iterator[None]:
+        with open(self.private / "lock", "w") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            yield
+
+    def _git(self, *words: str, given: bytes = b"", environment: dict[str, str] | None = None) -> bytes:
+        result = self._try(*words, given=given, environment=environment)
+        if result.returncode:
+            said = next(
+                (line for line in decoded(result.stderr).splitlines() if "No space left" in line),
+                last_line(result.stderr) or f"status {result.returncode}",
+            )
+            raise Failure(f"on this machine: git {words[0]} in {self.folder} failed: {said}")
+        return result.stdout
+
+    def _try(
+        self, *words: str, given: bytes = b"", environment: dict[str, str] | None = None
+    ) -> subprocess.CompletedProcess[bytes]:
+        """No hook, no signature, no question, and none of the caller's settings of a repository."""
+        variables = {name: value for name, value in os.environ.items() if not name.startswith("GIT_")}
+        name, _, address = self._author.partition(" <")
+        for role in ("AUTHOR", "COMMITTER"):
+            variables[f"GIT_{role}_NAME"] = name
+            variables[f"GIT_{role}_EMAIL"] = address.rstrip(">")
+        variables |= {"LC_ALL": "C.UTF-8", "GIT_TERMINAL_PROMPT": "0", **(environment or {})}
+        settings = ("core.hooksPath=/dev/null", "core.quotePath=false", "gc.auto=0", "core.fsync=all")
+        command = ["git", *(word for s in settings for word in ("-c", s)), *words]
+        try:
+            return subprocess.run(
+                command, cwd=self.folder, env=variables, input=given, capture_output=True, check=False
+            )
+        except FileNotFoundError:
+            raise Failure("on this machine: git is missing: apt-get install git") from None
+
+
+def file_name(host: str) -> str:
+    """HOST.xml. Signs that a file's name or a shell could stumble over stand as %XX, as in a URL."""
+    quoted = urllib.parse.quote(host, safe="@+")
+    if quoted[:1] in (".", "-", "~"):
+        quoted = f"%{ord(quoted[0]):02X}{quoted[1:]}"
+    if not quoted or len(quoted) > 200:
+        raise Failure("the name of the host is too long for a file")
+    return quoted + ".xml"
+
+
+def _moment(when: str) -> datetime.datetime:
+    try:
+        if re.fullmatch(r"\d{4}-\d\d-\d\d", when):
+            return datetime.datetime.fromisoformat(when + "T23:59:59.999999")
+        return datetime.datetime.fromisoformat(when)
+    except ValueError:
+        raise Failure(f"date={when} is no date: write 2026-11-20, or 2026-11-20T14:30") from None

@@ -1,0 +1,33 @@
+# Prints what restoring the document on standard input would do; nothing on the headend changes.
+# $1 the mark, $2 the document's size in bytes
+mark=$1
+size=$2
+umask 077
+PATH=$PATH:/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
+
+say() { printf '%s %s\n' "$mark" "$*"; }
+
+# Without this line the answer was cut off.
+finish() {
+    say over
+    exit 0
+}
+
+if ! tarvo-backup plan --help >/dev/null 2>&1 </dev/null; then
+    say cannot
+    finish
+fi
+folder=$(mktemp -d /tmp/tarvo-fleet.XXXXXX) || exit
+trap 'rm -rf "$folder"' EXIT
+trap 'exit 1' HUP INT TERM PIPE
+cat >"$folder/document.xml"
+if [ "$(wc -c <"$folder/document.xml")" -ne "$size" ]; then
+    say cut
+    finish
+fi
+say begins plan
+tarvo-backup plan "$folder/document.xml" 2>&1 </dev/null
+status=$?
+printf '\n'
+say ends "$status"
+finish

@@ -1,0 +1,158 @@
+"""What the role does on the control machine, without a headend."""
+
+import subprocess
+import sys
+import tempfile
+import unittest
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+HERE = Path(__file__).resolve()
+sys.path.insert(0, str(HERE.parent))
+sys.path.insert(0, str(HERE.parents[2] / "fleet/roles/headend/files/control"))
+
+from documents import prove_whole
+from repository import Repository, file_name
+from session import _parsed
+from words import Failure, clean
+
+MODULES = b"<modules><module><mac/></module></modules>"
+
+
+class WordsTest(unittest.TestCase):
+    def test_nothing_steers_a_terminal_or_passes_for_a_template(self) -> None:
+        self.assertEqual(" [31mred { { x }} { % y %}", clean("\033[31mred {{ x }}\n{% y %}\0"))
+
+    def test_a_long_text_is_cut(self) -> None:
+        self.assertEqual(20, len(clean("x" * 100, 20)))
+
+
+class FileNameTest(unittest.TestCase):
+    def test_any_name_of_a_host_is_one_file_of_the_folder(self) -> None:
+        for host, expected in (
+            ("hotel-1.example.com", "hotel-1.example.com.xml"),
+            ("../etc/passwd", "%2E.%2Fetc%2Fpasswd.xml"),
+            (".git", "%2Egit.xml"),
+            ("-rf", "%2Drf.xml"),
+            ("a b\n", "a%20b%0A.xml"),
+            ("fe80::1", "fe80%3A%3A1.xml"),
+            ("hôtel", "h%C3%B4tel.xml"),
+            ("a%20b", "a%2520b.xml"),
+        ):
+            with self.subTest(host):
+                self.assertEqual(expected, file_name(host))
+
+    def test_a_name_that_no_file_can_have_is_refused(self) -> None:
+        self.assertRaises(Failure, file_name, "ü" * 100)
+
+
+class ProofTest(unittest.TestCase):
+    def test_whole_documents(self) -> None:
+        prove_whole(b"<configuration>" + MODULES + b"</configuration>\n")
+        prove_whole(b"<backup><configuration>" + MODULES + b"</configuration></backup>")
+        # Texts are the headend's own affair.
+        prove_whole(b"<configuration>\x01\xff" + MODULES + b"</configuration>")
+
+    def test_anything_else(self) -> None:
+        for name, text in (
+            ("nothing", b""),
+            ("cut off", b"<configuration>" + MODULES),
+            ("cut off in a tag", b"<configuration>" + MODULES + b"</configurat"),
+            ("something behind", b"<configuration>" + MODULES + b"</configuration><more/>"),
+            ("another root", b"<html>" + MODULES + b"</html>"),
+            ("no module", b"<configuration><modules/></configuration>"),
+            ("entities", b"<!DOCTYPE x [<!ENTITY a 'b'>]><configuration>" + MODULES + b"&a;</configuration>"),
+            ("deep", b"<configuration>" + b"<a>" * 100000 + b"</a>" * 100000 + b"</configuration>"),
+        ):
+            with self.subTest(name):
+                self.assertRaises(Failure, prove_whole, text)
+
+
+class AnswerTest(unittest.TestCase):
+    def test_what_the_login_prints_is_no_part_of_the_document(self) -> None:
+        answer = _parsed(b"M", b"Welcome\nM begins save\n<a/>\n\n\nM ends 3\nM over\nbye\n")
+        self.assertEqual((b"<a/>\n\n", 3), (answer.body, answer.status))
+        self.assertEqual({"begins": "save", "ends": "3", "over": ""}, answer.said)
+
+    def test_an_answer_without_its_end_has_no_document(self) -> None:
+        answer = _parsed(b"M", b"M begins save\n<a/>\nM end")
+        self.assertEqual((None, {"begins": "save"}), (answer.body, answer.said))
+
+    def test_an_empty_document(self) -> None:
+        self.assertEqual(b"", _parsed(b"M", b"M begins save\n\nM ends 0\nM over\n").body)
+
+
+class RepositoryTest(unittest.TestCase):
+    def setUp(self) -> None:
+        folder = tempfile.TemporaryDirectory(prefix="fleet-")
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name) / "headends"
+        self.repository = Repository({"repository": str(self.folder), "author": "me <me@here>"})
+        self.repository.make()
+
+    def git(self, *words: str, **environment: str) -> str:
+        command = ["git", "-C", self.folder, "-c", "user.name=x", "-c", "user.email=x", *words]
+        environment = {"PATH": "/usr/bin:/bin", "HOME": "/nonexistent", **environment}
+        return subprocess.run(command, check=True, capture_output=True, text=True, env=environment).stdout
+
+    def test_many_at_once_make_a_commit_each(self) -> None:
+        names = [f"host{number}" for number in range(24)]
+        with ThreadPoolExecutor(12) as pool:
+            list(pool.map(lambda name: self.repository.keep(name, name.encode(), [name]), names))
+        self.assertEqual(sorted(names), sorted(self.git("log", "--format=%s").split()))
+        self.assertEqual("", self.git("status", "--porcelain"))
+        for name in names:
+            self.assertEqual(name.encode(), self.repository.document(name))
+
+    def test_what_the_operator_has_staged_or_changed_stays_his(self) -> None:
+        self.repository.keep("one", b"1", ["one"])
+        (self.folder / "notes").write_text("mine")
+        self.git("add", "notes")
+        self.repository.keep("two", b"2", ["two"])
+        self.assertEqual("two.xml\n", self.git("show", "--format=", "--name-only", "HEAD"))
+        self.assertEqual("A  notes\n", self.git("status", "--porcelain"))
+
+    def test_a_date_means_the_last_commit_of_that_day(self) -> None:
+        self.repository.keep("other", b"0", ["other"])
+        for text, when in (("a", "2026-11-18T02:00"), ("b", "2026-11-20T02:00"), ("c", "2026-11-20T14:00")):
+            (self.folder / "hotel.xml").write_text(text)
+            self.git("add", "hotel.xml")
+            self.git("commit", "-m", text, GIT_COMMITTER_DATE=when, GIT_AUTHOR_DATE=when)
+        for when, expected in (
+            ("2026-11-18", b"a"),
+            ("2026-11-19", b"a"),
+            ("2026-11-20", b"c"),
+            ("2026-11-20T03:00", b"b"),
+            ("2027-01-01", b"c"),
+        ):
+            with self.subTest(when):
+                commit = self.repository.at("hotel", when)
+                self.assertEqual(expected, self.repository.document("hotel", commit))
+        self.assertRaises(Failure, self.repository.at, "hotel", "2026-11-17")
+        self.assertRaises(Failure, self.repository.at, "nobody", "2026-11-20")
+        self.assertRaises(Failure, self.repository.commit_named, "hotel", "--all")
+        self.assertRaises(Failure, self.repository.commit_named, "nobody", "HEAD")
+        self.assertEqual(b"a", self.repository.document("hotel", self.repository.commit_named("hotel", "HEAD~2")))
+
+    def test_a_folder_of_files_or_of_links_is_not_taken_over(self) -> None:
+        other = self.folder.parent / "other"
+        other.mkdir()
+        (other / "thesis.txt").touch()
+        link = self.folder.parent / "link"
+        link.symlink_to(self.folder)
+        for path in (other, link):
+            with self.subTest(path.name):
+                repository = Repository({"repository": str(path), "author": "me <me@here>"})
+                self.assertRaises(Failure, repository.make)
+
+    def test_a_hook_of_somebody_else_does_not_run(self) -> None:
+        hook = self.folder / ".git/hooks/reference-transaction"
+        hook.parent.mkdir(exist_ok=True)
+        hook.write_text("#!/bin/sh\nexit 1\n")
+        hook.chmod(0o755)
+        self.repository.keep("one", b"1", ["one"])
+        self.assertEqual(b"1", self.repository.document("one"))
+
+
+if __name__ == "__main__":
+    unittest.main()

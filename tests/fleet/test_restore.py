@@ -1,0 +1,188 @@
+"""playbooks/plan.yml and restore.yml: before or after, never between, and the run tells which."""
+
+import datetime
+import sys
+import unittest
+from contextlib import closing
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+
+from e2e import main
+from headends import BACKUP, CONFIG, Device, Headends, Run
+
+CONFIG_DB = "/tarvo/DB/config_global.sqlite"
+RUNNING = "/tmp/tarvo-fleet/restore/running"
+
+
+def name_of(device: Device) -> str:
+    with closing(device.database(CONFIG_DB)) as database:
+        sql = "SELECT valor FROM configuracionWebGlobal WHERE nombre = 'identificacion_cabecera'"
+        return database.execute(sql).fetchone()[0]
+
+
+class RestoreTest(unittest.TestCase):
+    maxDiff = 4000
+
+    def setUp(self) -> None:
+        self.headends = Headends()
+        self.addCleanup(self.headends.close)
+
+    def started(self, **options: bool) -> Device:
+        """A headend of which there is a backup."""
+        device = self.headends.add("hotel", "LMV-502", **options)
+        self.headends.start()
+        self.good(self.headends.play("backup"))
+        return device
+
+    def good(self, run: Run) -> Run:
+        self.assertEqual(0, run.status, run.output)
+        return run
+
+    def bad(self, run: Run) -> Run:
+        self.assertNotEqual(0, run.status, run.output)
+        return run
+
+    def edited(self, old: str, new: str) -> str:
+        """A copy of the headend's document, with every `old` replaced."""
+        text = (self.headends.repository / "hotel.xml").read_text("utf-8")
+        self.assertIn(old, text)
+        path = self.headends.folder / "edited.xml"
+        path.write_text(text.replace(old, new), "utf-8")
+        return str(path)
+
+    def restore(self, **extra: object) -> Run:
+        return self.headends.play("restore", extra={"confirmed": True, **extra})
+
+    def subjects(self) -> list[str]:
+        return self.headends.git("log", "--reverse", "--format=%s").splitlines()
+
+    def test_a_replaced_device_gets_the_configuration_of_a_date(self) -> None:
+        device = self.started()
+        with closing(device.database(CONFIG_DB)) as database:
+            database.execute(
+                "UPDATE configuracionWebGlobal SET valor = 'Villa Aurora'"
+                " WHERE nombre = 'identificacion_cabecera'"
+            )
+        self.good(self.headends.play("backup"))
+        today = datetime.date.today().isoformat()
+        replaced = self.headends.replace("hotel", "LMV-502")
+        self.assertEqual("Hotel Atlântico", name_of(replaced))
+        plan = self.good(self.headends.play("plan", extra={"date": today}))
+        self.assertIn("identification/headendName: Hotel Atlântico -> Villa Aurora", plan.output)
+        self.assertEqual("Hotel Atlântico", name_of(replaced))
+
+        run = self.good(self.restore(date=today))
+        self.assertIn("After: the headend is as the document says.", run.output)
+        self.assertEqual("Villa Aurora", name_of(replaced))
+        # The replacement's own configuration is kept before, the restored one after.
+        self.assertEqual(
+            ["hotel: first backup", *["hotel: 1 change in identification"] * 3], self.subjects()
+        )
+        for commit, name in (("HEAD~1", "Hotel Atlântico"), ("HEAD", "Villa Aurora")):
+            self.assertIn(f"<headendName>{name}<", self.headends.git("show", f"{commit}:hotel.xml"))
+        folder = replaced.path("/tmp/tarvo-fleet")
+        self.assertEqual([], list(folder.iterdir()))
+
+        early = self.bad(self.restore(date="2001-01-01"))
+        self.assertIn("the first backup of hotel is of", early.output)
+        self.assertIn("is no date", self.bad(self.restore(date="yesterday")).output)
+        self.assertIn("say which document", self.bad(self.restore()).output)
+
+    def test_without_yes_and_on_several_hosts_nothing_is_done(self) -> None:
+        device = self.started()
+        document = self.edited("Hotel Atlântico", "Villa Aurora")
+        run = self.bad(self.headends.play("restore", extra={"document": document}))
+        self.assertIn("Nothing was done: answer yes", run.output)
+        self.headends.variables["other"] = {"ansible_host": "127.0.2.1"}
+        run = self.bad(self.restore(document=document))
+        self.assertIn("This would restore 2 headends, so nothing was done", run.output)
+        self.assertEqual("Hotel Atlântico", name_of(device))
+
+    def test_a_refused_document_says_why_and_what_to_do(self) -> None:
+        device = self.started()
+        run = self.bad(self.restore(document=self.edited("<band>low<", "<band>deep<")))
+        self.assertIn("diseqcs/diseqc[id=1]/band: Invalid command: Invalid value for", run.output)
+        self.assertIn("Nothing was done. The plan names what the headend would refuse", run.output)
+        self.assertEqual("Hotel Atlântico", name_of(device))
+        self.assertEqual(["hotel: first backup"], self.subjects())
+
+    def test_a_restore_that_the_headend_ends_says_before_and_what_to_do(self) -> None:
+        device = self.started()
+        device.path("/tmp/own.xml").write_bytes((self.headends.repository / "hotel.xml").read_bytes())
+        held = device.run(BACKUP, ["restore", "--yes", "--confirm", "9", "/tmp/own.xml"])
+        self.assertEqual(0, held.status, held.stderr)
+        run = self.bad(self.restore(document=self.edited("Hotel Atlântico", "Villa Aurora")))
+        self.assertIn("Before: the headend is as it was before the restore", run.output)
+        self.assertIn("Another restore holds the headend", run.output)
+        self.assertEqual("Hotel Atlântico", name_of(device))
+
+    def test_what_no_restore_brings_back_is_told_item_by_item(self) -> None:
+        self.started()
+        document = Path(self.edited("<encrypt>0<", "<encrypt>0<"))
+        document.write_text(document.read_text("utf-8").replace("<encrypt>0<", "<encrypt>1<", 1))
+        run = self.good(self.restore(document=str(document)))
+        self.assertIn("After: the restore was done; 1 item otherwise than in the document", run.output)
+        self.assertRegex(run.output, r"/encrypt: 1 -> 0")
+
+    def drop(self, device: Device) -> Run:
+        """A restore whose connection drops while the import waits for a writer."""
+        self.document = self.edited("Hotel Atlântico", "Villa Aurora")
+        self.writer = device.database(CONFIG_DB)
+        self.addCleanup(self.writer.close)
+        self.writer.execute("BEGIN IMMEDIATE")
+        self.headends.drop_at("hotel", RUNNING)
+        run = self.bad(self.restore(document=self.document))
+        self.assertIn("the connection was lost", run.output)
+        self.assertIn("run the same command: it tells which it is", run.output)
+        self.assertEqual("Hotel Atlântico", name_of(device))
+        return run
+
+    def check_after(self, device: Device) -> None:
+        self.drop(device)
+        self.writer.execute("ROLLBACK")
+        again = self.good(self.restore(document=self.document))
+        self.assertIn("its end was not seen", again.output)
+        self.assertIn("After: the headend is as the document says.", again.output)
+        self.assertIn("so nothing was done", again.output)
+        self.assertEqual("Villa Aurora", name_of(device))
+        self.assertEqual(["hotel: first backup", "hotel: 1 change in identification"], self.subjects())
+
+    def test_a_dropped_connection_does_not_end_the_restore(self) -> None:
+        self.check_after(self.started())
+
+    def test_nor_does_it_without_tarvo_backup_on_the_headend(self) -> None:
+        self.check_after(self.started(with_backup=False))
+
+    def test_a_power_cut_after_the_drop_is_before_and_the_rerun_restores(self) -> None:
+        device = self.started()
+        self.drop(device)
+        self.headends.power_cut("hotel")
+        self.writer.execute("ROLLBACK")
+        again = self.good(self.restore(document=self.document))
+        first, second = again.output.split("Before: the headend is as it was before the restore", 1)
+        self.assertIn("its end was not seen", first)
+        self.assertIn("After: the headend is as the document says.", second)
+        self.assertEqual("Villa Aurora", name_of(device))
+
+    def test_a_connection_that_drops_before_the_document_is_there_is_before(self) -> None:
+        device = self.started()
+        document = self.edited("Hotel Atlântico", "Villa Aurora")
+        # The session dies as soon as there is a place for the document; the rest of it never comes.
+        cat = device.path("/tarvo/bin/cat")
+        cat.write_text('#!/bin/sh\nsleep 1\nexec /bin/cat "$@"\n')
+        cat.chmod(0o755)
+        self.headends.drop_at("hotel", "/tmp/tarvo-fleet/restore/document.xml")
+        run = self.bad(self.restore(document=document))
+        self.assertIn("the connection was lost", run.output)
+        cat.unlink()
+        again = self.good(self.restore(document=document))
+        self.assertIn("the restore never began", again.output)
+        self.assertIn("Before: the headend is as it was before the restore", again.output)
+        self.assertIn("After: the headend is as the document says.", again.output)
+        self.assertEqual("Villa Aurora", name_of(device))
+
+
+if __name__ == "__main__":
+    main()
