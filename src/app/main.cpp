@@ -22,6 +22,7 @@ app::ExitStatus run(int argc, char** argv) {
 int main(int argc, char** argv) {
     platform::files::occupyStandardStreams();
     platform::outliveHangUps();
+    platform::waitForChildren();
     try {
         return static_cast<int>(run(argc, argv));
     } catch (const std::exception& error) {

@@ -39,6 +39,8 @@ void outliveHangUps() {
     }
 }
 
+void waitForChildren() { std::signal(SIGCHLD, SIG_DFL); }
+
 HeldSignals::HeldSignals() {
     pendingSignal = 0;
     for (std::size_t i = 0; i < kHeld.size(); ++i) {

@@ -75,4 +75,14 @@ TEST(HangUpsDeathTest, DoNotEndTheProgramButItsChildren) {
         testing::ExitedWithCode(0), "");
 }
 
+TEST(ChildrenDeathTest, AreWaitedForAlsoWhereTheirEndsWereIgnored) {
+    EXPECT_EXIT(
+        {
+            std::signal(SIGCHLD, SIG_IGN);
+            waitForChildren();
+            _exit(WEXITSTATUS(std::system("exit 7")));
+        },
+        testing::ExitedWithCode(7), "");
+}
+
 }  // namespace platform
