@@ -39,7 +39,9 @@ int openTrusted(const std::string& path, Database& db, Open open) {
     }
     const int result = open();
     const auto after = platform::fileStatus(path);
-    const bool isOther = before && !(after && after->isSameFileAs(*before));
+    // One that was not there is by now, unless the open has failed.
+    const bool isOther =
+        before ? !(after && after->isSameFileAs(*before)) : result == SQLITE_OK && db && !after;
     const std::string reason = isOther ? path + " was replaced" : reasonAgainst(path);
     if (isRefused(path, reason)) {
         db.reset();

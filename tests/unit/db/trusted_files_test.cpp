@@ -116,6 +116,16 @@ TEST_F(TrustedFiles, ADatabaseThatIsExchangedDuringTheOpenIsClosedAgain) {
     EXPECT_EQ(device.events().back(), "close: /tmp/temp_global.sqlite");
 }
 
+TEST_F(TrustedFiles, ADatabaseThatIsThereForTheOpenAloneIsClosedAgain) {
+    device.removeFile(kStateDatabase);
+    device.whenOpened[kStateDatabase] = [this] { fs::remove(device.path(kStateDatabase)); };
+    EXPECT_EQ(openDatabase(kStateDatabase), nullptr);
+    EXPECT_EQ(device.events().back(), "close: /tmp/temp_global.sqlite");
+    EXPECT_EQ(err(),
+              "tarvo-config: /tmp/temp_global.sqlite was replaced;"
+              " /tmp/temp_global.sqlite is not opened\n");
+}
+
 TEST_F(TrustedFiles, AJournalThatAppearsDuringTheOpenClosesTheDatabaseAgain) {
     device.whenOpened[kStateDatabase] = [this] {
         device.writeFile(kJournal, "");
