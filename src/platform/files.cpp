@@ -70,13 +70,20 @@ bool writeAll(const Descriptor& file, std::string_view rest) {
     return true;
 }
 
-// The group first, so that no other one may read in between. A group that cannot be given away
-// gets no access at all.
+// What a mode leaves to the others of a group that is not known: what both the group and the rest
+// have.
+mode_t withoutGroup(mode_t mode) {
+    constexpr mode_t kOwnerBits = 0700;
+    constexpr mode_t kOtherBits = 07;
+    const mode_t common = (mode >> 3) & mode & kOtherBits;
+    return (mode & kOwnerBits) | common << 3 | common;
+}
+
+// The group first, so that no other one may read in between.
 bool giveAccess(const Descriptor& file, const FileAccess& access) {
-    constexpr mode_t kGroupBits = 070;
     const bool grouped =
         !access.group || ::fchown(file.number(), static_cast<uid_t>(-1), *access.group) == 0;
-    return ::fchmod(file.number(), grouped ? access.mode : access.mode & ~kGroupBits) == 0;
+    return ::fchmod(file.number(), grouped ? access.mode : withoutGroup(access.mode)) == 0;
 }
 
 bool syncFolderOf(const std::string& path) {

@@ -82,10 +82,16 @@ TEST_F(Files, AReplacedFileHasTheGroup) {
     EXPECT_EQ(modeOf("f"), 0640U);
 }
 
-TEST_F(Files, AGroupThatCannotBeGivenHasNoAccess) {
-    EXPECT_TRUE(replace(path("f"), "x", {.mode = 0664, .group = static_cast<unsigned>(-2)}));
-    const FileStatus file = status(path("f")).value();
-    EXPECT_TRUE(file.group == static_cast<unsigned>(-2) ? file.mode == 0664U : file.mode == 0604U);
+// Only root may give a file to a group that it is not in, and in a namespace not even root.
+TEST_F(Files, WhereAGroupCannotBeGivenItAndTheRestHaveWhatBothMay) {
+    constexpr unsigned kStrangeGroup = static_cast<unsigned>(-2);
+    constexpr std::pair<unsigned, unsigned> kGiven[] = {{0664, 0644}, {0644, 0644}, {0640, 0600},
+                                                        {0604, 0600}, {0666, 0666}, {0600, 0600}};
+    for (const auto& [mode, without] : kGiven) {
+        EXPECT_TRUE(replace(path("f"), "x", {.mode = mode, .group = kStrangeGroup}));
+        const FileStatus file = status(path("f")).value();
+        EXPECT_EQ(file.mode, file.group == kStrangeGroup ? mode : without);
+    }
 }
 
 TEST_F(Files, AReplacedLinkLeavesWhatItPointsTo) {
