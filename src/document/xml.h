@@ -4,6 +4,10 @@
 // comment is not a child.
 #pragma once
 
+// A document then holds this much of its content in itself, which is mostly on the stack, and the
+// rest on the heap. The library's own 64 kB for each are more than a small stack has.
+#define RAPIDXML_STATIC_POOL_SIZE 1024
+
 #include <iterator>
 #include <rapidxml/rapidxml.hpp>
 #include <stdexcept>

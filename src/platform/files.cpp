@@ -44,7 +44,7 @@ auto uninterrupted(Call call) {
 
 std::optional<std::string> contentOf(const Descriptor& file) {
     std::string content;
-    std::array<char, 1 << 16> block{};
+    std::array<char, 1 << 13> block{};
     for (;;) {
         const ssize_t size =
             uninterrupted([&] { return ::read(file.number(), block.data(), block.size()); });

@@ -176,6 +176,21 @@ class EndToEndTest(unittest.TestCase):
         device.path(DOCUMENT_FILE).write_bytes(text)
         return self.run_program(device, DOCUMENT_FILE, *more, **options)
 
+    def run_after(self, setup: str, device: Device, *args: str) -> Result:
+        """A run that begins as this shell command leaves it: with its limits, streams, signals."""
+        if EMULATOR:
+            self.skipTest("the emulator would begin like that too")
+        program = Path(PROGRAM).resolve()
+        command = f'{setup} "bin/{program.name}" "$@"'
+        with _running:
+            return device.run(
+                "sh",
+                ["-c", command, "sh", *args],
+                cwd=program.parents[1],
+                env={"TZ": "UTC"},
+                timeout=240,
+            )
+
     def each(self, check: Callable[..., None], cases: Iterable[Sequence]) -> None:
         """Runs check(*case) for all cases side by side. A case goes by its first item."""
         cases = list(cases)
