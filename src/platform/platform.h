@@ -41,7 +41,8 @@ int getTable(sqlite3* db, const char* sql, char*** cells, int* rows, int* column
 // --- Processes -------------------------------------------------------------------------------
 
 // Runs `command` through the shell, waits for it and returns the result of system(), a wait status:
-// 0 is success, 256 an exit status of 1.
+// 0 is success, 256 an exit status of 1. A command that an interrupt (SIGINT) has ended interrupts
+// the program too.
 int runShell(const std::string& command);
 
 // Runs `command` through the shell and returns the first lines of its output, line ends included.

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -41,7 +42,12 @@ int getTable(sqlite3* db, const char* sql, char*** cells, int* rows, int* column
 }
 
 int runShell(const std::string& command) {
-    return system(command.c_str());  // NOLINT(concurrency-mt-unsafe): one thread
+    const int result = system(command.c_str());  // NOLINT(concurrency-mt-unsafe): one thread
+    // system() keeps an interrupt from us, which was for us too when it has ended the script.
+    if (WIFSIGNALED(result) && WTERMSIG(result) == SIGINT) {
+        raise(SIGINT);
+    }
+    return result;
 }
 
 std::vector<std::string> readCommandLines(const std::string& command, std::size_t maxLines) {

@@ -19,6 +19,7 @@ from e2e import (
     EndToEndTest,
     Running,
     document,
+    errors_in,
     golden,
     main,
 )
@@ -75,6 +76,16 @@ class SignalTest(EndToEndTest):
                 (signal.SIGTERM, 128 + signal.SIGTERM),
             ],
         )
+
+    def test_interrupt_that_ends_a_script_ends_the_program_after_its_actions(self) -> None:
+        # As at a terminal, where both get it. A second try would find nothing to change, and say 0.
+        device = self.device("RNB-K408")
+        device.path("/tarvo/bin/VSecKey").write_text("#!/bin/sh\nkill -INT $PPID $$\n")
+        result = self.load(device, CHANGES)
+        self.assertEqual((128 + signal.SIGINT, b""), (result.status, result.stderr))
+        actions = [action.split()[0] for action in result.actions]
+        self.assertEqual(["WAN_from_DB.sh", "get_time_offsets.sh", "S60crond"], actions)
+        self.assertEqual(["Error 911, Error regenerating scrambling key"], errors_in(result))
 
     def test_termination_before_the_commit_is_immediate(self) -> None:
         device = self.device("RNB-K408")
