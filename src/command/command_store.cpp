@@ -26,7 +26,7 @@ bool Command::save() {
         if (rowId_ > 0) {
             platform::debugLog(LOG_DEBUG, "Deleting command from DB");
             tarvodb::Record<RCCommand> record;
-            record.put(RCCommand::id, long{rowId_});
+            record.set(RCCommand::id, long{rowId_});
             tarvodb::deleteId(record, store_.get());
         }
         store_.reset();
@@ -54,15 +54,15 @@ bool Command::save() {
 tarvodb::Record<RCCommand> Command::storedForm() {
     tarvodb::Record<RCCommand> record;
     if (rowId_ >= 1) {
-        record.put(RCCommand::id, long{rowId_});
+        record.set(RCCommand::id, long{rowId_});
     }
-    record.put(RCCommand::commandId, long{id_});
-    record.put(RCCommand::command,
+    record.set(RCCommand::commandId, long{id_});
+    record.set(RCCommand::command,
                kStoredDeclaration + document::printed(commandDocument_, document::kNoIndenting));
-    record.put(RCCommand::result, result_.toXml(document::kNoIndenting));
-    record.put(RCCommand::status, static_cast<int>(status_));
-    record.put(RCCommand::nextTime, long{nextTime_});  // seconds: too long for the short form
-    record.put(RCCommand::schedule, schedule_);
+    record.set(RCCommand::result, result_.toXml(document::kNoIndenting));
+    record.set(RCCommand::status, static_cast<int>(status_));
+    record.set(RCCommand::nextTime, long{nextTime_});  // seconds: too long for the short form
+    record.set(RCCommand::schedule, schedule_);
     return record;
 }
 

@@ -145,7 +145,7 @@ bool update(Row& row, sqlite3* db) {
         std::string text = row.value(column).asString();
         if (const std::size_t percent = text.find('%'); percent != std::string::npos) {
             text[percent] = ' ';
-            row.putValue(column, tSqlite3parent(std::move(text)));
+            row.setValue(column, tSqlite3parent(std::move(text)));
         }
         assignments += assignments.empty() ? "" : ",";
         assignments += " " + std::string(table.columns[column].name) + " = " +

@@ -12,19 +12,22 @@ Row::Row(const TableInfo& table, std::span<const char* const> cells) : table_(&t
         values_.emplace_back(cell);
     }
     values_.resize(table.columns.size());
+    filled_.set();
 }
 
 bool Row::setValue(std::size_t column, tSqlite3parent value) {
-    if (values_[column].readsSameAs(value)) {
+    if (filled_[column] && values_[column].readsSameAs(value)) {
         return false;
     }
-    putValue(column, std::move(value));
+    values_[column] = std::move(value);
+    filled_.set(column);
+    modified_.set(column);
     return true;
 }
 
-void Row::putValue(std::size_t column, tSqlite3parent value) {
-    values_[column] = std::move(value);
-    modified_.set(column);
+void Row::replaceKey(tSqlite3int key) {
+    values_.front() = std::move(key);
+    filled_.set(0);
 }
 
 }  // namespace tarvodb

@@ -16,11 +16,11 @@ namespace tarvodb {
 // The part of a record that is the same for every table.
 class Row {
   public:
-    // A row whose columns are all NULL and unchanged.
+    // A new row whose columns are all still to be filled; they read as NULL.
     explicit Row(const TableInfo& table);
 
-    // A row with the first columns taken from `cells` (a null cell is NULL), the rest NULL. Cells
-    // beyond the table's columns are left out. Nothing counts as changed.
+    // A row with the first columns filled from `cells` (a null cell is NULL), the rest filled with
+    // NULL. Cells beyond the table's columns are left out. Nothing counts as changed.
     Row(const TableInfo& table, std::span<const char* const> cells);
 
     [[nodiscard]] const TableInfo& table() const { return *table_; }
@@ -28,20 +28,18 @@ class Row {
     [[nodiscard]] const tSqlite3parent& key() const { return values_.front(); }
     [[nodiscard]] bool isModified(std::size_t column) const { return modified_[column]; }
 
-    // Sets a column and marks it as modified. A value that reads the same as the stored one (NULL
-    // and the empty text do) changes nothing. Returns whether the column was set.
+    // Sets a column and marks it as modified. In a filled column a value that reads the same as the
+    // stored one (NULL and the empty text do) changes nothing. Returns whether the column was set.
     bool setValue(std::size_t column, tSqlite3parent value);
 
-    // Stores a value and marks its column as modified, whatever was there.
-    void putValue(std::size_t column, tSqlite3parent value);
-
     // For the table operations: the key that an insert was given, and the end of an update.
-    void replaceKey(tSqlite3int key) { values_.front() = std::move(key); }
+    void replaceKey(tSqlite3int key);
     void clearModified() { modified_.reset(); }
 
   private:
     const TableInfo* table_;
     std::vector<tSqlite3parent> values_;
+    std::bitset<kMaxColumns> filled_;
     std::bitset<kMaxColumns> modified_;
 };
 
@@ -63,12 +61,6 @@ class Record : public Row {
     template <class Value>
     bool set(Column column, const Value& newValue) requires WritableTable<Table> {
         return setValue(column, columnValue(newValue));
-    }
-
-    // Stores the value without comparing: the empty text too becomes a text.
-    template <class Value>
-    void put(Column column, const Value& newValue) requires WritableTable<Table> {
-        putValue(column, columnValue(newValue));
     }
 
     // Sets the column to the decimal number when the stored number is another one ("05" and 5 are

@@ -36,15 +36,15 @@ std::string withoutWhiteSpace(std::string text) {
 
 Record<VSecure> newCam(const char* serialNumber) {
     Record<VSecure> cam;
-    cam.put(VSecure::idCliente, serialNumber);
-    cam.put(VSecure::Alta, platform::localTimeText(platform::now(), "%Y-%m-%d"));
+    cam.set(VSecure::idCliente, serialNumber);
+    cam.set(VSecure::Alta, platform::localTimeText(platform::now(), "%Y-%m-%d"));
     for (const auto column :
          {VSecure::Fabricante, VSecure::Descripcion, VSecure::K_Publica, VSecure::EK_Shared}) {
-        cam.put(column, "");
+        cam.set(column, "");
     }
-    cam.put(VSecure::Reintentos, 0);
-    cam.put(VSecure::Error, 0);
-    cam.put(VSecure::estado, 1);
+    cam.set(VSecure::Reintentos, 0);
+    cam.set(VSecure::Error, 0);
+    cam.set(VSecure::estado, 1);
     return cam;
 }
 

@@ -43,13 +43,13 @@ bool validate(CmdSetConfiguration& command, const XmlNode& diseqc) {
 
 Record<DiSEqCGlobal> newDiseqc(const char* id) {
     Record<DiSEqCGlobal> diseqc;
-    diseqc.put(DiSEqCGlobal::idDiSEqCGlobal, id);
-    diseqc.put(DiSEqCGlobal::Posicion, 0);
-    diseqc.put(DiSEqCGlobal::Nombre, "");
-    diseqc.put(DiSEqCGlobal::Orbita, 0);
-    diseqc.put(DiSEqCGlobal::Polaridad, 0);
-    diseqc.put(DiSEqCGlobal::Banda, 0);
-    diseqc.put(DiSEqCGlobal::Estado, StatusMark::changed);
+    diseqc.set(DiSEqCGlobal::idDiSEqCGlobal, id);
+    diseqc.set(DiSEqCGlobal::Posicion, 0);
+    diseqc.set(DiSEqCGlobal::Nombre, "");
+    diseqc.set(DiSEqCGlobal::Orbita, 0);
+    diseqc.set(DiSEqCGlobal::Polaridad, 0);
+    diseqc.set(DiSEqCGlobal::Banda, 0);
+    diseqc.set(DiSEqCGlobal::Estado, StatusMark::changed);
     return diseqc;
 }
 

@@ -1,6 +1,7 @@
 // The DVB networks that the headend's outputs belong to.
 #include "mapping/dvb_networks.h"
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -131,10 +132,12 @@ class NetworkChange {
     std::string log_;
 };
 
+// Behind the key all columns are filled with NULL, which an empty text of the document leaves
+// there.
 Record<RedesCabecera> newNetwork(const char* id) {
-    Record<RedesCabecera> network;
-    network.put(RedesCabecera::idRed, id);
-    network.put(RedesCabecera::estado, StatusMark::changed);
+    const std::array cells{id};
+    Record<RedesCabecera> network(cells);
+    network.set(RedesCabecera::estado, StatusMark::changed);
     return network;
 }
 
@@ -142,7 +145,7 @@ Record<RedesCabecera> newNetwork(const char* id) {
 Record<RedesCabecera> changedNetwork(const CmdSetConfiguration& command, const XmlNode& element,
                                      const char* id) {
     auto network = storedOrNew(command, tarvodb::clause::kByNetwork, id, newNetwork);
-    const bool isNew = network.isModified(RedesCabecera::idRed);
+    const bool isNew = network.isModified(RedesCabecera::estado);
     const std::string oldNid = network[RedesCabecera::NID].asString();
 
     NetworkChange change(network, isNew ? std::string("idRed=") + id + "," : "");

@@ -28,15 +28,15 @@ constexpr const mapping::Element& kId = mapping::rowNamed(mapping::kHomeChannel,
 
 Record<HomeChannels> newHomeChannel(const char* id) {
     Record<HomeChannels> channel;
-    channel.put(HomeChannels::idMantenimiento, id);
-    channel.put(HomeChannels::Frequency, 11856);
-    channel.put(HomeChannels::Orbita, 192);
-    channel.put(HomeChannels::Polaridad, 0);
-    channel.put(HomeChannels::Banda, 1);
-    channel.put(HomeChannels::SymbolRate, 27500);
-    channel.put(HomeChannels::ONID, 1);
-    channel.put(HomeChannels::TSID, 1072);
-    channel.put(HomeChannels::Estado, StatusMark::changed);
+    channel.set(HomeChannels::idMantenimiento, id);
+    channel.set(HomeChannels::Frequency, 11856);
+    channel.set(HomeChannels::Orbita, 192);
+    channel.set(HomeChannels::Polaridad, 0);
+    channel.set(HomeChannels::Banda, 1);
+    channel.set(HomeChannels::SymbolRate, 27500);
+    channel.set(HomeChannels::ONID, 1);
+    channel.set(HomeChannels::TSID, 1072);
+    channel.set(HomeChannels::Estado, StatusMark::changed);
     return channel;
 }
 

@@ -113,15 +113,15 @@ bool insertStream(CmdSetConfiguration& command, const tarvodb::tSqlite3int& idSS
     }
     const Record<Service>& service = services.front();
     Record<Stream> stream;
-    stream.put(Stream::MAC, service[Service::MAC]);
-    stream.put(Stream::fk_idEntrada, service[Service::fk_idEntrada]);
-    stream.put(Stream::fk_idSalidasLogicas, service[Service::fk_idSalidasLogicas]);
-    stream.put(Stream::fk_idSSG, idSSG);
+    stream.set(Stream::MAC, service[Service::MAC]);
+    stream.set(Stream::fk_idEntrada, service[Service::fk_idEntrada]);
+    stream.set(Stream::fk_idSalidasLogicas, service[Service::fk_idSalidasLogicas]);
+    stream.set(Stream::fk_idSSG, idSSG);
     for (const Element& element : mapping::kPidOrder) {
-        stream.putValue(element.column.index, tarvodb::columnValue(given.text(element)));
+        stream.setValue(element.column.index, tarvodb::columnValue(given.text(element)));
     }
-    stream.put(Stream::EstadoBorrado, RemovalMark::listed);
-    stream.put(Stream::EstadoPID, StatusMark::changed);
+    stream.set(Stream::EstadoBorrado, RemovalMark::listed);
+    stream.set(Stream::EstadoPID, StatusMark::changed);
     return insertRecord(command, stream, kMessage);
 }
 

@@ -28,7 +28,7 @@ bool apply::preferredLanguages(CmdSetConfiguration& command, const XmlNode& sect
         }
         const char* code = document::textOf(element);
         tarvodb::Record<AudioLanguageListGlobal> language;
-        language.putValue(entry.column.index, tarvodb::columnValue(code));
+        language.setValue(entry.column.index, tarvodb::columnValue(code));
         if (!insertRecord(command, language, "Could not insert preferredLanguage")) {
             return false;
         }

@@ -62,23 +62,23 @@ bool validateAll(CmdSetConfiguration& command, const XmlNode& scrambling) {
 
 Record<ScramblingGlobal> newSystem() {
     Record<ScramblingGlobal> system;
-    system.put(ScramblingGlobal::ScramblingName, kSystem);
-    system.put(ScramblingGlobal::Mode, 0);
-    system.put(ScramblingGlobal::Estado, StatusMark::changed);
+    system.set(ScramblingGlobal::ScramblingName, kSystem);
+    system.set(ScramblingGlobal::Mode, 0);
+    system.set(ScramblingGlobal::Estado, StatusMark::changed);
     return system;
 }
 
 Record<ScramblingKeysGlobal> newKeys() {
     using Keys = ScramblingKeysGlobal;
     Record<Keys> keys;
-    keys.put(Keys::System, kSystem);
-    keys.put(Keys::Mode, 0);
-    keys.put(Keys::Frequency, 0);
+    keys.set(Keys::System, kSystem);
+    keys.set(Keys::Mode, 0);
+    keys.set(Keys::Frequency, 0);
     for (const auto text :
          {Keys::Odd, Keys::Even, Keys::K_Shared, Keys::EK_Odd, Keys::EK_Even, Keys::Date}) {
-        keys.put(text, "");
+        keys.set(text, "");
     }
-    keys.put(Keys::Estado, StatusMark::changed);
+    keys.set(Keys::Estado, StatusMark::changed);
     return keys;
 }
 

@@ -34,7 +34,7 @@ std::string upperCased(std::string text) {
 
 // What is not vertical counts as horizontal.
 bool putCode(tarvodb::Row& record, const Element& element, const char* text) {
-    record.putValue(element.column.index, tarvodb::columnValue(codeOf(element, text).value_or(1)));
+    record.setValue(element.column.index, tarvodb::columnValue(codeOf(element, text).value_or(1)));
     return true;
 }
 
@@ -54,7 +54,7 @@ bool putChild(CmdSetConfiguration& command, tarvodb::Row& record, mapping::Eleme
         return fail(command, ErrorCode::invalidValue,
                     upperCased(element->name) + " value must be a value between [1-65535]");
     }
-    record.putValue(element->column.index, tarvodb::columnValue(text));
+    record.setValue(element->column.index, tarvodb::columnValue(text));
     return true;
 }
 
@@ -101,7 +101,7 @@ bool insertList(CmdSetConfiguration& command, const ListTexts& texts, const Elem
             return fail(command, ErrorCode::invalidCommand, texts.wrongElement);
         }
         Record<Table> record;
-        record.put(Table::fk_idService_EPG, serviceId);
+        record.set(Table::fk_idService_EPG, serviceId);
         for (const XmlNode& child : document::childrenOf(element)) {
             putChild(command, record, entry.children, child);
         }
@@ -120,7 +120,7 @@ enum class Outcome {
 class ServiceImport {
   public:
     explicit ServiceImport(CmdSetConfiguration& command) : command_(command) {
-        service_.put(Service_EPG::fk_idService_EPG_Satellite, 0);
+        service_.set(Service_EPG::fk_idService_EPG_Satellite, 0);
     }
 
     // Of an element that is refused, what was read so far is stored all the same: the caller rolls
@@ -147,7 +147,7 @@ class ServiceImport {
 
     void readPart(const XmlNode& child) {
         if (document::hasName(child, kSatelliteEpg.name)) {
-            service_.put(Service_EPG::fk_idService_EPG_Satellite, insertSatellite(command_, child));
+            service_.set(Service_EPG::fk_idService_EPG_Satellite, insertSatellite(command_, child));
         } else if (document::hasName(child, kAudiosEpgs.name)) {
             audios_ = &child;
         } else if (document::hasName(child, kReplacingEpgs.name)) {

@@ -58,13 +58,13 @@ constexpr Default kDefaults[] = {
 
 Record<Service> newService(const char* mac, int outputId, int outputSid) {
     Record<Service> service;
-    service.put(Service::MAC, mac);
-    service.put(Service::SID, outputSid);
-    service.put(Service::NombreEntrada, "");
-    service.put(Service::NombreSalida, "");
-    service.put(Service::fk_idSalidasLogicas, outputId);
+    service.set(Service::MAC, mac);
+    service.set(Service::SID, outputSid);
+    service.set(Service::NombreEntrada, "");
+    service.set(Service::NombreSalida, "");
+    service.set(Service::fk_idSalidasLogicas, outputId);
     for (const Default& each : kDefaults) {
-        service.put(each.column, each.value);
+        service.set(each.column, each.value);
     }
     return service;
 }

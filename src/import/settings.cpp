@@ -32,8 +32,8 @@ bool setConfig(CmdSetConfiguration& command, const Element& setting, const char*
     auto rows = tarvodb::selectByNombre(command.db(), tarvodb::tSqlite3parent(setting.key));
     if (rows.empty()) {
         tarvodb::Record<configuracionWebGlobal> row;
-        row.put(configuracionWebGlobal::nombre, setting.key);
-        row.put(configuracionWebGlobal::valor, value);
+        row.set(configuracionWebGlobal::nombre, setting.key);
+        row.set(configuracionWebGlobal::valor, value);
         command.request(setting.postAction);
         return tarvodb::insert(row, command.db());
     }

@@ -82,7 +82,7 @@ class TableOperations : public test::DeviceTest {
 
     static Record<Languages> language(const char* code) {
         Record<Languages> record;
-        record.put(Languages::AudioCode, code);
+        record.set(Languages::AudioCode, code);
         return record;
     }
 
@@ -228,8 +228,8 @@ TEST_F(TableOperations, SelectThatFailedLeavesTheNextOneUnharmed) {
 
 TEST_F(TableOperations, InsertWritesEveryColumnInOrder) {
     Record<Settings> setting;
-    setting.put(Settings::nombre, "network_IP");
-    setting.put(Settings::valor, "");
+    setting.set(Settings::nombre, "network_IP");
+    setting.set(Settings::valor, "");
     EXPECT_TRUE(insert(setting, db()));
     EXPECT_EQ(device.events(),
               Lines{"sql: INSERT INTO configuracionWebGlobal (idConfiguracionGlobal, nombre, "
@@ -257,7 +257,7 @@ TEST_F(TableOperations, InsertWithANullKeyLeavesTheNewRowIdInTheRecord) {
 
 TEST_F(TableOperations, InsertWithAKeyWritesItAsGiven) {
     Record<Languages> record = language("eng");
-    record.put(Languages::idALLG, "007");
+    record.set(Languages::idALLG, "007");
     EXPECT_TRUE(insert(record, db()));
     EXPECT_EQ(device.statements(),
               Lines{"INSERT INTO AudioLanguageListGlobal (idALLG, AudioCode)  VALUES ('007', 'eng' "
@@ -267,7 +267,7 @@ TEST_F(TableOperations, InsertWithAKeyWritesItAsGiven) {
 
 TEST_F(TableOperations, InsertTakesTheRowIdAsA32BitNumber) {
     Record<Languages> record = language("eng");
-    record.put(Languages::idALLG, "4294967298");
+    record.set(Languages::idALLG, "4294967298");
     EXPECT_TRUE(insert(record, db()));
     EXPECT_EQ(record.key().asString(), "2");
 }
@@ -310,7 +310,7 @@ TEST_F(TableOperations, InsertWritesToATableWithMoreColumns) {
 TEST_F(TableOperations, InsertThatFailsIsTriedThreeTimesAndLeavesTheRecordUnchanged) {
     execute("INSERT INTO AudioLanguageListGlobal VALUES (7, 'spa')");
     Record<Languages> record = language("eng");
-    record.put(Languages::idALLG, "007");
+    record.set(Languages::idALLG, "007");
     EXPECT_FALSE(insert(record, db()));
     EXPECT_EQ(
         device.events(),
@@ -382,7 +382,7 @@ TEST_F(TableOperations, UpdateWritesTheModifiedColumnsInColumnOrder) {
 
 TEST_F(TableOperations, UpdateOfOneColumnHasNoComma) {
     Record<NimGlobal> tuner;
-    tuner.put(NimGlobal::idNimGlobal, "3");
+    tuner.set(NimGlobal::idNimGlobal, "3");
     tuner.clearModified();
     tuner.set(NimGlobal::Estado, 1);
     EXPECT_TRUE(update(tuner, db()));
@@ -392,7 +392,7 @@ TEST_F(TableOperations, UpdateOfOneColumnHasNoComma) {
 
 TEST_F(TableOperations, UpdateTakesTheSpellingOfEachTable) {
     Record<RedesModulos> module;
-    module.put(RedesModulos::idRedMod, "3");
+    module.set(RedesModulos::idRedMod, "3");
     module.clearModified();
     module.set(RedesModulos::estado, 1);
     EXPECT_TRUE(update(module, db()));
@@ -634,7 +634,7 @@ namespace {
 
 Record<RCCommand> commandRow(const char* id) {
     Record<RCCommand> record;
-    record.put(RCCommand::id, id);
+    record.set(RCCommand::id, id);
     return record;
 }
 

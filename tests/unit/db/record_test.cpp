@@ -146,11 +146,36 @@ TEST(TableRecord, TakesTheValueOfAnotherColumn) {
     EXPECT_FALSE(record.set(Settings::nombre, source[Settings::nombre]));
 }
 
-TEST(TableRecord, PutStoresTheEmptyTextInANullColumn) {
+TEST(TableRecord, SettingAColumnThatWasNeverFilledStoresTheEmptyTextAndMarksIt) {
     Record<Settings> record;
-    record.put(Settings::valor, "");
+    EXPECT_TRUE(record.set(Settings::valor, ""));
     EXPECT_STREQ(record[Settings::valor].text(), "");
     EXPECT_TRUE(record.isModified(Settings::valor));
+    EXPECT_FALSE(record.isModified(Settings::nombre));
+}
+
+TEST(TableRecord, SettingAColumnThatWasNeverFilledToNullMarksIt) {
+    Record<Settings> record;
+    EXPECT_TRUE(record.set(Settings::valor, tSqlite3parent()));
+    EXPECT_EQ(record[Settings::valor].text(), nullptr);
+    EXPECT_TRUE(record.isModified(Settings::valor));
+    EXPECT_FALSE(record.set(Settings::valor, ""));
+    EXPECT_EQ(record[Settings::valor].text(), nullptr);
+}
+
+TEST(TableRecord, AColumnIsFilledByItsFirstValue) {
+    Record<Settings> record;
+    record.set(Settings::valor, "");
+    record.clearModified();
+    EXPECT_FALSE(record.set(Settings::valor, ""));
+    EXPECT_FALSE(record.isModified(Settings::valor));
+}
+
+TEST(TableRecord, CellsThatAreMissingAreFilledWithNull) {
+    auto record = settingOf(std::array<const char*, 1>{"7"});
+    EXPECT_FALSE(record.set(Settings::valor, ""));
+    EXPECT_EQ(record[Settings::valor].text(), nullptr);
+    EXPECT_FALSE(record.isModified(Settings::valor));
 }
 
 TEST(TableRecord, ComparedAsNumberNullIsZeroAndLeadingZerosDoNotCount) {

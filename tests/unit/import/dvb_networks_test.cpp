@@ -206,6 +206,18 @@ TEST_F(DvbNetworks, AnEmptyTextForANullColumnChangesNothing) {
     EXPECT_THAT(device.eventsOf("rename: "), IsEmpty());
 }
 
+TEST_F(DvbNetworks, AnEmptyTextForANewNetworkLeavesTheColumnNull) {
+    importNetwork("<id>9</id><name/><nid/><onidOut/><ciplusTVs/>");
+    expectSuccess();
+    EXPECT_THAT(
+        sectionStatements(),
+        Contains(insertOf("'9', NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, "
+                          "NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, '1'")));
+    EXPECT_THAT(changeLines(),
+                ElementsAre("61: REMOTE_CONTROL::: New network parameters: idRed=9,"));
+    EXPECT_THAT(device.eventsOf("rename: "), IsEmpty());
+}
+
 TEST_F(DvbNetworks, NamesAreMatchedInAnyLetterCaseAndTheLastOfANameWins) {
     importSections(
         "<dvbNetworks><DVBNETWORK><ID>9</ID><Id>1</Id><NAME>First</NAME>"
