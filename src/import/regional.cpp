@@ -2,8 +2,6 @@
 
 #include <syslog.h>
 
-#include <algorithm>
-#include <cctype>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +13,7 @@
 #include "import/time_zones.h"
 #include "platform/debug_log.h"
 #include "platform/platform.h"
+#include "text/upper_cased.h"
 
 namespace tarvo_remote_control {
 
@@ -43,12 +42,6 @@ std::optional<std::string> storedSetting(sqlite3* db, const char* key) {
     return rows.front()[tarvodb::configuracionWebGlobal::valor].asString();
 }
 
-std::string upperCased(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return text;
-}
-
 std::optional<RegionalSettings> readSettings() {
     const tarvodb::Database db = tarvodb::openDatabase(tarvodb::kConfigDatabase);
     if (!db) {
@@ -60,7 +53,7 @@ std::optional<RegionalSettings> readSettings() {
     if (!language || !country || !timeZone) {
         return std::nullopt;
     }
-    return RegionalSettings{upperCased(*language), upperCased(*country), *timeZone};
+    return RegionalSettings{text::upperCased(*language), text::upperCased(*country), *timeZone};
 }
 
 std::string offsetsCommand(const std::string& country) {

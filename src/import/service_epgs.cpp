@@ -1,8 +1,6 @@
 // The services of the programme guide, rebuilt from the document.
 #include "mapping/service_epgs.h"
 
-#include <algorithm>
-#include <cctype>
 #include <string>
 
 #include "command/error_codes.h"
@@ -13,6 +11,7 @@
 #include "import/sections.h"
 #include "import/table_writes.h"
 #include "mapping/element.h"
+#include "text/upper_cased.h"
 
 namespace tarvo_remote_control {
 
@@ -25,12 +24,6 @@ using tarvodb::Service_EPG_replacing;
 using tarvodb::Service_EPG_Satellite;
 
 namespace {
-
-std::string upperCased(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return text;
-}
 
 // What is not vertical counts as horizontal.
 bool putCode(tarvodb::Row& record, const Element& element, const char* text) {
@@ -52,7 +45,7 @@ bool putChild(CmdSetConfiguration& command, tarvodb::Row& record, mapping::Eleme
     }
     if (!element->range.contains(document::numberOf(child))) {
         return fail(command, ErrorCode::invalidValue,
-                    upperCased(element->name) + " value must be a value between [1-65535]");
+                    text::upperCased(element->name) + " value must be a value between [1-65535]");
     }
     record.setValue(element->column.index, tarvodb::columnValue(text));
     return true;
