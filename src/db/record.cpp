@@ -25,6 +25,14 @@ bool Row::setValue(std::size_t column, tSqlite3parent value) {
     return true;
 }
 
+bool Row::setIfOtherNumber(std::size_t column, int number) {
+    if (values_[column].asInt() == number) {
+        return false;
+    }
+    setValue(column, columnValue(number));
+    return true;
+}
+
 void Row::replaceKey(tSqlite3int key) {
     values_.front() = std::move(key);
     filled_.set(0);

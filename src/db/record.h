@@ -32,6 +32,10 @@ class Row {
     // stored one (NULL and the empty text do) changes nothing. Returns whether the column was set.
     bool setValue(std::size_t column, tSqlite3parent value);
 
+    // Sets the column to the decimal number when the stored number is another one ("05" and 5 are
+    // the same number, NULL is 0). Returns whether it was another one.
+    bool setIfOtherNumber(std::size_t column, int number);
+
     // For the table operations: the key that an insert was given, and the end of an update.
     void replaceKey(tSqlite3int key);
     void clearModified() { modified_.reset(); }
@@ -63,14 +67,9 @@ class Record : public Row {
         return setValue(column, columnValue(newValue));
     }
 
-    // Sets the column to the decimal number when the stored number is another one ("05" and 5 are
-    // the same number, NULL is 0). Returns whether it was another one.
+    // See Row::setIfOtherNumber.
     bool setIfOtherNumber(Column column, int number) requires WritableTable<Table> {
-        if (value(column).asInt() == number) {
-            return false;
-        }
-        set(column, number);
-        return true;
+        return Row::setIfOtherNumber(column, number);
     }
 
     [[nodiscard]] bool isModified(Column column) const { return Row::isModified(column); }

@@ -16,16 +16,14 @@ bool setText(tarvodb::Row& record, const Element& element, const char* text) {
     return record.setValue(element.column.index, tarvodb::columnValue(text));
 }
 
-bool hasOtherNumber(const tarvodb::Row& record, const Element& element, int number) {
-    return record.value(element.column.index).asInt() != number;
+bool setIfOtherNumber(tarvodb::Row& record, const Element& element, int number) {
+    return record.setIfOtherNumber(element.column.index, number);
 }
 
-bool setIfOtherNumber(tarvodb::Row& record, const Element& element, int number) {
-    if (!hasOtherNumber(record, element, number)) {
-        return false;
-    }
-    record.setValue(element.column.index, tarvodb::columnValue(number));
-    return true;
+// The stored number is another one: the text is stored as it stands.
+bool setTextIfOtherNumber(tarvodb::Row& record, const Element& element, const char* text) {
+    return record.value(element.column.index).asInt() != text::toInt(text) &&
+           setText(record, element, text);
 }
 
 bool takeCode(tarvodb::Row& record, const Element& element, const char* text) {
@@ -61,7 +59,7 @@ bool take(tarvodb::Row& record, const Element& element, const XmlNode& child) {
         case Take::number:
             return setIfOtherNumber(record, element, number);
         case Take::numberStoredText:
-            return hasOtherNumber(record, element, number) && setText(record, element, text);
+            return setTextIfOtherNumber(record, element, text);
         case Take::numberUnlessZero:
             return number != 0 && setIfOtherNumber(record, element, number);
         case Take::code:
