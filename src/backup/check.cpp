@@ -224,6 +224,12 @@ class TreeCheck {
         }
     }
 
+    // The child that says which parts are there, if it is there itself.
+    static const XmlNode* partsTellerIn(const Element& parent, const XmlNode& node) {
+        const Element* teller = mapping::partsTellerOf(parent);
+        return teller == nullptr ? nullptr : document::childNamed(node, teller->name);
+    }
+
     // Of an input only what its type has counts, but for what all of them have.
     static const Element* memberRow(const Element& parent, const XmlNode& node,
                                     const XmlNode& child) {
@@ -232,7 +238,7 @@ class TreeCheck {
                 return &row;
             }
         }
-        const XmlNode* type = document::childNamed(node, "type");
+        const XmlNode* type = partsTellerIn(parent, node);
         for (const mapping::Part& part : parent.parts) {
             const bool isMeant =
                 !part.inputType ||
@@ -249,7 +255,7 @@ class TreeCheck {
     void checkStranger(const Element& parent, const XmlNode& node, const XmlNode& child) {
         if (!isElement(child) || rowOf(&parent, child) == nullptr) {
             noteUnknown(&parent, child);
-        } else if (document::childNamed(node, "type") != nullptr) {
+        } else if (partsTellerIn(parent, node) != nullptr) {
             within({.name = rowOf(&parent, child)->name}, [&] {
                 add(Severity::warning, child, "an input of this type has no such element");
             });
@@ -296,8 +302,7 @@ class TreeCheck {
     static constexpr const char* kDoubled = "is there twice, by what identifies it";
 
     void noteWrongEntry(const Element& list, const Element& entry, const XmlNode& child) {
-        // Of the modules' list the import skips what it does not know.
-        const Severity severity = isNamed(list, "vsecureCAMList") ? Severity::warning : error();
+        const Severity severity = list.skipsOthers ? Severity::warning : error();
         if (!isElement(child)) {
             add(severity, child, "text between elements");
             return;
@@ -356,11 +361,13 @@ class TreeCheck {
     }
 
     static bool tellsKind(const XmlNode& module) {
-        constexpr const char* kKind[] = {"family", "model", "isMaster"};
-        return std::any_of(std::begin(kKind), std::end(kKind), [&module](const char* name) {
-            const char* text = document::lastText(module, name);
-            return text != nullptr && *text != '\0';
-        });
+        return std::any_of(std::begin(mapping::kModule), std::end(mapping::kModule),
+                           [&module](const Element& row) {
+                               const bool isOfKind = row.take == Take::key && !row.identity;
+                               const char* text =
+                                   isOfKind ? document::lastText(module, row.name) : nullptr;
+                               return text != nullptr && *text != '\0';
+                           });
     }
 
     // --- Leaves ----------------------------------------------------------------------------------
@@ -475,22 +482,14 @@ class TreeCheck {
         }
     }
 
-    // The three numbers of the NIT pattern, each against what came earlier.
     void checkPattern(const XmlNode& network) {
-        int type = 0;
-        int pattern = 0;
+        mapping::NitPattern pattern;
         for (const XmlNode& child : childrenOf(network)) {
-            const int number = numberOf(child);
-            if (document::hasName(child, "tipoNITPatron")) {
-                type = number;
-            } else if (document::hasName(child, "nitPatron")) {
-                if (number != 0 && number != 1 && type == 0) {
-                    notePattern(child, "without a 'tipoNITPatron' before it it must be 0 or 1");
-                }
-                pattern = number;
-            } else if (document::hasName(child, "versionNITPatron") && number != 0 &&
-                       pattern == 0) {
-                notePattern(child, "without a 'nitPatron' before it it must be 0");
+            const Element* row = mapping::elementOf(mapping::kDvbNetwork, child);
+            if (row != nullptr && !pattern.allows(*row, numberOf(child))) {
+                notePattern(child, row == &mapping::kNitPattern
+                                       ? "without a 'tipoNITPatron' before it it must be 0 or 1"
+                                       : "without a 'nitPatron' before it it must be 0");
             }
         }
     }

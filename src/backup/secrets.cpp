@@ -1,13 +1,26 @@
 #include "backup/secrets.h"
 
 #include <algorithm>
-#include <iterator>
+#include <vector>
 
 #include "command/result_document.h"
+#include "mapping/document_tree.h"
 
 namespace tarvo_backup {
 
 namespace {
+
+std::vector<const char*> secretNames(const mapping::Element& element) {
+    std::vector<const char*> names;
+    mapping::forEachChild(element, [&names](const mapping::Element& child) {
+        if (child.secret) {
+            names.push_back(child.name);
+        }
+        const auto more = secretNames(child);
+        names.insert(names.end(), more.begin(), more.end());
+    });
+    return names;
+}
 
 void mask(XmlNode& node) {
     if (isSecret(node.name()) && (node.first_node() != nullptr || node.value_size() != 0)) {
@@ -23,10 +36,11 @@ void mask(XmlNode& node) {
 }  // namespace
 
 bool isSecret(std::string_view name) {
+    static const std::vector<const char*> kNames = secretNames(mapping::kBackup);
     const std::string wanted(name);
-    return std::any_of(
-        std::begin(kSecretElements), std::end(kSecretElements),
-        [&wanted](const char* each) { return document::sameText(each, wanted.c_str()); });
+    return std::any_of(kNames.begin(), kNames.end(), [&wanted](const char* each) {
+        return document::sameText(each, wanted.c_str());
+    });
 }
 
 std::string redacted(const Document& document) {

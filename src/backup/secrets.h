@@ -8,11 +8,7 @@
 
 namespace tarvo_backup {
 
-// The elements whose texts are secret: the password of the remote-control server, the control
-// words, the encrypted keys of conditional-access modules.
-inline constexpr const char* kSecretElements[] = {"password", "oddKey", "evenKey", "ekShared"};
-
-// Wherever an element of the name stands, in any letter case.
+// Whether elements of the name are secret, wherever they stand, in any letter case.
 bool isSecret(std::string_view name);
 
 // Stands for a secret text, whatever its length.

@@ -8,7 +8,6 @@
 #include "db/record.h"
 #include "db/schema.h"
 #include "db/watched_database.h"
-#include "device/device_identity.h"
 #include "document/xml.h"
 #include "mapping/element.h"
 
@@ -38,9 +37,6 @@ class CmdGetConfiguration : public Command {
     // Open while the sections are built; asked for anew for each statement.
     sqlite3* configDb() { return configDb_.handle(); }
     sqlite3* stateDb() { return stateDb_.handle(); }
-
-    // The controller, whose model decides which elements a document has.
-    [[nodiscard]] static const DeviceIdentity& device() { return DeviceIdentity::instance(); }
 
     // A new element with the stored text of a setting; without text when the setting is missing.
     document::XmlNode* settingElement(const char* name, const char* key);

@@ -29,6 +29,8 @@ using tarvodb::VSecure;
 
 namespace {
 
+constexpr const mapping::Element& kSerialNumber = mapping::rowNamed(mapping::kCam, "serialNumber");
+
 std::string withoutWhiteSpace(std::string text) {
     std::erase_if(text, [](unsigned char c) { return std::isspace(c) != 0; });
     return text;
@@ -119,9 +121,9 @@ bool CmdSetVsecureCAMList::writeList(sqlite3* db, const XmlNode& list, bool part
         if (!document::hasName(cam, mapping::kCams[0].name)) {
             continue;
         }
-        const XmlNode* serialNumber = document::childNamed(cam, "serialNumber");
+        const XmlNode* serialNumber = document::childNamed(cam, kSerialNumber.name);
         if (serialNumber == nullptr) {
-            addError(ErrorCode::invalidCommand, "No 'serialNumber' element found");
+            addError(ErrorCode::invalidCommand, kSerialNumber.required.missing);
             return false;
         }
         if (!writeCam(db, cam, document::textOf(*serialNumber), partial)) {

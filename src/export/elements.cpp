@@ -12,6 +12,9 @@ using mapping::Element;
 namespace {
 
 const char* exportedText(const Element& element, const tarvodb::tSqlite3parent& value) {
+    if (element.exportedAsOnOff) {
+        return value.asInt() > 0 ? "1" : "0";
+    }
     if (element.texts.empty()) {
         return value.textOrEmpty();
     }

@@ -7,6 +7,7 @@
 #include "db/operations.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "device/device_identity.h"
 #include "document/coded_texts.h"
 #include "document/xml.h"
 #include "export/sections.h"
@@ -39,7 +40,7 @@ CardRights cardRights(int hours) {
 
 std::string cardSerialNumber(const Record<CAMInfoGlobal>& cam) {
     const std::string number = cam[CAMInfoGlobal::cardSerialNumber].asString();
-    return CmdGetConfiguration::device().isRNB() && !number.empty() ? "000" + number : number;
+    return DeviceIdentity::instance().isRNB() && !number.empty() ? "000" + number : number;
 }
 
 // Writes one `module` element.

@@ -24,13 +24,10 @@ namespace {
 
 void appendRfOutput(CmdGetConfiguration& command, XmlNode* node, const Record<RFOutGlobal>& rf,
                     int rfOutputMode) {
-    appendChildren(command, node, mapping::kRfOutput, rf, {}, [&](const Element& element) {
-        const int number = rf.value(element.column.index).asInt();
-        const char* text =
-            element.form == mapping::Form::onOff
-                ? (number > 0 ? "1" : "0")
-                : document::codeText(mapping::exportedTexts(element, rfOutputMode), number);
-        append(command, node, element.name, text);
+    appendChildren(command, node, mapping::kRfOutput, rf, {}, [&](const Element& constellation) {
+        append(command, node, constellation.name,
+               document::codeText(mapping::exportedTexts(constellation, rfOutputMode),
+                                  rf.value(constellation.column.index).asInt()));
     });
 }
 

@@ -68,7 +68,7 @@ std::string logText(const Record<DiSEqCGlobal>& diseqc) {
 bool apply::diseqcs(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<DiSEqCGlobal>> positions;
     for (const XmlNode& element : document::childrenOf(section)) {
-        if (!document::hasName(element, "diseqc")) {
+        if (!document::hasName(element, mapping::kDiseqcs[0].name)) {
             return failOnElement(command, "No diseqc element found");
         }
         if (!validate(command, element)) {

@@ -29,43 +29,22 @@ using tarvodb::RedesCabecera;
 namespace {
 
 constexpr const Element& kId = mapping::rowNamed(mapping::kDvbNetwork, "id");
-constexpr const Element& kPatternType = mapping::rowNamed(mapping::kDvbNetwork, "tipoNITPatron");
-constexpr const Element& kPattern = mapping::rowNamed(mapping::kDvbNetwork, "nitPatron");
-constexpr const Element& kPatternVersion =
-    mapping::rowNamed(mapping::kDvbNetwork, "versionNITPatron");
 
-// What an element gave of its NIT pattern so far.
-struct NitPattern {
-    int type = 0;
-    int number = 0;
-};
-
-// Checks a child against what came earlier in the element: a pattern other than 0 or 1 needs a type
-// other than 0, a version other than 0 needs a pattern other than 0. The error's message, null when
-// there is none.
-const char* nitPatternError(NitPattern& earlier, const XmlNode& child) {
-    constexpr const char* kBadType = "tipoNITPatron not allowed value detected";
-    constexpr const char* kBadPattern = "nitPatron not allowed value detected";
-    const int number = document::numberOf(child);
-    if (document::hasName(child, kPatternType.name)) {
-        earlier.type = number;
-        return kPatternType.range.contains(number) ? nullptr : kBadType;
-    }
-    if (document::hasName(child, kPattern.name)) {
-        earlier.number = number;
-        return mapping::kBinary.contains(number) || earlier.type != 0 ? nullptr : kBadPattern;
-    }
-    if (document::hasName(child, kPatternVersion.name)) {
-        return number == 0 || earlier.number != 0 ? nullptr : kBadPattern;
-    }
-    return nullptr;
-}
-
-bool validate(CmdSetConfiguration& command, const XmlNode& element) {
-    NitPattern pattern;
-    for (const XmlNode& child : document::childrenOf(element)) {
-        if (const char* error = nitPatternError(pattern, child)) {
-            return fail(command, ErrorCode::invalidValue, error);
+// Checks every child, not only the last of its name, which is stored.
+bool validate(CmdSetConfiguration& command, const XmlNode& network) {
+    mapping::NitPattern pattern;
+    for (const XmlNode& child : document::childrenOf(network)) {
+        const Element* element = mapping::elementOf(mapping::kDvbNetwork, child);
+        if (element == nullptr) {
+            continue;
+        }
+        const int number = document::numberOf(child);
+        const Element* refused = !element->range.contains(number)    ? element
+                                 : !pattern.allows(*element, number) ? &mapping::kNitPattern
+                                                                     : nullptr;
+        if (refused != nullptr) {
+            return fail(command, ErrorCode::invalidValue,
+                        std::string(refused->name) + " not allowed value detected");
         }
     }
     return true;
@@ -163,7 +142,7 @@ Record<RedesCabecera> changedNetwork(const CmdSetConfiguration& command, const X
 bool apply::dvbNetworks(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<RedesCabecera>> networks;
     for (const XmlNode& element : document::childrenOf(section)) {
-        if (!document::hasName(element, "dvbNetwork")) {
+        if (!document::hasName(element, mapping::kDvbNetworks[0].name)) {
             return failLoggedFirst(command, {.code = ErrorCode::invalidCommand,
                                              .loggedMessage = "No dvbNetwork element found"});
         }

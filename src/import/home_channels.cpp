@@ -45,7 +45,7 @@ Record<HomeChannels> newHomeChannel(const char* id) {
 bool apply::homeChannels(CmdSetConfiguration& command, const XmlNode& section) {
     std::vector<Record<HomeChannels>> channels;
     for (const XmlNode& element : document::childrenOf(section)) {
-        if (!document::hasName(element, "homechannel")) {
+        if (!document::hasName(element, mapping::kHomeChannels[0].name)) {
             return failLoggedFirst(command, {.code = ErrorCode::invalidCommand,
                                              .loggedMessage = "No homechannel element found"});
         }

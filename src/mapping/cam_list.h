@@ -27,10 +27,16 @@ inline constexpr Element kCam[] = {
      .derived = tarvodb::VSecure::EK_Shared},
     fullListText("manufacturer", tarvodb::VSecure::Fabricante),
     fullListText("registerDate", tarvodb::VSecure::Alta),
-    fullListText("ekShared", tarvodb::VSecure::EK_Shared),
+    secret(fullListText("ekShared", tarvodb::VSecure::EK_Shared)),
     fullListText("description", tarvodb::VSecure::Descripcion),
 };
 
 inline constexpr Element kCams[] = {entry("cam", kCam)};
+
+constexpr Element camList(const char* name) {
+    Element element = list(name, kCams);
+    element.skipsOthers = true;
+    return element;
+}
 
 }  // namespace mapping

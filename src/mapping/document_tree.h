@@ -35,7 +35,7 @@ inline constexpr Element kSections[] = {
 inline constexpr Element kConfiguration = section("configuration", kSections);
 
 // RNB-K408 exports a backup, which adds the list of conditional-access modules.
-inline constexpr Element kBackupParts[] = {kConfiguration, list("vsecureCAMList", kCams)};
+inline constexpr Element kBackupParts[] = {kConfiguration, camList("vsecureCAMList")};
 inline constexpr Element kBackup = section("backup", kBackupParts, ExportedBy::rnb);
 
 }  // namespace mapping

@@ -65,7 +65,7 @@ inline constexpr Element kDvbNetwork[] = {
     networkNumber("autoServiceList", tarvodb::RedesCabecera::Auto_Service_List, "autoServiceList="),
     networkNumber("lcnOffset", tarvodb::RedesCabecera::LCN_Offset, "lcnOffset="),
     networkNumber("lcnMode", tarvodb::RedesCabecera::LCN_Mode, "lcnMode="),
-    // The import checks the three numbers of the NIT pattern against each other.
+    // See NitPattern.
     networkNumber("tipoNITPatron", tarvodb::RedesCabecera::Tipo_NIT_Patron,
                   "tipoNITPatron=", kBinary),
     networkNumber("nitPatron", tarvodb::RedesCabecera::NIT_Patron, "nitPatron="),
@@ -84,6 +84,31 @@ inline constexpr Element kDvbNetwork[] = {
      .when = When::fileExists,
      .writtenSpecially = true,
      .liveState = true},
+};
+
+inline constexpr const Element& kNitPatternType = rowNamed(kDvbNetwork, "tipoNITPatron");
+inline constexpr const Element& kNitPattern = rowNamed(kDvbNetwork, "nitPatron");
+inline constexpr const Element& kNitPatternVersion = rowNamed(kDvbNetwork, "versionNITPatron");
+
+// What a network's element gave of its NIT pattern so far, against which the import checks what
+// comes after it: a pattern other than 0 and 1 needs a type other than 0, a version other than 0
+// needs a pattern other than 0.
+class NitPattern {
+  public:
+    // Whether the next child may have this number.
+    constexpr bool allows(const Element& child, int number) {
+        if (&child == &kNitPatternType) {
+            type_ = number;
+        } else if (&child == &kNitPattern) {
+            pattern_ = number;
+            return kBinary.contains(number) || type_ != 0;
+        }
+        return &child != &kNitPatternVersion || number == 0 || pattern_ != 0;
+    }
+
+  private:
+    int type_ = 0;
+    int pattern_ = 0;
 };
 
 inline constexpr Element kDvbNetworks[] = {entry("dvbNetwork", kDvbNetwork)};

@@ -87,6 +87,10 @@ const Element* elementOf(Elements rows, const XmlNode& node, const tarvodb::Tabl
     });
 }
 
+const Element* partsTellerOf(const Element& parent) {
+    return find(parent.children, [](const Element& child) { return child.tellsParts; });
+}
+
 const Element* childOf(const Element& parent, std::string_view name) {
     const std::string wanted(name);
     const Element* found = nullptr;

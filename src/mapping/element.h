@@ -180,12 +180,16 @@ struct Element {
     When when = When::always;
     // Exported whatever the tables hold.
     const char* constant = nullptr;
+    // Exported as 1 for any number above 0, as 0 for the others.
+    bool exportedAsOnOff = false;
     // Exported as the section's writer says: more than a column's text.
     bool writtenSpecially = false;
     // Once for each row of its table, instead of exactly once.
     bool perRow = false;
     // What the device reports of itself, not what it is set to.
     bool liveState = false;
+    // Not to be shown to everybody.
+    bool secret = false;
 
     // The import refuses numbers outside.
     Range range = {};
@@ -205,6 +209,11 @@ struct Element {
     // Tells its entry from the others of the list, with the other identities of the entry. A leaf
     // that is an entry itself identifies itself.
     bool identity = false;
+    // Its number says which of its parent's parts are there.
+    bool tellsParts = false;
+    // A list whose other elements the import skips. Other lists hold their entries and nothing
+    // else.
+    bool skipsOthers = false;
     Elements children = {};
     Parts parts = {};
 };
@@ -213,7 +222,7 @@ struct Element {
 struct Part {
     Elements rows;
     const tarvodb::TableInfo* table;
-    // Only in an `input` of this type.
+    // Only where the child that tells the parts has this number.
     std::optional<document::InputType> inputType = {};
 };
 
@@ -239,6 +248,11 @@ constexpr Element entry(const char* name, Elements children, Parts parts = {}) {
             .kind = Kind::entry,
             .children = children,
             .parts = parts};
+}
+
+constexpr Element secret(Element element) {
+    element.secret = true;
+    return element;
 }
 
 // Whether controllers of this model export the element, as far as the model decides it.
@@ -296,6 +310,9 @@ constexpr void forEachChild(const Element& parent, Visit visit) {
         }
     }
 }
+
+// The row of the child that says which parts are there; null when all are.
+const Element* partsTellerOf(const Element& parent);
 
 // The row of a child, in `children` or in any of the parts, without regard to letter case; null
 // when the element holds no such child.

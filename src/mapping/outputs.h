@@ -8,13 +8,13 @@
 namespace mapping {
 
 inline constexpr Element kRfOutput[] = {
-    // Exported as 1 for any mode above 0; imported as 3 or 0.
+    // Imported as 3 or 0.
     {.name = "active",
      .column = tarvodb::RFOutGlobal::Modo_Salida_Modulacion,
      .take = Take::special,
      .label = " active: ",
      .form = Form::onOff,
-     .writtenSpecially = true,
+     .exportedAsOnOff = true,
      .range = kBinary},
     {"frequency", tarvodb::RFOutGlobal::Frecuencia, Take::text, " frequency: "},
     {.name = "symbolRate",

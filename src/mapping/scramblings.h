@@ -13,7 +13,7 @@ using ScramblingKeys = tarvodb::ScramblingKeysGlobal;
 // A control word. Its encrypted form stays on the device, whose key tool makes it anew.
 constexpr Element controlWord(const char* name, ScramblingKeys::Column column,
                               ScramblingKeys::Column encrypted) {
-    return {.name = name, .column = column, .derived = encrypted};
+    return {.name = name, .column = column, .secret = true, .derived = encrypted};
 }
 
 inline constexpr Element kScrambling[] = {

@@ -58,7 +58,8 @@ inline constexpr Element kRemoteControl[] = {
     setting("interval", tarvodb::setting::kServerInterval, Form::number, PostAction::remoteControl),
     setting("serverUrl", tarvodb::setting::kServerAddress, Form::text, PostAction::remoteControl),
     setting("username", tarvodb::setting::kServerUser, Form::text, PostAction::remoteControl),
-    setting("password", tarvodb::setting::kServerPassword, Form::text, PostAction::remoteControl),
+    secret(setting("password", tarvodb::setting::kServerPassword, Form::text,
+                   PostAction::remoteControl)),
 };
 
 // Local oscillators of the LNB and its satellite band.

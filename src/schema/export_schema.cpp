@@ -24,11 +24,8 @@ using Models = std::vector<std::string_view>;
 
 // --- Values --------------------------------------------------------------------------------------
 
-// The one column of numbers that is not exported as it stands.
-constexpr const Element& kRfActive = mapping::rowNamed(mapping::kRfOutput, "active");
-
 bool isWrittenAsOnOff(const Element& element) {
-    return &element == &kRfActive ||
+    return element.exportedAsOnOff ||
            (mapping::formOf(element) == Form::onOff && !element.column.exists());
 }
 
@@ -121,7 +118,7 @@ class Content {
     // An input holds tuners of its type; one of an unknown type holds none. A model that does not
     // tell the type may hold any.
     [[nodiscard]] Patterns membersOfInput(const Element& element) const {
-        const Element& type = mapping::rowNamed(element.children, "type");
+        const Element& type = *mapping::partsTellerOf(element);
         Patterns alternatives;
         for (const mapping::Part& part : element.parts) {
             if (!isExported(type)) {
@@ -176,7 +173,7 @@ class Content {
         if (row.kind != Kind::leaf) {
             return refer_(row, model_);
         }
-        const bool isType = inputType && mapping::isNamed(row, "type");
+        const bool isType = inputType && row.tellsParts;
         return leaf(row.name, isType ? number({*inputType, *inputType}) : value(row)) +
                (row.perRow ? "*" : "");
     }

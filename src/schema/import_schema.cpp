@@ -79,9 +79,8 @@ bool isRequired(const Element& parent, const Element& row) {
            (&parent == &mapping::kBackup && mapping::isNamed(row, mapping::kConfiguration.name));
 }
 
-// Lists hold their entries and nothing else, but for the one of conditional-access modules.
 bool refusesOthers(const Element& element) {
-    return element.kind == Kind::list && !mapping::isNamed(element, "vsecureCAMList");
+    return element.kind == Kind::list && !element.skipsOthers;
 }
 
 class Members {
@@ -90,7 +89,7 @@ class Members {
 
     void add(mapping::Elements rows, std::optional<int> inputType = {}) {
         for (const Element& row : rows) {
-            const bool isType = inputType && mapping::isNamed(row, "type");
+            const bool isType = inputType && row.tellsParts;
             add(row, isType ? number({*inputType, *inputType}) : value(row));
         }
     }
