@@ -5,8 +5,13 @@
 #include <string_view>
 
 #include "db/schema.h"
+#include "import/status_marks.h"
+#include "mapping/element.h"
 
 namespace tarvo_backup {
+
+using tarvo_remote_control::RemovalMark;
+using tarvo_remote_control::StatusMark;
 
 namespace {
 
@@ -102,34 +107,39 @@ class TableComparison {
 };
 
 struct MarkMeaning {
-    std::string_view table;
-    std::string_view column;
-    std::string_view value;
+    mapping::Column column;
+    int mark;
     const char* meaning;
 };
 
-constexpr std::string_view kChanged = "1";
-constexpr std::string_view kToBeRemoved = "2";
+constexpr int kChanged = static_cast<int>(StatusMark::changed);
+constexpr int kToBeRemoved = static_cast<int>(RemovalMark::toBeRemoved);
 
 constexpr MarkMeaning kMeanings[] = {
-    {"ServiciosSalidaGlobal", "EstadoBorrado", kToBeRemoved, "service to be removed"},
-    {"ServiciosSalidaGlobal", "EstadoServicio", kChanged, "service to be applied"},
-    {"PIDsSalidaGlobal", "EstadoBorrado", kToBeRemoved, "stream to be removed"},
-    {"PIDsSalidaGlobal", "EstadoPID", kChanged, "stream to be applied"},
-    {"RFOutGlobal", "Estado", kChanged, "output to be applied"},
-    {"SalidasLogicasGlobal", "Estado", kChanged, "logical output to be applied"},
-    {"EntradasGlobal", "Estado", kChanged, "input to be applied"},
-    {"NimGlobal", "Estado", kChanged, "satellite tuner to be applied"},
-    {"NimCOFDMGlobal", "Estado", kChanged, "terrestrial tuner to be applied"},
-    {"NimQAMGlobal", "Estado", kChanged, "cable tuner to be applied"},
-    {"RedesModulos", "estado", kChanged, "module to be applied"},
-    {"RedesCabecera", "estado", kChanged, "network to be applied"},
-    {"DiSEqCGlobal", "Estado", kChanged, "DiSEqC position to be applied"},
-    {"MantenimientoHomeChannelsGlobal", "Estado", kChanged, "home channel to be applied"},
-    {"ScramblingGlobal", "Estado", kChanged, "scrambling to be applied"},
-    {"ScramblingKeysGlobal", "Estado", kChanged, "scrambling keys to be applied"},
-    {"VSecure", "estado", kChanged, "conditional-access module to be processed"},
+    {tarvodb::ServiciosSalidaGlobal::EstadoBorrado, kToBeRemoved, "service to be removed"},
+    {tarvodb::ServiciosSalidaGlobal::EstadoServicio, kChanged, "service to be applied"},
+    {tarvodb::PIDsSalidaGlobal::EstadoBorrado, kToBeRemoved, "stream to be removed"},
+    {tarvodb::PIDsSalidaGlobal::EstadoPID, kChanged, "stream to be applied"},
+    {tarvodb::RFOutGlobal::Estado, kChanged, "output to be applied"},
+    {tarvodb::SalidasLogicasGlobal::Estado, kChanged, "logical output to be applied"},
+    {tarvodb::EntradasGlobal::Estado, kChanged, "input to be applied"},
+    {tarvodb::NimGlobal::Estado, kChanged, "satellite tuner to be applied"},
+    {tarvodb::NimCOFDMGlobal::Estado, kChanged, "terrestrial tuner to be applied"},
+    {tarvodb::NimQAMGlobal::Estado, kChanged, "cable tuner to be applied"},
+    {tarvodb::RedesModulos::estado, kChanged, "module to be applied"},
+    {tarvodb::RedesCabecera::estado, kChanged, "network to be applied"},
+    {tarvodb::DiSEqCGlobal::Estado, kChanged, "DiSEqC position to be applied"},
+    {tarvodb::MantenimientoHomeChannelsGlobal::Estado, kChanged, "home channel to be applied"},
+    {tarvodb::ScramblingGlobal::Estado, kChanged, "scrambling to be applied"},
+    {tarvodb::ScramblingKeysGlobal::Estado, kChanged, "scrambling keys to be applied"},
+    {tarvodb::VSecure::estado, kChanged, "conditional-access module to be processed"},
 };
+
+bool isMark(const MarkMeaning& known, const RowChange& row, const CellChange& cell) {
+    const tarvodb::TableInfo& table = *known.column.table;
+    return row.table == table.name && cell.column == table.columns[known.column.index].name &&
+           cell.after == std::to_string(known.mark);
+}
 
 }  // namespace
 
@@ -150,10 +160,8 @@ std::vector<Mark> marksIn(const std::vector<RowChange>& changes) {
     for (const RowChange& row : changes) {
         for (const CellChange& cell : row.cells) {
             const auto* found =
-                std::find_if(std::begin(kMeanings), std::end(kMeanings), [&](const auto& known) {
-                    return known.table == row.table && known.column == cell.column &&
-                           cell.after == known.value;
-                });
+                std::find_if(std::begin(kMeanings), std::end(kMeanings),
+                             [&](const MarkMeaning& known) { return isMark(known, row, cell); });
             if (found != std::end(kMeanings)) {
                 marks.push_back({found->meaning, &row, &cell});
             }

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-
 #include "backup/check.h"
 #include "backup/overview_html.h"
 #include "backup/secrets.h"
