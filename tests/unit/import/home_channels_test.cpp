@@ -37,6 +37,10 @@ class HomeChannels : public test::SectionImportTest {
         importSections("<homeChannels><homechannel>" + children + "</homechannel></homeChannels>");
     }
 
+    void store(const std::string& column, const std::string& value) {
+        rows("UPDATE MantenimientoHomeChannelsGlobal SET " + column + " = " + value);
+    }
+
     [[nodiscard]] Rows table() const {
         return stored("SELECT * FROM MantenimientoHomeChannelsGlobal");
     }
@@ -119,6 +123,7 @@ TEST_F(HomeChannels, AnythingButVerticalIsHorizontal) {
         {"vertikal", "1"}, {"vertical ", "1"}, {"0", "1"},          {"", "1"}};
     for (const auto& [text, code] : kTexts) {
         SCOPED_TRACE(text);
+        store("Polaridad", *code == '0' ? "1" : "0");
         importChannel(std::string("<id>1</id><polarity>") + text + "</polarity>");
         expectSuccess();
         EXPECT_EQ(cell("SELECT Polaridad FROM MantenimientoHomeChannelsGlobal"), code);
@@ -130,6 +135,7 @@ TEST_F(HomeChannels, AnythingButLowIsHigh) {
         {"low", "0"}, {"Low", "0"}, {"HIGH", "1"}, {"high", "1"}, {"lo", "1"}, {"", "1"}};
     for (const auto& [text, code] : kTexts) {
         SCOPED_TRACE(text);
+        store("Banda", *code == '0' ? "1" : "0");
         importChannel(std::string("<id>1</id><band>") + text + "</band>");
         expectSuccess();
         EXPECT_EQ(cell("SELECT Banda FROM MantenimientoHomeChannelsGlobal"), code);
