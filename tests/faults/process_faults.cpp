@@ -146,6 +146,17 @@ ssize_t writev(int file, const iovec* pieces, int count) {
     return written(file, 1, [&](size_t) { return REAL(writev)(file, pieces, count); });
 }
 
+// A file that is closed has gone, also when that fails.
+int close(int file) {
+    const int flags = fcntl(file, F_GETFL);
+    const bool fails = flags >= 0 && (flags & O_ACCMODE) != O_RDONLY && fileStrikes();
+    const int result = REAL(close)(file);
+    if (fails) {
+        errno = run().fault.code;
+    }
+    return fails ? -1 : result;
+}
+
 int fsync(int file) {
     if (NotTheProgram::any()) {
         return 0;
