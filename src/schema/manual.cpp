@@ -1,6 +1,5 @@
 #include "schema/manual.h"
 
-#include <stdexcept>
 #include <string_view>
 #include <vector>
 
@@ -26,7 +25,7 @@ namespace {
 std::string escaped(std::string_view text) {
     std::string result;
     for (const char character : text) {
-        result += character == '\\' ? "\\e" : character == '-' ? "\\-" : std::string(1, character);
+        result += character == '-' ? "\\-" : std::string(1, character);
     }
     return result;
 }
@@ -105,13 +104,10 @@ std::string exportOf(const Element& element) {
         }
     }
     const bool byAll = models.size() == std::size(tarvo_remote_control::model::kAll);
-    const std::string condition = conditionOf(element.when);
-    if (byAll && condition.empty() && element.constant == nullptr) {
-        return "";
-    }
-    return "Exported" +
-           (element.constant == nullptr ? "" : " as " + std::string(element.constant)) +
-           (byAll ? "" : " by " + joined(models, ", ")) + condition + ".";
+    const std::string how =
+        (element.constant == nullptr ? "" : " as " + std::string(element.constant)) +
+        (byAll ? "" : " by " + joined(models, ", ")) + conditionOf(element.when);
+    return how.empty() ? "" : "Exported" + how + ".";
 }
 
 std::string rangeOf(const Element& element) {
@@ -165,15 +161,15 @@ std::string takeOf(const Element& element) {
 }
 
 std::string importOf(const Element& element) {
-    if (element.take == Take::ignored) {
-        return element.required.missing == nullptr ? "Not imported."
-                                                   : "Not imported, but required.";
+    const bool isRequired = element.required.missing != nullptr;
+    const std::string how = takeOf(element);
+    if (!how.empty()) {
+        return "Import: " + how + rangeOf(element) + (isRequired ? "; required" : "") + ".";
     }
     if (element.take == Take::children) {
         return "";
     }
-    return "Import: " + takeOf(element) + rangeOf(element) +
-           (element.required.missing == nullptr ? "" : "; required") + ".";
+    return isRequired ? "Not imported, but required." : "Not imported.";
 }
 
 std::string storedIn(const Element& element) {
@@ -193,11 +189,7 @@ std::string storedIn(const Element& element) {
 std::string stateOf(const Element& element) { return element.liveState ? "Live state." : ""; }
 
 std::string described(const Place& place) {
-    const Meaning* meaning = meaningOf(place.name);
-    if (meaning == nullptr) {
-        throw std::logic_error("no meaning: " + place.name);
-    }
-    std::string text(meaning->text);
+    std::string text(meaningOf(place.name).text);
     for (const std::string& more :
          {valuesOf(*place.element), stateOf(*place.element), exportOf(*place.element),
           importOf(*place.element), storedIn(*place.element)}) {

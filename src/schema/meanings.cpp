@@ -1,6 +1,8 @@
 #include "schema/meanings.h"
 
 #include <algorithm>
+#include <stdexcept>
+#include <string>
 
 namespace schema {
 
@@ -248,14 +250,17 @@ const std::vector<Meaning> kMeanings{
     {"cam/description", "A description."},
 };
 
-const Meaning* meaningOf(std::string_view place) {
+const Meaning& meaningOf(std::string_view place) {
     const auto found = std::find_if(kMeanings.begin(), kMeanings.end(),
                                     [place](const Meaning& each) { return each.place == place; });
     if (found != kMeanings.end()) {
-        return &*found;
+        return *found;
     }
     const std::size_t type = place.find(' ');
-    return type == std::string_view::npos ? nullptr : meaningOf(place.substr(type + 1));
+    if (type == std::string_view::npos) {
+        throw std::out_of_range("no meaning: " + std::string(place));
+    }
+    return meaningOf(place.substr(type + 1));
 }
 
 }  // namespace schema

@@ -13,7 +13,7 @@ struct Meaning {
 
 extern const std::vector<Meaning> kMeanings;
 
-// The meaning of the element at a place, null when there is none.
-const Meaning* meaningOf(std::string_view place);
+// The meaning of the element at a place. Throws std::out_of_range when there is none.
+const Meaning& meaningOf(std::string_view place);
 
 }  // namespace schema

@@ -73,14 +73,16 @@ TEST(DocumentSchema, OfTheImportHasEveryRowThatIsReadAndNothingElse) {
 TEST(DocumentSchema, EveryPlaceHasAMeaningAndEveryMeaningAPlace) {
     std::set<std::string_view> used;
     for (const Place& place : places()) {
-        const Meaning* meaning = meaningOf(place.name);
-        ASSERT_NE(meaning, nullptr) << place.name;
-        used.insert(meaning->place);
+        used.insert(meaningOf(place.name).place);
     }
     for (const Meaning& meaning : kMeanings) {
         EXPECT_TRUE(used.contains(meaning.place)) << meaning.place;
     }
     EXPECT_EQ(used.size(), kMeanings.size());
+}
+
+TEST(DocumentSchema, APlaceWithoutAMeaningIsNotPassedOver) {
+    EXPECT_THROW(meaningOf("cable input/nothing"), std::out_of_range);
 }
 
 TEST(DocumentSchema, PlacesAreThoseOfEveryRow) {
@@ -101,6 +103,7 @@ TEST(DocumentSchema, ModelsThatExportAnElementDifferentlyHaveDefinitionsOfTheirO
 TEST(Rnc, NumbersInARangeThatHasZeroMayBeEmpty) {
     EXPECT_EQ(number(), "number");
     EXPECT_EQ(number({1, 2}), R"(xsd:integer { minInclusive = "1" maxInclusive = "2" })");
+    EXPECT_EQ(number({.lowest = 3}), R"(xsd:integer { minInclusive = "3" })");
     EXPECT_EQ(number({.highest = 9}), R"(xsd:integer { maxInclusive = "9" } | "")");
 }
 
