@@ -59,9 +59,6 @@ ExitStatus exportBackup(XmlNode* configuration, const std::string& outputPath) {
     CmdGetVsecureCAMList command;
     XmlNode* list = command.buildCAMList(true, true, "vsecureCAMList");
     const ExitStatus status = errorsToExitStatus(command.errors());
-    if (list == nullptr) {
-        return ExitStatus::failure;
-    }
     if (status != ExitStatus::success) {
         return status;
     }
@@ -78,10 +75,8 @@ ExitStatus exportResult(const CmdGetConfiguration& command, const std::string& o
         status != ExitStatus::success) {
         return status;
     }
+    // There is one: without its databases the command has recorded an error.
     XmlNode* configuration = command.getConfigurationNode();
-    if (configuration == nullptr) {
-        return ExitStatus::failure;
-    }
     return DeviceIdentity::instance().isRNB() ? exportBackup(configuration, outputPath)
                                               : writeDocument(*configuration, outputPath);
 }

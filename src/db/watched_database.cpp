@@ -10,17 +10,17 @@ namespace {
 bool hasRead(sqlite3* db) {
     int pages = 0;
     int highest = 0;
-    return sqlite3_db_status(db, SQLITE_DBSTATUS_CACHE_MISS, &pages, &highest, 0) == SQLITE_OK &&
-           pages > 0;
+    sqlite3_db_status(db, SQLITE_DBSTATUS_CACHE_MISS, &pages, &highest, 0);
+    return pages > 0;
 }
 
 // A number that moves when a statement finds that somebody else has written since the one before.
 std::optional<unsigned> dataVersion(sqlite3* db) {
-    unsigned version = 0;
-    if (db == nullptr || !hasRead(db) ||
-        sqlite3_file_control(db, "main", SQLITE_FCNTL_DATA_VERSION, &version) != SQLITE_OK) {
+    if (db == nullptr || !hasRead(db)) {
         return std::nullopt;
     }
+    unsigned version = 0;
+    sqlite3_file_control(db, "main", SQLITE_FCNTL_DATA_VERSION, &version);
     return version;
 }
 
@@ -35,9 +35,6 @@ sqlite3* WatchedDatabase::handle() {
     return db_.get();
 }
 
-bool WatchedDatabase::hasChanged() const {
-    const auto last = dataVersion(db_.get());
-    return first_ && last && *last != *first_;
-}
+bool WatchedDatabase::hasChanged() const { return first_ && dataVersion(db_.get()) != first_; }
 
 }  // namespace tarvodb

@@ -93,12 +93,10 @@ bool DeviceIdentity::load() {
     changed |= fill(hostName_, readHostName, "Could not read hostname");
 
     tarvodb::Database db;
-    const int openResult = tarvodb::openDatabaseFile(tarvodb::kConfigDatabase, db);
     // A failed open is read all the same: the reads fail, are logged, and leave the values.
-    if (openResult != SQLITE_OK || db) {
-        changed |= loadServerSettings(db.get());
-        changed |= loadContractId(db.get());
-    }
+    tarvodb::openDatabaseFile(tarvodb::kConfigDatabase, db);
+    changed |= loadServerSettings(db.get());
+    changed |= loadContractId(db.get());
     loaded_ = true;
     return changed;
 }

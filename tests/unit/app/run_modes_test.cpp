@@ -139,6 +139,14 @@ TEST_F(RunModes, ABackupIsReadableByThoseWhoCanReadTheDatabase) {
     }
 }
 
+TEST_F(RunModes, ABackupWhoseDatabaseHasGoneIsForItsOwnerAlone) {
+    becomeModel("QRA-310");
+    device.beforeStatement("SELECT * FROM AudioLanguageListGlobal",
+                           [this] { device.removeFile(tarvodb::kConfigDatabase); });
+    EXPECT_EQ(exportConfiguration(kOutputFile), ExitStatus::success);
+    EXPECT_EQ(platform::fileStatus(kOutputFile).value().mode, 0600U);
+}
+
 TEST_F(RunModes, ExportThatCannotPrintHasWrittenItsFile) {
     becomeModel("QRA-310");
     std::cout.setstate(std::ios::badbit);
