@@ -394,6 +394,14 @@ TEST_F(QuickenedConnection, MayHaveLikeInItsSchema) {
     EXPECT_TRUE(isQuick());
 }
 
+TEST_F(QuickenedConnection, MayHaveAnIndexThatNoStatementMade) {
+    open(kRows + "CREATE TABLE u (x UNIQUE); INSERT INTO u VALUES ('ab'), ('AB'), ('c')");
+    for (int i = 0; i < 2; ++i) {
+        expectSameRows("SELECT x FROM u WHERE x LIKE 'ab'");
+    }
+    EXPECT_TRUE(isQuick());
+}
+
 TEST_F(QuickenedConnection, StaysAsItIsWithoutASchema) {
     open("");
     EXPECT_EQ(lines(quick_, "SELECT * FROM t"), "no such table: t");

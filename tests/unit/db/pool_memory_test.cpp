@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -98,5 +100,29 @@ TEST_F(PoolMemory, RoundsSizesUpToWhatAPieceHolds) {
         methods_.xFree(piece.memory);
     }
 }
+
+// The sanitizer's own memory counts as well, and ends the program.
+#ifndef __SANITIZE_ADDRESS__
+TEST_F(PoolMemory, WithoutMemoryGivesNoPieceAndLeavesTheOthers) {
+    constexpr int kLarge = 1 << 20;
+    EXPECT_EXIT(
+        {
+            const Piece small = allocated(50);
+            const Piece large = allocated(kLarge);
+            rlimit limit{};
+            getrlimit(RLIMIT_AS, &limit);
+            limit.rlim_cur = 0;
+            setrlimit(RLIMIT_AS, &limit);
+            const bool isRefused = methods_.xMalloc(kLarge) == nullptr &&
+                                   methods_.xRealloc(large.memory, 2 * kLarge) == nullptr &&
+                                   methods_.xRealloc(small.memory, kLarge) == nullptr;
+            // What the system's allocator still holds is soon handed out.
+            while (methods_.xMalloc(1000) != nullptr) {
+            }
+            _exit(isRefused && small.isWhole(50) && large.isWhole(kLarge) ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+#endif
 
 }  // namespace tarvodb

@@ -106,6 +106,23 @@ TEST_F(TrustedFiles, WithoutAConfigurationOnlyRootAndWeCount) {
     EXPECT_NE(reasonAgainst(kStateDatabase), "");
 }
 
+TEST_F(TrustedFiles, TheOwnerOfALinkInTheConfigurationsPlaceDoesNotCount) {
+    fs::rename(device.path(kConfigDatabase), device.path("/tmp/elsewhere"));
+    fs::create_symlink(device.path("/tmp/elsewhere"), device.path(kConfigDatabase));
+    device.owners[kStateDatabase] = kConfigOwner;
+    EXPECT_EQ(reasonAgainst(kStateDatabase),
+              "/tmp/temp_global.sqlite belongs to another user (77)");
+}
+
+TEST_F(TrustedFiles, ADatabaseThatIsTakenAwayDuringTheOpenIsClosedAgain) {
+    device.whenOpened[kStateDatabase] = [this] { fs::remove(device.path(kStateDatabase)); };
+    EXPECT_EQ(openDatabase(kStateDatabase), nullptr);
+    EXPECT_EQ(test::last(device.events()), "close: /tmp/temp_global.sqlite");
+    EXPECT_EQ(err(),
+              "tarvo-config: /tmp/temp_global.sqlite was replaced;"
+              " /tmp/temp_global.sqlite is not opened\n");
+}
+
 TEST_F(TrustedFiles, ADatabaseThatIsExchangedDuringTheOpenIsClosedAgain) {
     device.whenOpened[kStateDatabase] = [this] {
         fs::remove(device.path(kStateDatabase));
@@ -113,7 +130,7 @@ TEST_F(TrustedFiles, ADatabaseThatIsExchangedDuringTheOpenIsClosedAgain) {
         device.writeFile("/tmp/keeps-the-number-in-use", "");
     };
     EXPECT_EQ(openDatabase(kStateDatabase), nullptr);
-    EXPECT_EQ(device.events().back(), "close: /tmp/temp_global.sqlite");
+    EXPECT_EQ(test::last(device.events()), "close: /tmp/temp_global.sqlite");
 }
 
 TEST_F(TrustedFiles, ADatabaseThatIsThereForTheOpenAloneIsClosedAgain) {
@@ -132,7 +149,7 @@ TEST_F(TrustedFiles, AJournalThatAppearsDuringTheOpenClosesTheDatabaseAgain) {
         device.owners[kJournal] = kStranger;
     };
     EXPECT_EQ(openDatabase(kStateDatabase), nullptr);
-    EXPECT_EQ(device.events().back(), "close: /tmp/temp_global.sqlite");
+    EXPECT_EQ(test::last(device.events()), "close: /tmp/temp_global.sqlite");
 }
 
 }  // namespace

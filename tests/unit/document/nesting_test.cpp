@@ -81,7 +81,8 @@ TEST(Nesting, OfWhatIsNoElementIsNone) {
          {"<a><!-- <b><c> --></a>", "<a><![CDATA[<b><c>]]></a>", "<a><?p <b><c> ?></a>",
           "<?xml version='<b><c>'?><a/>", "<!DOCTYPE a [<!ELEMENT b><!ENTITY c '<d>'>]><a></a>",
           "<!DOCTYPE a><a/>", "<a b='<c><d>' e=\"'<f>\"/>", "<a b = '/>' ></a>", "<a>&lt;b></a>",
-          "<a><!x <b></a>", "<a></a><a></a>", "\xEF\xBB\xBF<a/>", "<a<b></a>"}) {
+          "<a><!x <b></a>", "<a><!DOCTYPEx [<b>]></a>", "<a></a><a></a>", "\xEF\xBB\xBF<a/>",
+          "<a<b></a>"}) {
         EXPECT_EQ(firstElementBelow(text, 1), std::nullopt) << text;
         EXPECT_NE(levelsOf(text), std::nullopt) << text;
     }
@@ -91,8 +92,16 @@ TEST(Nesting, IsFoundBehindWhatIsNoElement) {
     for (const char* text :
          {"<a><!-- > --><b/></a>", "<a><![CDATA[]]]]><b/></a>", "<a><?p > ?><b/></a>",
           "<!DOCTYPE a [ [ ] > ] ><a><b/></a>", "<a c='\"' d=\"'>\"><b/></a>", "<a><!-><b/></a>",
-          "<a>text<b/></a>", "<a></x x><b/>"}) {
+          "<a>text<b/></a>", "<a></x x><b/>", "<a><!DOCTYPEx [>]<b/></a>"}) {
         EXPECT_EQ(firstElementBelow(text, 1).has_value(), levelsOf(text).value_or(0) > 1) << text;
+    }
+}
+
+TEST(Nesting, OfATextThatEndsTooSoonIsWhatStandsBeforeItsEnd) {
+    for (const char* text : {"<a><!DOCTYPE", "<a><!DOCTYPE ", "<a><!DOCTYPE b [<c>", "<a><!--<b>",
+                             "<a><![CDATA[<b>", "<a><?p <b>", "<a><b", "<a><b c", "<a><b c='"}) {
+        EXPECT_EQ(firstElementBelow(text, 2), std::nullopt) << text;
+        EXPECT_EQ(levelsOf(text), std::nullopt) << text;
     }
 }
 

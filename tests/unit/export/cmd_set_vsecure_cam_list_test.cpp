@@ -162,6 +162,11 @@ TEST_F(SetVsecureCAMList, TheSameSerialNumberTwiceGivesTwoRowsInAFullList) {
     EXPECT_EQ(select("idCliente"), (Rows{{"C9"}, {"C9"}}));
 }
 
+TEST_F(SetVsecureCAMList, OtherElementsOfAModuleAreIgnored) {
+    EXPECT_TRUE(applyPartial(cam("C4", "<colour>red</colour><description>new</description>")));
+    EXPECT_THAT(listStatements(), ElementsAre(selectOf("C4"), updateOf(" Descripcion = 'new' ")));
+}
+
 TEST_F(SetVsecureCAMList, OtherElementsOfTheListAreIgnored) {
     EXPECT_TRUE(
         applyFull("text<other><serialNumber>C1</serialNumber></other><!-- none -->" + cam("C9")));

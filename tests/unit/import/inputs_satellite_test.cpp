@@ -384,6 +384,14 @@ TEST_F(ImportedSatelliteInputs, OnlyTheInputsBeforeTheFirstOtherTypeAreLookedAt)
     EXPECT_THAT(writes(), Not(Contains(kSecondFollows)));
 }
 
+TEST_F(ImportedSatelliteInputs, AnInputBesidesTheTwoDoesNotFollow) {
+    loopInput2();
+    rows("UPDATE EntradasGlobal SET fk_idEntrada = 3 WHERE fk_idEntrada = 2");
+    importInputs(input(1, 0, "<diseqc>3</diseqc>"));
+    expectSuccess();
+    EXPECT_THAT(writes(), Not(Contains(kSecondFollows)));
+}
+
 TEST_F(ImportedSatelliteInputs, ALoopedInput2FollowsAlsoAfterAFrequencyOutOfRange) {
     loopInput2();
     importInputs(input(1, 0, "<diseqc>3</diseqc>") + input(2, 0, frequency(12000)));

@@ -100,4 +100,9 @@ TEST(ChildOf, LooksIntoTheParts) {
     EXPECT_EQ(childOf(kOutputs[0], "lcn"), nullptr);
 }
 
+TEST(RowNamed, MustBeThere) {
+    EXPECT_STREQ(rowNamed(kNetwork, "ip").name, "ip");
+    EXPECT_THROW(rowNamed(kNetwork, "IP"), std::out_of_range);
+}
+
 }  // namespace mapping

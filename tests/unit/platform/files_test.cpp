@@ -6,9 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 namespace platform::files {
 
@@ -116,6 +118,31 @@ TEST_F(Files, AFolderIsNotReplaced) {
     EXPECT_FALSE(replace(path("missing/f"), "new", {.mode = 0644}));
 }
 
+TEST_F(Files, APathWithoutAFolderIsInTheWorkingFolder) {
+    const fs::path before = fs::current_path();
+    fs::current_path(path(""));
+    EXPECT_TRUE(replace("f", "new", {.mode = 0644}));
+    fs::current_path(before);
+    EXPECT_EQ(read(path("f")), "new");
+}
+
+TEST_F(Files, AFolderThatCannotBeBroughtToTheDiskIsToldOf) {
+    constexpr uid_t kNobody = 65534;
+    const uid_t owner = geteuid() == 0 ? kNobody : geteuid();
+    fs::create_directory(path("folder"));
+    ASSERT_EQ(chown(path("folder").c_str(), owner, static_cast<gid_t>(-1)), 0);
+    fs::permissions(path("folder"), fs::perms{0300});  // may be written to, but not opened
+    fs::permissions(path(""), fs::perms{0755});
+    EXPECT_EXIT(
+        {
+            const bool isOther = seteuid(owner) == 0;
+            _exit(isOther && !replace(path("folder/f"), "new", {.mode = 0644}) ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+    fs::permissions(path("folder"), fs::perms{0700});
+    EXPECT_EQ(read(path("folder/f")), "new");
+}
+
 TEST_F(Files, AFullDiskLeavesTheOldFileAndNoOther) {
     write("f", "old");
     {
@@ -144,6 +171,33 @@ TEST_F(Files, WhatCannotBeReadGivesNothing) {
     }
     EXPECT_EQ(read(""), std::nullopt);
     EXPECT_EQ(read("/proc/self/mem"), std::nullopt);  // opens, and then fails
+}
+
+TEST_F(Files, ASignalDoesNotEndARead) {
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    static std::atomic<bool> isInterrupted;
+    isInterrupted = false;
+    struct sigaction counting {};
+    counting.sa_handler = [](int) { isInterrupted = true; };  // and no SA_RESTART
+    struct sigaction before {};
+    sigaction(SIGUSR1, &counting, &before);
+    std::thread writer([file = path("pipe"), reader = pthread_self(), id = gettid()] {
+        const int pipe = ::open(file.c_str(), O_WRONLY);  // waits for the reader's open
+        // The reader sleeps in nothing but its read.
+        const std::string status = "/proc/self/task/" + std::to_string(id) + "/stat";
+        while (read(status).value_or("").find(") S ") == std::string::npos) {
+            std::this_thread::yield();
+        }
+        pthread_kill(reader, SIGUSR1);
+        while (!isInterrupted) {
+            std::this_thread::yield();
+        }
+        EXPECT_EQ(::write(pipe, "whole", 5), 5);
+        ::close(pipe);
+    });
+    EXPECT_EQ(read(path("pipe")), "whole");
+    writer.join();
+    sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST_F(Files, OnlyARegularFileIsReadFromAFolderThatIsOpenToAll) {
@@ -182,6 +236,13 @@ TEST_F(Files, TheStatusIsThatOfALinkItself) {
     EXPECT_FALSE(status(path("link")).value().isRegular);
     EXPECT_TRUE(status(path("folder")).value().isFolder);
     EXPECT_FALSE(status(path("missing")));
+}
+
+TEST(SameFile, HasTheDeviceAndTheNumber) {
+    const FileStatus file{.device = 1, .number = 5};
+    EXPECT_TRUE(file.isSameFileAs({.device = 1, .number = 5}));
+    EXPECT_FALSE(file.isSameFileAs({.device = 1, .number = 6}));
+    EXPECT_FALSE(file.isSameFileAs({.device = 2, .number = 5}));
 }
 
 }  // namespace
