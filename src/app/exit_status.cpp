@@ -1,6 +1,5 @@
 #include "app/exit_status.h"
 
-#include <iostream>
 #include <string>
 
 #include "platform/platform.h"
@@ -48,7 +47,7 @@ ExitStatus errorsToExitStatus(const std::set<ErrorCode>& errors) {
     }
     const ErrorCode lowest = *errors.begin();
     const std::string report = "Error: " + std::to_string(number(lowest));
-    std::cerr << report << std::endl;
+    platform::printError(report + "\n");
     platform::replaceFile(kErrorFile, report, {.mode = kReadableByAll});
     return exitStatusOf(lowest);
 }

@@ -1,12 +1,13 @@
 // tarvo-config: exports the headend's configuration as XML, or imports the given document.
 #include <cstdlib>
 #include <exception>
-#include <iostream>
+#include <string>
 
 #include "app/run_modes.h"
 #include "db/database.h"
 #include "device/device_identity.h"
 #include "platform/files.h"
+#include "platform/platform.h"
 #include "platform/signals.h"
 
 namespace {
@@ -28,7 +29,7 @@ int main(int argc, char** argv) {
     } catch (const std::exception& error) {
         // A device that does not know itself, or a document that is not XML: an abnormal end, not
         // the exit status of a command error.
-        std::cerr << "tarvo-config: " << error.what() << std::endl;
+        platform::printError(std::string("tarvo-config: ") + error.what() + "\n");
         std::abort();
     }
 }

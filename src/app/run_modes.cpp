@@ -1,7 +1,5 @@
 #include "app/run_modes.h"
 
-#include <iostream>
-
 #include "db/database.h"
 #include "device/device_identity.h"
 #include "export/cmd_get_configuration.h"
@@ -44,13 +42,13 @@ platform::FileAccess backupAccess() {
 ExitStatus writeDocument(const XmlNode& root, const std::string& outputPath) {
     const std::string text =
         document::printed(root, 0, std::string(tarvo_remote_control::kXmlDeclaration) + "\n");
-    const bool isPrinted = static_cast<bool>(std::cout << text << std::endl);
+    const bool isPrinted = platform::print(text + "\n");
     const bool isWritten = platform::replaceFile(outputPath, text, backupAccess());
     if (!isWritten) {
-        std::cerr << "Unable to create ConfigurationXML file" << std::endl;
+        platform::printError("Unable to create ConfigurationXML file\n");
     }
     if (!isPrinted) {
-        std::cerr << "Unable to write to standard output" << std::endl;
+        platform::printError("Unable to write to standard output\n");
     }
     return isPrinted && isWritten ? ExitStatus::success : ExitStatus::failure;
 }
@@ -92,8 +90,8 @@ ExitStatus exportConfiguration(const std::string& outputPath) {
             continue;
         }
         if (!command.isOfOneState()) {
-            std::cerr << "The databases change while they are read: the document may mix two states"
-                      << std::endl;
+            platform::printError(
+                "The databases change while they are read: the document may mix two states\n");
         }
         return exportResult(command, outputPath);
     }
@@ -113,7 +111,7 @@ ExitStatus importConfiguration(const std::string& path) {
     XmlNode* first = backup == nullptr ? top : backup->first_node();
     const XmlNode* configuration = document::findSibling(first, "configuration");
     if (configuration == nullptr) {
-        std::cerr << "No 'configuration' element found" << std::endl;
+        platform::printError("No 'configuration' element found\n");
         return ExitStatus::failure;
     }
     const ExitStatus status = applyConfiguration(*configuration);

@@ -1,6 +1,8 @@
 // The door of tarvo-backup: open to the device, or leading into a sandbox while there is one.
 #include <sqlite3.h>
 
+#include <iostream>
+
 #include "backup/sandbox.h"
 #include "document/xml.h"
 #include "platform/os.h"
@@ -147,6 +149,11 @@ void syncFiles() {
 std::optional<std::time_t> modificationTime(const std::string& path) {
     return os::modificationTime(path);
 }
+
+// Through the streams that this program itself prints on, and that OutputMuted mutes.
+bool print(std::string_view text) { return static_cast<bool>(std::cout << text << std::flush); }
+
+void printError(std::string_view text) { std::cerr << text << std::flush; }
 
 std::time_t now() { return os::now(); }
 

@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 #include <syslog.h>
 
-#include <iostream>
 #include <optional>
 
 #include "db/like.h"
@@ -18,7 +17,7 @@ namespace {
 
 bool isRefused(const std::string& path, const std::string& reason) {
     if (!reason.empty()) {
-        std::cerr << "tarvo-config: " << reason << "; " << path << " is not opened" << std::endl;
+        platform::printError("tarvo-config: " + reason + "; " + path + " is not opened\n");
     }
     return !reason.empty();
 }

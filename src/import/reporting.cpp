@@ -2,8 +2,6 @@
 
 #include <syslog.h>
 
-#include <iostream>
-
 #include "platform/debug_log.h"
 #include "platform/platform.h"
 
@@ -59,6 +57,6 @@ void logChange(const std::string& text) {
     platform::logLine(LOG_NEWS | LOG_NOTICE, "REMOTE_CONTROL::: " + text);
 }
 
-void reportProgress(const std::string& line) { std::cout << line << std::endl; }
+void reportProgress(const std::string& line) { platform::print(line + "\n"); }
 
 }  // namespace tarvo_remote_control

@@ -133,6 +133,12 @@ std::optional<std::string> readRegular(const std::string& path) {
     return contentOf(file);
 }
 
+bool write(const std::string& path, const std::string& content) {
+    constexpr mode_t kAnybody = 0666;  // whom the process's mask leaves
+    Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kAnybody));
+    return file.isOpen() && writeAll(file, content) && file.close();
+}
+
 bool replace(const std::string& path, const std::string& content, const FileAccess& access) {
     std::string beside = path + ".new-XXXXXX";
     Descriptor file(::mkostemp(beside.data(), O_CLOEXEC));

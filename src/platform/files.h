@@ -12,6 +12,7 @@ namespace platform::files {
 std::optional<FileStatus> status(const std::string& path);
 std::optional<std::string> read(const std::string& path);
 std::optional<std::string> readRegular(const std::string& path);
+bool write(const std::string& path, const std::string& content);
 bool replace(const std::string& path, const std::string& content, const FileAccess& access);
 
 // Puts something in the place of standard streams that the program was started without: the next

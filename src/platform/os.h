@@ -27,6 +27,9 @@ void removeFile(const std::string& path);
 void syncFiles();
 std::optional<std::time_t> modificationTime(const std::string& path);
 
+bool print(std::string_view text);
+void printError(std::string_view text);
+
 std::time_t now();
 void logLine(int priority, const std::string& line);
 void printSystemError(const char* message);

@@ -10,6 +10,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct sqlite3;
@@ -107,6 +108,17 @@ void syncFiles();
 
 // Nothing when the file's status cannot be read.
 std::optional<std::time_t> modificationTime(const std::string& path);
+
+// --- Standard streams ------------------------------------------------------------------------
+
+// What is printed goes out at once: it stands before what a script prints, and is there whatever
+// ends the program. After a text that could not be printed none is, on that stream.
+
+// Whether all that was ever printed has been written.
+bool print(std::string_view text);
+
+// On standard error.
+void printError(std::string_view text);
 
 // --- Time and log ----------------------------------------------------------------------------
 

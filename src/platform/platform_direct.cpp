@@ -56,6 +56,10 @@ std::optional<std::time_t> modificationTime(const std::string& path) {
     return os::modificationTime(path);
 }
 
+bool print(std::string_view text) { return os::print(text); }
+
+void printError(std::string_view text) { os::printError(text); }
+
 std::time_t now() { return os::now(); }
 
 void logLine(int priority, const std::string& line) { os::logLine(priority, line); }

@@ -7,7 +7,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 
 #include "platform/files.h"
@@ -20,6 +19,23 @@ namespace {
 
 struct ClosePipe {
     void operator()(FILE* pipe) const { pclose(pipe); }
+};
+
+// One of the C library's: the C++ library's own streams bring their locales along, which take
+// longer to start, and more memory, than all else of a small run.
+class StandardStream {
+  public:
+    explicit StandardStream(FILE* file) : file_(file) {}
+
+    bool print(std::string_view text) {
+        isWhole_ = isWhole_ && std::fwrite(text.data(), 1, text.size(), file_) == text.size() &&
+                   std::fflush(file_) == 0;
+        return isWhole_;
+    }
+
+  private:
+    FILE* file_;
+    bool isWhole_ = true;
 };
 
 }  // namespace
@@ -81,10 +97,7 @@ std::optional<std::string> readRegularFile(const std::string& path) {
 }
 
 bool writeFile(const std::string& path, const std::string& content) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << content;
-    file.close();
-    return file.good();
+    return files::write(path, content);
 }
 
 bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access) {
@@ -105,6 +118,16 @@ std::optional<std::time_t> modificationTime(const std::string& path) {
         return std::nullopt;
     }
     return status.st_mtime;
+}
+
+bool print(std::string_view text) {
+    static StandardStream stream(stdout);
+    return stream.print(text);
+}
+
+void printError(std::string_view text) {
+    static StandardStream stream(stderr);
+    stream.print(text);
 }
 
 std::time_t now() { return std::time(nullptr); }

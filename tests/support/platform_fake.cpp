@@ -2,6 +2,8 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <iostream>
+
 #include "platform/files.h"
 #include "platform/platform.h"
 #include "support/fake_device.h"
@@ -152,6 +154,10 @@ std::optional<std::time_t> modificationTime(const std::string& path) {
     return stat(device().path(path).c_str(), &status) == 0 ? std::optional(status.st_mtime)
                                                            : std::nullopt;
 }
+
+bool print(std::string_view text) { return static_cast<bool>(std::cout << text << std::flush); }
+
+void printError(std::string_view text) { std::cerr << text << std::flush; }
 
 std::time_t now() { return device().time; }
 
