@@ -1,7 +1,10 @@
 #include "app/run_modes.h"
 
+#include <algorithm>
+
 #include "db/database.h"
 #include "device/device_identity.h"
+#include "document/writer.h"
 #include "export/cmd_get_configuration.h"
 #include "export/cmd_get_vsecure_cam_list.h"
 #include "export/cmd_set_vsecure_cam_list.h"
@@ -10,6 +13,7 @@
 
 namespace app {
 
+using document::TextWriter;
 using document::XmlDocument;
 using document::XmlNode;
 using tarvo_remote_control::CmdGetConfiguration;
@@ -19,15 +23,6 @@ using tarvo_remote_control::CmdSetVsecureCAMList;
 using tarvo_remote_control::DeviceIdentity;
 
 namespace {
-
-// Moves `node` out of the tree that it stands in and appends it to `parent`. The document that
-// made it keeps owning it.
-void moveInto(XmlNode& parent, XmlNode* node) {
-    if (XmlNode* tree = node->parent()) {
-        tree->remove_node(node);
-    }
-    parent.append_node(node);
-}
 
 // A backup holds passwords and keys: nobody reads in it what he could not read in the database.
 platform::FileAccess backupAccess() {
@@ -39,11 +34,11 @@ platform::FileAccess backupAccess() {
                     : platform::FileAccess{.mode = kOwnerOnly};
 }
 
-ExitStatus writeDocument(const XmlNode& root, const std::string& outputPath) {
-    const std::string text =
-        document::printed(root, 0, std::string(tarvo_remote_control::kXmlDeclaration) + "\n");
-    const bool isPrinted = platform::print(text + "\n");
-    const bool isWritten = platform::replaceFile(outputPath, text, backupAccess());
+ExitStatus writeDocument(const TextWriter& document, const std::string& outputPath) {
+    const bool isPrinted =
+        std::all_of(document.blocks().begin(), document.blocks().end(), platform::print) &&
+        platform::print("\n");
+    const bool isWritten = platform::replaceFile(outputPath, document.blocks(), backupAccess());
     if (!isWritten) {
         platform::printError("Unable to create ConfigurationXML file\n");
     }
@@ -53,30 +48,10 @@ ExitStatus writeDocument(const XmlNode& root, const std::string& outputPath) {
     return isPrinted && isWritten ? ExitStatus::success : ExitStatus::failure;
 }
 
-ExitStatus exportBackup(XmlNode* configuration, const std::string& outputPath) {
+ExitStatus exportCamList(TextWriter& backup) {
     CmdGetVsecureCAMList command;
-    XmlNode* list = command.buildCAMList(true, true, "vsecureCAMList");
-    const ExitStatus status = errorsToExitStatus(command.errors());
-    if (status != ExitStatus::success) {
-        return status;
-    }
-    XmlDocument pool;
-    XmlNode* backup = pool.allocate_node(rapidxml::node_element, pool.allocate_string("backup"));
-    moveInto(*backup, configuration);
-    moveInto(*backup, list);
-    return writeDocument(*backup, outputPath);
-}
-
-// The export of what `command` has read.
-ExitStatus exportResult(const CmdGetConfiguration& command, const std::string& outputPath) {
-    if (const ExitStatus status = errorsToExitStatus(command.errors());
-        status != ExitStatus::success) {
-        return status;
-    }
-    // There is one: without its databases the command has recorded an error.
-    XmlNode* configuration = command.getConfigurationNode();
-    return DeviceIdentity::instance().isRNB() ? exportBackup(configuration, outputPath)
-                                              : writeDocument(*configuration, outputPath);
+    command.writeCAMList(backup, true, true, "vsecureCAMList");
+    return errorsToExitStatus(command.errors());
 }
 
 }  // namespace
@@ -84,7 +59,12 @@ ExitStatus exportResult(const CmdGetConfiguration& command, const std::string& o
 ExitStatus exportConfiguration(const std::string& outputPath) {
     constexpr int kTries = 3;
     for (int tries = 1;; ++tries) {
-        CmdGetConfiguration command;
+        TextWriter document(std::string(tarvo_remote_control::kXmlDeclaration) + "\n");
+        const bool isBackup = DeviceIdentity::instance().isRNB();
+        if (isBackup) {
+            document.open("backup");
+        }
+        CmdGetConfiguration command(document);
         command.run();
         if (!command.isOfOneState() && tries < kTries) {
             continue;
@@ -93,7 +73,12 @@ ExitStatus exportConfiguration(const std::string& outputPath) {
             platform::printError(
                 "The databases change while they are read: the document may mix two states\n");
         }
-        return exportResult(command, outputPath);
+        ExitStatus status = errorsToExitStatus(command.errors());
+        if (isBackup && status == ExitStatus::success) {
+            status = exportCamList(document);
+            document.close();
+        }
+        return status == ExitStatus::success ? writeDocument(document, outputPath) : status;
     }
 }
 

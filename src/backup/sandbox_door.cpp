@@ -42,17 +42,6 @@ std::optional<std::string> readBy(Read read, const std::string& path) {
     return written == traffic.files.end() ? read(path) : written->second;
 }
 
-template <class Write, class... Access>
-bool writeBy(Write write, const std::string& path, const std::string& content,
-             const Access&... access) {
-    Sandbox* sandbox = enterSandbox();
-    if (sandbox == nullptr) {
-        return write(path, content, access...);
-    }
-    sandbox->traffic().files.insert_or_assign(path, content);
-    return true;
-}
-
 int counted(int result) {
     if (Sandbox* sandbox = Sandbox::active(); sandbox != nullptr && result != SQLITE_OK) {
         ++sandbox->traffic().failedStatements;
@@ -113,11 +102,26 @@ std::optional<std::string> readRegularFile(const std::string& path) {
 }
 
 bool writeFile(const std::string& path, const std::string& content) {
-    return writeBy(os::writeFile, path, content);
+    Sandbox* sandbox = enterSandbox();
+    if (sandbox == nullptr) {
+        return os::writeFile(path, content);
+    }
+    sandbox->traffic().files.insert_or_assign(path, content);
+    return true;
 }
 
-bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access) {
-    return writeBy(os::replaceFile, path, content, access);
+bool replaceFile(const std::string& path, std::span<const std::string> pieces,
+                 const FileAccess& access) {
+    Sandbox* sandbox = enterSandbox();
+    if (sandbox == nullptr) {
+        return os::replaceFile(path, pieces, access);
+    }
+    std::string content;
+    for (const std::string& piece : pieces) {
+        content += piece;
+    }
+    sandbox->traffic().files.insert_or_assign(path, std::move(content));
+    return true;
 }
 
 void renameFile(const std::string& from, const std::string& to) {

@@ -14,11 +14,7 @@ using document::XmlNode;
 ResultDocument::ResultDocument() { completeShape(); }
 
 XmlNode* ResultDocument::createNode(const char* name, const char* value) {
-    return createNamedNode(document_.allocate_string(name), value);
-}
-
-XmlNode* ResultDocument::createNamedNode(const char* literalName, const char* value) {
-    return document_.allocate_node(rapidxml::node_element, literalName,
+    return document_.allocate_node(rapidxml::node_element, document_.allocate_string(name),
                                    value == nullptr ? nullptr : document_.allocate_string(value));
 }
 

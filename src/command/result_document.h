@@ -5,6 +5,7 @@
 #include <string>
 
 #include "command/error_codes.h"
+#include "document/writer.h"
 #include "document/xml.h"
 
 namespace tarvo_remote_control {
@@ -21,8 +22,8 @@ class ResultDocument {
     // A new, unattached element. Both texts are copied; a null value gives an element without
     // text. The element lives as long as this document.
     document::XmlNode* createNode(const char* name, const char* value = nullptr);
-    // The same with a name that lives as long as the document: it is not copied.
-    document::XmlNode* createNamedNode(const char* literalName, const char* value = nullptr);
+    // What it writes is appended to `parent`, a node of this document.
+    document::TreeWriter writerInto(document::XmlNode& parent) { return {document_, parent}; }
 
     // Records an error: its code, and an `error` element with the code's text, followed by ": "
     // and `detail` when there is one.

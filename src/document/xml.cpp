@@ -56,34 +56,6 @@ void parseInPlace(XmlDocument& document, char* buffer, const std::string& text) 
     }
 }
 
-// Counts what is written to it.
-class Counter {
-  public:
-    // NOLINTBEGIN(readability-identifier-naming): the names of the standard library
-    using iterator_category = std::output_iterator_tag;
-    using value_type = void;
-    using difference_type = std::ptrdiff_t;
-    using pointer = void;
-    using reference = void;
-    // NOLINTEND(readability-identifier-naming)
-
-    Counter& operator*() { return *this; }
-    Counter& operator=(char) { return *this; }
-    Counter& operator++() {
-        ++count_;
-        return *this;
-    }
-    Counter operator++(int) {
-        const Counter before = *this;
-        ++count_;
-        return before;
-    }
-    [[nodiscard]] std::size_t count() const { return count_; }
-
-  private:
-    std::size_t count_ = 0;
-};
-
 }  // namespace
 
 void parse(XmlDocument& document, std::string& text) { parseInPlace(document, text.data(), text); }
@@ -92,10 +64,9 @@ void parseCopy(XmlDocument& document, const std::string& text) {
     parseInPlace(document, document.allocate_string(text.c_str(), text.size() + 1), text);
 }
 
-std::string printed(const XmlNode& node, int flags, std::string_view before) {
+std::string printed(const XmlNode& node, int flags) {
     std::string text;
-    text.resize(before.size() + rapidxml::print(Counter(), node, flags).count());
-    rapidxml::print(std::copy(before.begin(), before.end(), text.begin()), node, flags);
+    rapidxml::print(std::back_inserter(text), node, flags);
     return text;
 }
 

@@ -12,7 +12,6 @@
 #include <rapidxml/rapidxml.hpp>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 namespace document {
 
@@ -36,8 +35,8 @@ void parse(XmlDocument& document, std::string& text);
 // As parse, over a copy of `text` in the document's own pool.
 void parseCopy(XmlDocument& document, const std::string& text);
 
-// `before` and the tree as text, indented unless `flags` has kNoIndenting.
-std::string printed(const XmlNode& node, int flags = 0, std::string_view before = {});
+// The tree as text, indented unless `flags` has kNoIndenting.
+std::string printed(const XmlNode& node, int flags = 0);
 
 // The text of an element, "" when it has none: its first plain text or, without one, the CDATA
 // section that it begins with. Lives as long as the tree.

@@ -18,7 +18,7 @@ namespace {
 
 struct SectionWriter {
     const char* name;
-    XmlNode* (*write)(CmdGetConfiguration&, const Element& section);
+    void (*write)(CmdGetConfiguration&, const Element& section);
 };
 
 constexpr SectionWriter kSectionWriters[] = {
@@ -34,17 +34,21 @@ constexpr SectionWriter kSectionWriters[] = {
 }  // namespace
 
 void CmdGetConfiguration::execute() {
-    XmlNode* resultNode = createNode("getConfigurationResult");
-    configurationNode_ = append(*this, resultNode, mapping::kConfiguration.name);
-
+    configurationNode_ = nullptr;
     if (!openDatabases()) {
-        configurationNode_ = nullptr;
         addError(ErrorCode::database);
         return;
     }
     loadGlobalSettings();
-    appendSections();
-    result().appendToData(resultNode);
+    if (writer_ != nullptr) {
+        writeConfiguration(*writer_);
+    } else {
+        XmlNode* resultNode = createNode("getConfigurationResult");
+        document::TreeWriter tree = result().writerInto(*resultNode);
+        writeConfiguration(tree);
+        configurationNode_ = resultNode->first_node();
+        result().appendToData(resultNode);
+    }
     isOfOneState_ = !configDb_.hasChanged() && !stateDb_.hasChanged();
     configDb_ = {};
     stateDb_ = {};
@@ -69,40 +73,43 @@ void CmdGetConfiguration::loadGlobalSettings() {
     }
 }
 
-void CmdGetConfiguration::appendSections() {
+void CmdGetConfiguration::writeConfiguration(document::Writer& out) {
+    out_ = &out;
+    out.open(mapping::kConfiguration.name);
     for (const Element& section : mapping::kConfiguration.children) {
-        if (isExported(section)) {
-            configurationNode_->append_node(sectionElement(section));
+        if (!isExported(section)) {
+            continue;
+        }
+        if (mapping::isOfSettings(section)) {
+            writeSettings(section);
+        } else {
+            mapping::rowNamed(kSectionWriters, section.name).write(*this, section);
         }
     }
-}
-
-XmlNode* CmdGetConfiguration::sectionElement(const Element& section) {
-    return mapping::isOfSettings(section)
-               ? settings(section)
-               : mapping::rowNamed(kSectionWriters, section.name).write(*this, section);
+    out.close();
 }
 
 // The element of a setting, or one with the settings that it holds.
-XmlNode* CmdGetConfiguration::settings(const Element& element) {
+void CmdGetConfiguration::writeSettings(const Element& element) {
     if (element.key != nullptr) {
-        return settingElement(element.name, element.key);
+        writeSetting(element.name, element.key);
+        return;
     }
-    XmlNode* node = createNode(element.name);
+    out().open(element.name);
     for (const Element& child : element.children) {
         if (isExported(child)) {
-            node->append_node(settings(child));
+            writeSettings(child);
         }
     }
-    return node;
+    out().close();
 }
 
-XmlNode* CmdGetConfiguration::settingElement(const char* name, const char* key) {
+// Without text when the setting is missing.
+void CmdGetConfiguration::writeSetting(const char* name, const char* key) {
     const auto found = globalSettings_.find(key);
-    return found == globalSettings_.end()
-               ? createNode(name)
-               : createNode(name,
-                            found->second[tarvodb::configuracionWebGlobal::valor].textOrEmpty());
+    const bool isStored = found != globalSettings_.end();
+    out().leaf(name, isStored ? found->second[tarvodb::configuracionWebGlobal::valor].textOrEmpty()
+                              : nullptr);
 }
 
 }  // namespace tarvo_remote_control

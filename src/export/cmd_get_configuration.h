@@ -8,24 +8,28 @@
 #include "db/record.h"
 #include "db/schema.h"
 #include "db/watched_database.h"
+#include "document/writer.h"
 #include "document/xml.h"
 #include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
-// Reads the configuration and state databases and builds the `configuration` element, in the
-// command's result document under `data` / `getConfigurationResult`.
+// Reads the configuration and state databases and makes the `configuration` element: in the
+// command's result document under `data` / `getConfigurationResult`, or for a writer.
 //
 // A database that cannot be opened is recorded as error 102. A select that fails gives a section
 // without rows and no error.
 class CmdGetConfiguration : public Command {
   public:
     using Command::Command;
+    // The element goes to `writer` instead, which outlives the command. Nothing is written when a
+    // database cannot be opened.
+    explicit CmdGetConfiguration(document::Writer& writer) : writer_(&writer) {}
 
     void execute() override;
 
-    // The element that execute built; it stays the command's. Null before execute, and after one
-    // that could not open a database.
+    // The element in the result document; it stays the command's. Null before execute, and after
+    // one that could not open a database.
     [[nodiscard]] document::XmlNode* getConfigurationNode() const { return configurationNode_; }
 
     // Whether nobody else has changed one of the databases while the element was built from it. No
@@ -38,20 +42,22 @@ class CmdGetConfiguration : public Command {
     sqlite3* configDb() { return configDb_.handle(); }
     sqlite3* stateDb() { return stateDb_.handle(); }
 
-    // A new element with the stored text of a setting; without text when the setting is missing.
-    document::XmlNode* settingElement(const char* name, const char* key);
+    // Where the elements go.
+    [[nodiscard]] document::Writer& out() const { return *out_; }
 
   private:
     bool openDatabases();
     void loadGlobalSettings();
-    void appendSections();
-    document::XmlNode* sectionElement(const mapping::Element& section);
-    document::XmlNode* settings(const mapping::Element& element);
+    void writeConfiguration(document::Writer& out);
+    void writeSettings(const mapping::Element& element);
+    void writeSetting(const char* name, const char* key);
 
     tarvodb::WatchedDatabase configDb_;
     tarvodb::WatchedDatabase stateDb_;
     bool isOfOneState_ = true;
     std::map<std::string, tarvodb::Record<tarvodb::configuracionWebGlobal>> globalSettings_;
+    document::Writer* writer_ = nullptr;  // null: the result document
+    document::Writer* out_ = nullptr;
     document::XmlNode* configurationNode_ = nullptr;
 };
 

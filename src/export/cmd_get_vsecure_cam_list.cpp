@@ -15,6 +15,26 @@ namespace tarvo_remote_control {
 using document::XmlNode;
 using tarvodb::VSecure;
 
+namespace {
+
+void writeCams(document::Writer& out, sqlite3* db, bool includePublicKeys, bool fullRecords) {
+    const auto conditions =
+        Conditions()
+            .with(mapping::When::publicKeysAskedFor, includePublicKeys || fullRecords)
+            .with(mapping::When::fullList, fullRecords);
+    for (const auto& cam : tarvodb::doSelect<VSecure>(db)) {
+        out.open(mapping::kCams[0].name);
+        writeChildren(out, mapping::kCam, cam, conditions,
+                      [&](const mapping::Element& hasPublicKey) {
+                          const bool hasKey = *cam[VSecure::K_Publica].textOrEmpty() != '\0';
+                          out.leaf(hasPublicKey.name, hasKey ? "1" : "0");
+                      });
+        out.close();
+    }
+}
+
+}  // namespace
+
 void CmdGetVsecureCAMList::execute() {
     platform::debugLog(LOG_DEBUG, "Running getVsecureCAMList command");
     XmlNode* resultNode = createNode("getVsecureCAMListResult");
@@ -23,30 +43,19 @@ void CmdGetVsecureCAMList::execute() {
                                      ? nullptr
                                      : document::childNamed(*commandNode(), "includePublicKeys");
     const bool withKeys = includeKeys != nullptr && document::numberOf(*includeKeys) == 1;
-    resultNode->append_node(buildCAMList(withKeys, false, "list"));
+    document::TreeWriter tree = result().writerInto(*resultNode);
+    writeCAMList(tree, withKeys, false, "list");
 }
 
-XmlNode* CmdGetVsecureCAMList::buildCAMList(bool includePublicKeys, bool fullRecords,
-                                            const char* listName) {
-    XmlNode* list = createNode(listName);
-    const tarvodb::Database db = tarvodb::openDatabase(tarvodb::kVsecureDatabase);
-    if (!db) {
+void CmdGetVsecureCAMList::writeCAMList(document::Writer& out, bool includePublicKeys,
+                                        bool fullRecords, const char* listName) {
+    out.open(listName);
+    if (const tarvodb::Database db = tarvodb::openDatabase(tarvodb::kVsecureDatabase)) {
+        writeCams(out, db.get(), includePublicKeys, fullRecords);
+    } else {
         addError(ErrorCode::database);
-        return list;
     }
-    const auto conditions =
-        Conditions()
-            .with(mapping::When::publicKeysAskedFor, includePublicKeys || fullRecords)
-            .with(mapping::When::fullList, fullRecords);
-    for (const auto& cam : tarvodb::doSelect<VSecure>(db.get())) {
-        XmlNode* node = append(*this, list, mapping::kCams[0].name);
-        appendChildren(*this, node, mapping::kCam, cam, conditions,
-                       [&](const mapping::Element& hasPublicKey) {
-                           const bool hasKey = *cam[VSecure::K_Publica].textOrEmpty() != '\0';
-                           append(*this, node, hasPublicKey.name, hasKey ? "1" : "0");
-                       });
-    }
-    return list;
+    out.close();
 }
 
 }  // namespace tarvo_remote_control

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "command/command.h"
-#include "document/xml.h"
+#include "document/writer.h"
 
 namespace tarvo_remote_control {
 
@@ -14,10 +14,10 @@ class CmdGetVsecureCAMList : public Command {
     // the command element has a child `includePublicKeys` that is 1.
     void execute() override;
 
-    // A new, unattached element `listName` in the result document with one `cam` per row of
-    // VSecure. A full record has the public key too. When the database cannot be opened, error 102
-    // is recorded and the element is empty.
-    document::XmlNode* buildCAMList(bool includePublicKeys, bool fullRecords, const char* listName);
+    // Writes an element `listName` with one `cam` per row of VSecure. A full record has the public
+    // key too. When the database cannot be opened, error 102 is recorded and the element is empty.
+    void writeCAMList(document::Writer& out, bool includePublicKeys, bool fullRecords,
+                      const char* listName);
 };
 
 }  // namespace tarvo_remote_control

@@ -5,7 +5,6 @@
 
 #include "db/operations.h"
 #include "db/si_tables.h"
-#include "document/xml.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 #include "platform/local_time.h"
@@ -13,7 +12,6 @@
 
 namespace tarvo_remote_control {
 
-using document::XmlNode;
 using mapping::Element;
 using tarvodb::Record;
 using tarvodb::RedesCabecera;
@@ -54,21 +52,19 @@ std::string outputVersion(const Element& element, const std::string& nid) {
                : element.unknown;
 }
 
-void appendPidMask(CmdGetConfiguration& command, XmlNode* parent, const Element& element,
-                   int mask) {
-    XmlNode* node = append(command, parent, element.name);
+void writePidMask(document::Writer& out, const Element& element, int mask) {
+    out.open(element.name);
     for (const Element& kind : element.children) {
-        append(command, node, kind.name, (mask & kind.bit) != 0 ? "1" : "0");
+        out.leaf(kind.name, (mask & kind.bit) != 0 ? "1" : "0");
     }
+    out.close();
 }
 
-void appendSiTable(CmdGetConfiguration& command, XmlNode* node, const Element& element,
-                   const std::string& nid) {
+void writeSiTable(document::Writer& out, const Element& element, const std::string& nid) {
     if (mapping::isNamed(element, "OutputNITDate")) {
         const auto time = platform::modificationTime(outputFile(nid));
         if (time && tarvodb::namesSiTableFile(nid)) {
-            append(command, node, element.name,
-                   platform::localTimeText(*time, "%d-%m-%y %H:%M:%S").c_str());
+            out.leaf(element.name, platform::localTimeText(*time, "%d-%m-%y %H:%M:%S").c_str());
         }
         return;
     }
@@ -78,28 +74,28 @@ void appendSiTable(CmdGetConfiguration& command, XmlNode* node, const Element& e
             : tableVersion(element,
                            siTableFile(mapping::rowNamed(kReceivedTables, element.name).file),
                            kReceivedVersionByte);
-    append(command, node, element.name, version.c_str());
+    out.leaf(element.name, version.c_str());
 }
 
 }  // namespace
 
-XmlNode* write::dvbNetworks(CmdGetConfiguration& command, const Element& section) {
+void write::dvbNetworks(CmdGetConfiguration& command, const Element& section) {
     // Whether the NIT's file is there turns out when it is asked for its time.
     const auto conditions = Conditions().with(mapping::When::fileExists, true);
-    XmlNode* list = command.createNode(section.name);
+    document::Writer& out = command.out();
+    out.open(section.name);
     for (const auto& network : tarvodb::doSelect<RedesCabecera>(command.configDb())) {
-        XmlNode* node = append(command, list, section.children[0].name);
-        appendChildren(
-            command, node, mapping::kDvbNetwork, network, conditions, [&](const Element& element) {
-                if (element.liveState) {
-                    appendSiTable(command, node, element, network[RedesCabecera::NID].asString());
-                } else {
-                    appendPidMask(command, node, element,
-                                  network.value(element.column.index).asInt());
-                }
-            });
+        out.open(section.children[0].name);
+        writeChildren(out, mapping::kDvbNetwork, network, conditions, [&](const Element& element) {
+            if (element.liveState) {
+                writeSiTable(out, element, network[RedesCabecera::NID].asString());
+            } else {
+                writePidMask(out, element, network.value(element.column.index).asInt());
+            }
+        });
+        out.close();
     }
-    return list;
+    out.close();
 }
 
 }  // namespace tarvo_remote_control

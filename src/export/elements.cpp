@@ -2,11 +2,9 @@
 
 #include "device/device_identity.h"
 #include "document/coded_texts.h"
-#include "document/xml.h"
 
 namespace tarvo_remote_control {
 
-using document::XmlNode;
 using mapping::Element;
 
 namespace {
@@ -29,21 +27,12 @@ bool isExported(const Element& element) {
     return mapping::isExportedBy(element.exportedBy, DeviceIdentity::instance().getModel());
 }
 
-XmlNode* append(Command& command, XmlNode* parent, const char* name, const char* value) {
-    XmlNode* node = command.result().createNamedNode(name, value);
-    parent->append_node(node);
-    return node;
+void writeLeaf(document::Writer& out, const Element& element, const tarvodb::Row& record) {
+    out.leaf(element.name, exportedText(element, record.value(element.column.index)));
 }
 
-void appendLeaf(Command& command, XmlNode* parent, const Element& element,
-                const tarvodb::Row& record) {
-    append(command, parent, element.name,
-           exportedText(element, record.value(element.column.index)));
-}
-
-void appendLeaves(Command& command, XmlNode* node, mapping::Elements elements,
-                  const tarvodb::Row& record) {
-    appendChildren(command, node, elements, record, {}, [](const Element&) {});
+void writeLeaves(document::Writer& out, mapping::Elements elements, const tarvodb::Row& record) {
+    writeChildren(out, elements, record, {}, [](const Element&) {});
 }
 
 }  // namespace tarvo_remote_control

@@ -3,9 +3,8 @@
 
 #include <vector>
 
-#include "command/command.h"
 #include "db/record.h"
-#include "document/xml.h"
+#include "document/writer.h"
 #include "mapping/element.h"
 
 namespace tarvo_remote_control {
@@ -34,52 +33,48 @@ class Conditions {
 // Whether this controller exports the element, as far as its model decides it.
 bool isExported(const mapping::Element& element);
 
-// Appends a new element to `parent` and returns it. `name` is a literal.
-document::XmlNode* append(Command& command, document::XmlNode* parent, const char* name,
-                          const char* value = nullptr);
-
-// Appends an element with the text of its column, or of the code in it. `record` is a row of the
+// Writes an element with the text of its column, or of the code in it. `record` is a row of the
 // column's table.
-void appendLeaf(Command& command, document::XmlNode* parent, const mapping::Element& element,
-                const tarvodb::Row& record);
+void writeLeaf(document::Writer& out, const mapping::Element& element, const tarvodb::Row& record);
 
-// Appends the children of one element, in the order of their rows. Leaves of the record's table
-// are written here; all others, and those that are written specially, by `writeOther(element)`.
+// Writes the children of one element, in the order of their rows. Leaves of the record's table are
+// written here; all others, and those that are written specially, by `writeOther(element)`.
 template <class WriteOther>
-void appendChildren(Command& command, document::XmlNode* node, mapping::Elements elements,
-                    const tarvodb::Row& record, Conditions conditions, WriteOther writeOther) {
+void writeChildren(document::Writer& out, mapping::Elements elements, const tarvodb::Row& record,
+                   Conditions conditions, WriteOther writeOther) {
     for (const mapping::Element& element : elements) {
         if (!isExported(element) || !conditions.hold(element.when)) {
             continue;
         }
         if (element.constant != nullptr) {
-            append(command, node, element.name, element.constant);
+            out.leaf(element.name, element.constant);
         } else if (element.writtenSpecially || !element.column.isOf(record.table())) {
             writeOther(element);
         } else {
-            appendLeaf(command, node, element, record);
+            writeLeaf(out, element, record);
         }
     }
 }
 
 // As above, where all children are leaves of the record's table.
-void appendLeaves(Command& command, document::XmlNode* node, mapping::Elements elements,
-                  const tarvodb::Row& record);
+void writeLeaves(document::Writer& out, mapping::Elements elements, const tarvodb::Row& record);
 
-// A list with one entry per record.
+// Writes a list with one entry per record.
 template <class Table>
-document::XmlNode* listOf(Command& command, const mapping::Element& list,
-                          const std::vector<tarvodb::Record<Table>>& records) {
+void writeList(document::Writer& out, const mapping::Element& list,
+               const std::vector<tarvodb::Record<Table>>& records) {
     const mapping::Element& entry = list.children[0];
-    document::XmlNode* node = command.createNode(list.name);
+    out.open(list.name);
     for (const auto& record : records) {
         if (entry.kind == mapping::Kind::leaf) {
-            appendLeaf(command, node, entry, record);
+            writeLeaf(out, entry, record);
         } else {
-            appendLeaves(command, append(command, node, entry.name), entry.children, record);
+            out.open(entry.name);
+            writeLeaves(out, entry.children, record);
+            out.close();
         }
     }
-    return node;
+    out.close();
 }
 
 }  // namespace tarvo_remote_control

@@ -10,14 +10,12 @@
 #include "db/schema.h"
 #include "document/coded_texts.h"
 #include "document/input_type.h"
-#include "document/xml.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
 using document::InputType;
-using document::XmlNode;
 using mapping::Element;
 using mapping::When;
 using tarvodb::doSelect;
@@ -35,7 +33,6 @@ namespace {
 // What the parts of one input element share.
 struct Input {
     CmdGetConfiguration& command;
-    XmlNode* node;
     const char* mac;
     const Record<EntradasGlobal>& row;
     // RFIN_LOOP of the input's second satellite tuner, empty without one.
@@ -69,15 +66,17 @@ const char* signalQuality(const Element& element, const Record<State>& state) {
 
 // One element per live state row of the module that is of this input.
 template <class State>
-void appendStatus(const Input& input, const Element& section) {
-    XmlNode* status = append(input.command, input.node, section.name);
+void writeStatus(const Input& input, const Element& section) {
+    document::Writer& out = input.command.out();
+    out.open(section.name);
     const Element& quality = section.children[0];
     for (const auto& state :
          doSelect<State>(input.command.stateDb(), tarvodb::clause::kByMac, input.mac)) {
         if (isOfInput(state, input)) {
-            append(input.command, status, quality.name, signalQuality(quality, state));
+            out.leaf(quality.name, signalQuality(quality, state));
         }
     }
+    out.close();
 }
 
 bool hasDiseqcPosition(const Record<NimGlobal>& tuner) {
@@ -90,21 +89,20 @@ bool hasDiseqcPosition(const Record<Tuner>&) {
 
 // `number` is the column with the tuner's number on its module.
 template <class State, class Tuner>
-void appendTuners(const Input& input, mapping::Elements elements,
-                  const std::vector<Record<Tuner>>& tuners, typename Tuner::Column number) {
+void writeTuners(const Input& input, mapping::Elements elements,
+                 const std::vector<Record<Tuner>>& tuners, typename Tuner::Column number) {
     for (const auto& tuner : tuners) {
         const auto conditions = Conditions()
                                     .with(When::noDiseqcPosition, !hasDiseqcPosition(tuner))
                                     .with(When::secondTuner, tuner[number].asInt() > 1);
-        appendChildren(input.command, input.node, elements, tuner, conditions,
-                       [&input](const Element& element) {
-                           if (element.liveState) {
-                               appendStatus<State>(input, element);
-                           } else {
-                               append(input.command, input.node, element.name,
-                                      input.loopThrough.c_str());
-                           }
-                       });
+        writeChildren(input.command.out(), elements, tuner, conditions,
+                      [&input](const Element& element) {
+                          if (element.liveState) {
+                              writeStatus<State>(input, element);
+                          } else {
+                              input.command.out().leaf(element.name, input.loopThrough.c_str());
+                          }
+                      });
     }
 }
 
@@ -124,41 +122,41 @@ std::string loopThroughOf(const std::vector<Record<NimGlobal>>& satelliteTuners)
     return loopThrough;
 }
 
-void appendTunersOfType(const Input& input, const std::vector<Record<NimGlobal>>& satelliteTuners) {
+void writeTunersOfType(const Input& input, const std::vector<Record<NimGlobal>>& satelliteTuners) {
     switch (static_cast<InputType>(input.row[EntradasGlobal::tipoEntrada].asInt())) {
         case InputType::satellite:
-            appendTuners<TempNIMGlobal>(input, mapping::kSatelliteTuner, satelliteTuners,
-                                        NimGlobal::fk_idNim);
+            writeTuners<TempNIMGlobal>(input, mapping::kSatelliteTuner, satelliteTuners,
+                                       NimGlobal::fk_idNim);
             break;
         case InputType::terrestrial:
-            appendTuners<TempNIMCOFDMGlobal>(input, mapping::kTerrestrialTuner,
-                                             tunersOf<NimCOFDMGlobal>(input),
-                                             NimCOFDMGlobal::fk_idNimCOFDM);
+            writeTuners<TempNIMCOFDMGlobal>(input, mapping::kTerrestrialTuner,
+                                            tunersOf<NimCOFDMGlobal>(input),
+                                            NimCOFDMGlobal::fk_idNimCOFDM);
             break;
         case InputType::cable:
-            appendTuners<TempNIMQAMGlobal>(input, mapping::kCableTuner,
-                                           tunersOf<NimQAMGlobal>(input),
-                                           NimQAMGlobal::fk_idNimQAM);
+            writeTuners<TempNIMQAMGlobal>(input, mapping::kCableTuner,
+                                          tunersOf<NimQAMGlobal>(input), NimQAMGlobal::fk_idNimQAM);
             break;
     }
 }
 
 }  // namespace
 
-XmlNode* write::inputs(CmdGetConfiguration& command, const Element& section, const Module& module) {
+void write::inputs(CmdGetConfiguration& command, const Element& section, const Module& module) {
     const char* mac = module[tarvodb::RedesModulos::MAC].textOrEmpty();
-    XmlNode* list = command.createNode(section.name);
+    document::Writer& out = command.out();
+    out.open(section.name);
     for (const auto& row :
          doSelect<EntradasGlobal>(command.configDb(), tarvodb::clause::kByMac, mac)) {
-        XmlNode* node = append(command, list, section.children[0].name);
-        appendLeaves(command, node, mapping::kInput, row);
+        out.open(section.children[0].name);
+        writeLeaves(out, mapping::kInput, row);
         // Whatever the input's type: the loop is a property of its satellite tuners.
         const auto satelliteTuners =
             tarvodb::selectByFkIdEntradasGlobal(command.configDb(), row.key());
-        appendTunersOfType({command, node, mac, row, loopThroughOf(satelliteTuners)},
-                           satelliteTuners);
+        writeTunersOfType({command, mac, row, loopThroughOf(satelliteTuners)}, satelliteTuners);
+        out.close();
     }
-    return list;
+    out.close();
 }
 
 }  // namespace tarvo_remote_control

@@ -9,7 +9,6 @@
 #include "db/schema.h"
 #include "device/device_identity.h"
 #include "document/coded_texts.h"
-#include "document/xml.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 #include "mapping/module_family.h"
@@ -17,7 +16,6 @@
 namespace tarvo_remote_control {
 
 using document::CardRights;
-using document::XmlNode;
 using mapping::Element;
 using tarvodb::CAMInfoGlobal;
 using tarvodb::doSelect;
@@ -46,17 +44,17 @@ std::string cardSerialNumber(const Record<CAMInfoGlobal>& cam) {
 // Writes one `module` element.
 class ModuleExport {
   public:
-    ModuleExport(CmdGetConfiguration& command, XmlNode* node, const write::Module& module)
-        : command_(command), node_(node), module_(module) {}
+    ModuleExport(CmdGetConfiguration& command, const write::Module& module)
+        : command_(command), module_(module) {}
 
-    void writeChildren() {
+    void write() {
         const bool reportsCam = mapping::reportsCam(module_);
         if (reportsCam) {
             readCam();
         }
-        appendChildren(command_, node_, mapping::kModule, module_,
-                       Conditions().with(mapping::When::moduleReportsCam, reportsCam),
-                       [this](const Element& element) { writeOther(element); });
+        writeChildren(command_.out(), mapping::kModule, module_,
+                      Conditions().with(mapping::When::moduleReportsCam, reportsCam),
+                      [this](const Element& element) { writeOther(element); });
     }
 
   private:
@@ -74,31 +72,30 @@ class ModuleExport {
         } else if (element.column.isOf(ModulosCabecera::info)) {
             writeFirmware(element);
         } else {
-            node_->append_node(
-                mapping::rowNamed(kParts, element.name).write(command_, element, module_));
+            mapping::rowNamed(kParts, element.name).write(command_, element, module_);
         }
     }
 
     void writeCam(const Element& element) {
         switch (element.column.index) {
             case CAMInfoGlobal::cardSerialNumber:
-                append(command_, node_, element.name, cardSerialNumber(cam_).c_str());
+                command_.out().leaf(element.name, cardSerialNumber(cam_).c_str());
                 break;
             case CAMInfoGlobal::rightsHours: {
                 const auto rights = cardRights(cam_[CAMInfoGlobal::rightsHours].asInt());
-                append(command_, node_, element.name,
-                       document::codeText(element.texts, static_cast<int>(rights)));
+                command_.out().leaf(element.name,
+                                    document::codeText(element.texts, static_cast<int>(rights)));
                 break;
             }
             default:
-                appendLeaf(command_, node_, element, cam_);
+                writeLeaf(command_.out(), element, cam_);
         }
     }
 
     void writeFirmware(const Element& element) {
         for (const auto& firmware :
              doSelect<ModulosCabecera>(command_.stateDb(), tarvodb::clause::kByMac, mac())) {
-            appendLeaf(command_, node_, element, firmware);
+            writeLeaf(command_.out(), element, firmware);
         }
     }
 
@@ -106,7 +103,7 @@ class ModuleExport {
 
     struct Part {
         const char* name;
-        XmlNode* (*write)(CmdGetConfiguration&, const Element&, const write::Module&);
+        void (*write)(CmdGetConfiguration&, const Element&, const write::Module&);
     };
     static constexpr Part kParts[] = {
         {"inputs", write::inputs},
@@ -115,20 +112,21 @@ class ModuleExport {
     };
 
     CmdGetConfiguration& command_;
-    XmlNode* node_;
     const write::Module& module_;
     Record<CAMInfoGlobal> cam_;
 };
 
 }  // namespace
 
-XmlNode* write::modules(CmdGetConfiguration& command, const Element& section) {
-    XmlNode* list = command.createNode(section.name);
+void write::modules(CmdGetConfiguration& command, const Element& section) {
+    document::Writer& out = command.out();
+    out.open(section.name);
     for (const auto& module : doSelect<RedesModulos>(command.configDb())) {
-        ModuleExport(command, append(command, list, section.children[0].name), module)
-            .writeChildren();
+        out.open(section.children[0].name);
+        ModuleExport(command, module).write();
+        out.close();
     }
-    return list;
+    out.close();
 }
 
 }  // namespace tarvo_remote_control

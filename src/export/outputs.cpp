@@ -6,13 +6,11 @@
 #include "db/record.h"
 #include "db/schema.h"
 #include "document/coded_texts.h"
-#include "document/xml.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
-using document::XmlNode;
 using mapping::Element;
 using tarvodb::doSelect;
 using tarvodb::Record;
@@ -22,32 +20,32 @@ using tarvodb::SalidasLogicasGlobal;
 
 namespace {
 
-void appendRfOutput(CmdGetConfiguration& command, XmlNode* node, const Record<RFOutGlobal>& rf,
-                    int rfOutputMode) {
-    appendChildren(command, node, mapping::kRfOutput, rf, {}, [&](const Element& constellation) {
-        append(command, node, constellation.name,
-               document::codeText(mapping::exportedTexts(constellation, rfOutputMode),
-                                  rf.value(constellation.column.index).asInt()));
+void writeRfOutput(document::Writer& out, const Record<RFOutGlobal>& rf, int rfOutputMode) {
+    writeChildren(out, mapping::kRfOutput, rf, {}, [&](const Element& constellation) {
+        out.leaf(constellation.name,
+                 document::codeText(mapping::exportedTexts(constellation, rfOutputMode),
+                                    rf.value(constellation.column.index).asInt()));
     });
 }
 
 }  // namespace
 
-XmlNode* write::outputs(CmdGetConfiguration& command, const Element& section,
-                        const Module& module) {
+void write::outputs(CmdGetConfiguration& command, const Element& section, const Module& module) {
     const int rfOutputMode = module[RedesModulos::ModoSalidaRF].asInt();
-    XmlNode* list = command.createNode(section.name);
+    document::Writer& out = command.out();
+    out.open(section.name);
     for (const auto& output :
          doSelect<SalidasLogicasGlobal>(command.configDb(), tarvodb::clause::kByMac,
                                         module[RedesModulos::MAC].textOrEmpty())) {
-        XmlNode* node = append(command, list, section.children[0].name);
-        appendLeaves(command, node, mapping::kOutput, output);
+        out.open(section.children[0].name);
+        writeLeaves(out, mapping::kOutput, output);
         for (const auto& rf : doSelect<RFOutGlobal>(
                  command.configDb(), tarvodb::clause::kByLogicalOutput, output.key().text())) {
-            appendRfOutput(command, node, rf, rfOutputMode);
+            writeRfOutput(out, rf, rfOutputMode);
         }
+        out.close();
     }
-    return list;
+    out.close();
 }
 
 }  // namespace tarvo_remote_control

@@ -4,13 +4,11 @@
 #include "db/clauses.h"
 #include "db/operations.h"
 #include "db/schema.h"
-#include "document/xml.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
-using document::XmlNode;
 using mapping::Element;
 using tarvodb::doSelect;
 using tarvodb::ScramblingGlobal;
@@ -19,28 +17,29 @@ using tarvodb::ScramblingKeysGlobal;
 namespace {
 
 // The elements of the system that the keys are of; off when there is no such system.
-void appendSystem(CmdGetConfiguration& command, XmlNode* node, const Element& element,
-                  const char* name) {
+void writeSystem(CmdGetConfiguration& command, const Element& element, const char* name) {
     const auto systems =
         doSelect<ScramblingGlobal>(command.configDb(), tarvodb::clause::kByScramblingName, name);
     if (systems.empty()) {
-        append(command, node, element.name, "0");
+        command.out().leaf(element.name, "0");
     } else {
-        appendLeaf(command, node, element, systems.front());
+        writeLeaf(command.out(), element, systems.front());
     }
 }
 
 }  // namespace
 
-XmlNode* write::scramblings(CmdGetConfiguration& command, const Element& section) {
-    XmlNode* list = command.createNode(section.name);
+void write::scramblings(CmdGetConfiguration& command, const Element& section) {
+    document::Writer& out = command.out();
+    out.open(section.name);
     for (const auto& keys : doSelect<ScramblingKeysGlobal>(command.configDb())) {
-        XmlNode* node = append(command, list, section.children[0].name);
-        appendChildren(command, node, mapping::kScrambling, keys, {}, [&](const Element& element) {
-            appendSystem(command, node, element, keys[ScramblingKeysGlobal::System].textOrEmpty());
+        out.open(section.children[0].name);
+        writeChildren(out, mapping::kScrambling, keys, {}, [&](const Element& element) {
+            writeSystem(command, element, keys[ScramblingKeysGlobal::System].textOrEmpty());
         });
+        out.close();
     }
-    return list;
+    out.close();
 }
 
 }  // namespace tarvo_remote_control

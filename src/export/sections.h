@@ -1,11 +1,10 @@
 // The section writers. Each carries the name of its section, reads the rows that the section stands
-// for and returns the section's new, unattached element, which the command's result document owns.
-// A failed select gives a section without rows.
+// for and writes the section's element to the command's output. A failed select gives a section
+// without rows.
 #pragma once
 
 #include "db/operations.h"
 #include "db/record.h"
-#include "document/xml.h"
 #include "export/cmd_get_configuration.h"
 #include "export/elements.h"
 #include "mapping/element.h"
@@ -14,30 +13,27 @@ namespace tarvo_remote_control::write {
 
 // A list of all rows of one table.
 template <class Table>
-document::XmlNode* wholeTable(CmdGetConfiguration& command, const mapping::Element& list) {
-    return listOf(command, list, tarvodb::doSelect<Table>(command.configDb()));
+void wholeTable(CmdGetConfiguration& command, const mapping::Element& list) {
+    writeList(command.out(), list, tarvodb::doSelect<Table>(command.configDb()));
 }
 
 // Services of the programme guide, from the four Service_EPG tables.
-document::XmlNode* serviceEPGs(CmdGetConfiguration& command, const mapping::Element& section);
+void serviceEPGs(CmdGetConfiguration& command, const mapping::Element& section);
 // DVB networks, from RedesCabecera and the SI table files.
-document::XmlNode* dvbNetworks(CmdGetConfiguration& command, const mapping::Element& section);
+void dvbNetworks(CmdGetConfiguration& command, const mapping::Element& section);
 // Control words, from ScramblingKeysGlobal and ScramblingGlobal.
-document::XmlNode* scramblings(CmdGetConfiguration& command, const mapping::Element& section);
+void scramblings(CmdGetConfiguration& command, const mapping::Element& section);
 // All modules of the headend with their inputs, outputs and services, from RedesModulos.
-document::XmlNode* modules(CmdGetConfiguration& command, const mapping::Element& section);
+void modules(CmdGetConfiguration& command, const mapping::Element& section);
 
 // The sections inside one `module` element, a row of RedesModulos.
 using Module = tarvodb::Record<tarvodb::RedesModulos>;
 
 // From EntradasGlobal, the tuner tables and their live state.
-document::XmlNode* inputs(CmdGetConfiguration& command, const mapping::Element& section,
-                          const Module& module);
+void inputs(CmdGetConfiguration& command, const mapping::Element& section, const Module& module);
 // From SalidasLogicasGlobal and RFOutGlobal.
-document::XmlNode* outputs(CmdGetConfiguration& command, const mapping::Element& section,
-                           const Module& module);
+void outputs(CmdGetConfiguration& command, const mapping::Element& section, const Module& module);
 // From ServiciosSalidaGlobal, PIDsSalidaGlobal and the live state of received services.
-document::XmlNode* services(CmdGetConfiguration& command, const mapping::Element& section,
-                            const Module& module);
+void services(CmdGetConfiguration& command, const mapping::Element& section, const Module& module);
 
 }  // namespace tarvo_remote_control::write

@@ -4,13 +4,11 @@
 #include "db/clauses.h"
 #include "db/operations.h"
 #include "db/record.h"
-#include "document/xml.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 
 namespace tarvo_remote_control {
 
-using document::XmlNode;
 using mapping::Element;
 using tarvodb::doSelect;
 using tarvodb::Record;
@@ -22,29 +20,29 @@ using tarvodb::Service_EPG_Satellite;
 namespace {
 
 // The leaves of every matching transponder stand directly in the one element.
-XmlNode* satelliteEPG(CmdGetConfiguration& command, const Element& section,
-                      const Record<Service_EPG>& service) {
-    XmlNode* node = command.createNode(section.name);
+void satelliteEPG(CmdGetConfiguration& command, const Element& section,
+                  const Record<Service_EPG>& service) {
+    command.out().open(section.name);
     for (const auto& satellite : doSelect<Service_EPG_Satellite>(
              command.configDb(), tarvodb::clause::kByEpgSatellite,
              service[Service_EPG::fk_idService_EPG_Satellite].textOrEmpty())) {
-        appendLeaves(command, node, mapping::kSatelliteEpg, satellite);
+        writeLeaves(command.out(), mapping::kSatelliteEpg, satellite);
     }
-    return node;
+    command.out().close();
 }
 
 // The rows of a table that belong to the service.
 template <class Table>
-XmlNode* childRows(CmdGetConfiguration& command, const Element& section,
-                   const Record<Service_EPG>& service) {
-    return listOf(command, section,
-                  doSelect<Table>(command.configDb(), tarvodb::clause::kByServiceEpg,
-                                  service[Service_EPG::idService_EPG].text()));
+void childRows(CmdGetConfiguration& command, const Element& section,
+               const Record<Service_EPG>& service) {
+    writeList(command.out(), section,
+              doSelect<Table>(command.configDb(), tarvodb::clause::kByServiceEpg,
+                              service[Service_EPG::idService_EPG].text()));
 }
 
 struct PartWriter {
     const char* name;
-    XmlNode* (*write)(CmdGetConfiguration&, const Element&, const Record<Service_EPG>&);
+    void (*write)(CmdGetConfiguration&, const Element&, const Record<Service_EPG>&);
 };
 
 constexpr PartWriter kPartWriters[] = {
@@ -55,16 +53,17 @@ constexpr PartWriter kPartWriters[] = {
 
 }  // namespace
 
-XmlNode* write::serviceEPGs(CmdGetConfiguration& command, const Element& section) {
-    XmlNode* list = command.createNode(section.name);
+void write::serviceEPGs(CmdGetConfiguration& command, const Element& section) {
+    document::Writer& out = command.out();
+    out.open(section.name);
     for (const auto& service : doSelect<Service_EPG>(command.configDb())) {
-        XmlNode* node = append(command, list, section.children[0].name);
-        appendChildren(command, node, mapping::kServiceEpg, service, {}, [&](const Element& part) {
-            node->append_node(
-                mapping::rowNamed(kPartWriters, part.name).write(command, part, service));
+        out.open(section.children[0].name);
+        writeChildren(out, mapping::kServiceEpg, service, {}, [&](const Element& part) {
+            mapping::rowNamed(kPartWriters, part.name).write(command, part, service);
         });
+        out.close();
     }
-    return list;
+    out.close();
 }
 
 }  // namespace tarvo_remote_control

@@ -6,14 +6,12 @@
 #include "db/record.h"
 #include "db/schema.h"
 #include "document/coded_texts.h"
-#include "document/xml.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 #include "mapping/module_family.h"
 
 namespace tarvo_remote_control {
 
-using document::XmlNode;
 using mapping::Element;
 using tarvodb::Record;
 using tarvodb::RedesModulos;
@@ -35,31 +33,30 @@ constexpr LiveState kLiveStates[] = {
     {"transcodingStatus", Service::Transcoding, 0x40, 0x80},
 };
 
-void appendStates(CmdGetConfiguration& command, XmlNode* node, const Record<Service>& service,
-                  int bits) {
+void writeStates(document::Writer& out, const Record<Service>& service, int bits) {
     for (const Element& element : mapping::kServiceStatus) {
         const LiveState& state = mapping::rowNamed(kLiveStates, element.name);
         if (service[state.enabledBy].asInt() == 1 && (bits & state.validBit) != 0) {
             const int error = (bits & state.errorBit) != 0 ? 1 : 0;
-            append(command, node, element.name, document::codeText(element.texts, error));
+            out.leaf(element.name, document::codeText(element.texts, error));
         }
     }
 }
 
-XmlNode* serviceStatus(CmdGetConfiguration& command, const Element& section, const char* mac,
-                       const Record<Service>& service) {
-    XmlNode* node = command.createNode(section.name);
+void writeServiceStatus(CmdGetConfiguration& command, const Element& section, const char* mac,
+                        const Record<Service>& service) {
+    command.out().open(section.name);
     for (const auto& received : tarvodb::doSelect<ServiciosEntradaGlobal>(
              command.stateDb(), tarvodb::clause::kByInputService, mac,
              service[Service::OSID].textOrEmpty(), service[Service::fk_idEntrada].textOrEmpty())) {
-        appendStates(command, node, service, received[ServiciosEntradaGlobal::statusBits].asInt());
+        writeStates(command.out(), service, received[ServiciosEntradaGlobal::statusBits].asInt());
     }
-    return node;
+    command.out().close();
 }
 
-XmlNode* pidOrders(CmdGetConfiguration& command, const Element& section,
-                   const Record<Service>& service) {
-    return listOf(command, section, tarvodb::selectByFkIdSSG(command.configDb(), service.key()));
+void writePidOrders(CmdGetConfiguration& command, const Element& section,
+                    const Record<Service>& service) {
+    writeList(command.out(), section, tarvodb::selectByFkIdSSG(command.configDb(), service.key()));
 }
 
 bool isListed(const Record<Service>& service) {
@@ -68,25 +65,28 @@ bool isListed(const Record<Service>& service) {
 
 }  // namespace
 
-XmlNode* write::services(CmdGetConfiguration& command, const Element& section,
-                         const Module& module) {
+void write::services(CmdGetConfiguration& command, const Element& section, const Module& module) {
     const char* mac = module[RedesModulos::MAC].textOrEmpty();
     const auto conditions =
         Conditions().with(mapping::When::moduleDescrambles, mapping::descramblesServices(module));
-    XmlNode* list = command.createNode(section.name);
+    document::Writer& out = command.out();
+    out.open(section.name);
     for (const auto& service :
          tarvodb::doSelect<Service>(command.configDb(), tarvodb::clause::kByMac, mac)) {
         if (!isListed(service)) {
             continue;
         }
-        XmlNode* node = append(command, list, section.children[0].name);
-        appendChildren(
-            command, node, mapping::kService, service, conditions, [&](const Element& part) {
-                node->append_node(part.liveState ? serviceStatus(command, part, mac, service)
-                                                 : pidOrders(command, part, service));
-            });
+        out.open(section.children[0].name);
+        writeChildren(out, mapping::kService, service, conditions, [&](const Element& part) {
+            if (part.liveState) {
+                writeServiceStatus(command, part, mac, service);
+            } else {
+                writePidOrders(command, part, service);
+            }
+        });
+        out.close();
     }
-    return list;
+    out.close();
 }
 
 }  // namespace tarvo_remote_control

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -93,9 +94,11 @@ bool syncFolderOf(const std::string& path) {
     return file.isOpen() && ::fsync(file.number()) == 0;
 }
 
-bool writeWhole(Descriptor& file, const std::string& content, const FileAccess& access) {
-    return giveAccess(file, access) && writeAll(file, content) && ::fsync(file.number()) == 0 &&
-           file.close();
+bool writeWhole(Descriptor& file, std::span<const std::string> pieces, const FileAccess& access) {
+    return giveAccess(file, access) &&
+           std::all_of(pieces.begin(), pieces.end(),
+                       [&](const std::string& piece) { return writeAll(file, piece); }) &&
+           ::fsync(file.number()) == 0 && file.close();
 }
 
 }  // namespace
@@ -139,13 +142,14 @@ bool write(const std::string& path, const std::string& content) {
     return file.isOpen() && writeAll(file, content) && file.close();
 }
 
-bool replace(const std::string& path, const std::string& content, const FileAccess& access) {
+bool replace(const std::string& path, std::span<const std::string> pieces,
+             const FileAccess& access) {
     std::string beside = path + ".new-XXXXXX";
     Descriptor file(::mkostemp(beside.data(), O_CLOEXEC));
     if (!file.isOpen()) {
         return false;
     }
-    if (!writeWhole(file, content, access) || std::rename(beside.c_str(), path.c_str()) != 0) {
+    if (!writeWhole(file, pieces, access) || std::rename(beside.c_str(), path.c_str()) != 0) {
         ::unlink(beside.c_str());
         return false;
     }

@@ -13,7 +13,11 @@ std::optional<FileStatus> status(const std::string& path);
 std::optional<std::string> read(const std::string& path);
 std::optional<std::string> readRegular(const std::string& path);
 bool write(const std::string& path, const std::string& content);
-bool replace(const std::string& path, const std::string& content, const FileAccess& access);
+bool replace(const std::string& path, std::span<const std::string> pieces,
+             const FileAccess& access);
+inline bool replace(const std::string& path, const std::string& content, const FileAccess& access) {
+    return replace(path, {&content, 1}, access);
+}
 
 // Puts something in the place of standard streams that the program was started without: the next
 // file that is opened would be there otherwise, and be written to. Writing to them fails.

@@ -21,7 +21,8 @@ unsigned effectiveUser();
 std::optional<std::string> readFile(const std::string& path);
 std::optional<std::string> readRegularFile(const std::string& path);
 bool writeFile(const std::string& path, const std::string& content);
-bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access);
+bool replaceFile(const std::string& path, std::span<const std::string> pieces,
+                 const FileAccess& access);
 void renameFile(const std::string& from, const std::string& to);
 void removeFile(const std::string& path);
 void syncFiles();

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <ctime>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -96,8 +97,14 @@ struct FileAccess {
 // Replaces the file by a new one, which is on the disk before it takes the old one's place: there
 // is one of the two, whole, at any time. A link or a pipe that stands there is replaced itself. The
 // new file is called `path` + ".new-" and six characters until then; a program that is killed
-// leaves it. False when it could not be done; the old file is still there then.
-bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access);
+// leaves it. False when it could not be done; the old file is still there then. Its content is the
+// pieces, one after the other.
+bool replaceFile(const std::string& path, std::span<const std::string> pieces,
+                 const FileAccess& access);
+inline bool replaceFile(const std::string& path, const std::string& content,
+                        const FileAccess& access) {
+    return replaceFile(path, {&content, 1}, access);
+}
 
 // Failures of these two are ignored: a file that is not there needs no work.
 void renameFile(const std::string& from, const std::string& to);

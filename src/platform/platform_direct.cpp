@@ -42,8 +42,9 @@ bool writeFile(const std::string& path, const std::string& content) {
     return os::writeFile(path, content);
 }
 
-bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access) {
-    return os::replaceFile(path, content, access);
+bool replaceFile(const std::string& path, std::span<const std::string> pieces,
+                 const FileAccess& access) {
+    return os::replaceFile(path, pieces, access);
 }
 
 void renameFile(const std::string& from, const std::string& to) { os::renameFile(from, to); }

@@ -100,8 +100,9 @@ bool writeFile(const std::string& path, const std::string& content) {
     return files::write(path, content);
 }
 
-bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access) {
-    return files::replace(path, content, access);
+bool replaceFile(const std::string& path, std::span<const std::string> pieces,
+                 const FileAccess& access) {
+    return files::replace(path, pieces, access);
 }
 
 void renameFile(const std::string& from, const std::string& to) {

@@ -131,9 +131,10 @@ bool writeFile(const std::string& path, const std::string& content) {
     return true;
 }
 
-bool replaceFile(const std::string& path, const std::string& content, const FileAccess& access) {
+bool replaceFile(const std::string& path, std::span<const std::string> pieces,
+                 const FileAccess& access) {
     device().note("write: " + path);
-    return files::replace(device().path(path), content, access);
+    return files::replace(device().path(path), pieces, access);
 }
 
 void renameFile(const std::string& from, const std::string& to) {

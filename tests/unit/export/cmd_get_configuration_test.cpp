@@ -286,15 +286,32 @@ TEST_F(ExportedDocument, ReadsATableThatHasMoreColumns) {
     EXPECT_EQ(element("network/netmask"), "<netmask>255.0.0.0</netmask>");
 }
 
-TEST_F(ExportedDocument, MakesAnElementOfAnySetting) {
-    insertSetting("servidorZEN_activo", "'1'");
-    exportConfiguration();
-    EXPECT_EQ(document::printed(*command().settingElement("on", "servidorZEN_activo"),
-                                document::kNoIndenting),
-              "<on>1</on>");
-    EXPECT_EQ(
-        document::printed(*command().settingElement("on", "no such key"), document::kNoIndenting),
-        "<on/>");
+TEST_F(ExportedDocument, GoesToAWriterInsteadOfTheResult) {
+    insertSetting("network_IP", "'<1> & \"2\"'");
+    insertConfig("RedesModulos", "MAC, HostName", "'M1', 'x'");
+    insertConfig("ServiciosSalidaGlobal", "MAC, SSU, EstadoBorrado", "'M1', 0, 0");
+    for (const std::string& model : test::kModels) {
+        SCOPED_TRACE(model);
+        becomeModel(model);
+        exportConfiguration();
+        document::TextWriter text("");
+        CmdGetConfiguration command(text);
+        command.execute();
+        ASSERT_EQ(text.blocks().size(), 1U);
+        EXPECT_EQ(text.blocks().front(),
+                  document::printed(*this->command().getConfigurationNode()));
+        EXPECT_EQ(command.getConfigurationNode(), nullptr);
+        EXPECT_NE(command.resultXml().find("<data/>"), std::string::npos);
+    }
+}
+
+TEST_F(ExportedDocument, IsNotWrittenWhenADatabaseCannotBeOpened) {
+    device.failOpens(tarvodb::kStateDatabase);
+    document::TextWriter text("");
+    CmdGetConfiguration command(text);
+    command.execute();
+    EXPECT_EQ(text.blocks(), std::vector<std::string>{""});
+    EXPECT_EQ(command.errors(), std::set{ErrorCode::database});
 }
 
 TEST_F(ExportedDocument, StandsInTheDataOfTheCommandsResult) {

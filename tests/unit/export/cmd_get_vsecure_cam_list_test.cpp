@@ -56,11 +56,17 @@ class GetVsecureCamList : public test::DeviceTest {
         return dataOf(command);
     }
 
-    // The printed list.
+    // The list that a command writes, printed.
+    static std::string writtenBy(CmdGetVsecureCAMList& command, bool includePublicKeys,
+                                 bool fullRecords, const char* name) {
+        document::XmlDocument document;
+        document::TreeWriter tree(document, document);
+        command.writeCAMList(tree, includePublicKeys, fullRecords, name);
+        return document::printed(document, document::kNoIndenting);
+    }
     std::string listOf(bool includePublicKeys, bool fullRecords, const char* name) {
         CmdGetVsecureCAMList command;
-        const std::string list = document::printed(
-            *command.buildCAMList(includePublicKeys, fullRecords, name), document::kNoIndenting);
+        std::string list = writtenBy(command, includePublicKeys, fullRecords, name);
         errors_ = command.errors();
         return list;
     }
@@ -188,16 +194,15 @@ TEST_F(GetVsecureCamList, TheDatabaseIsClosedAfterwards) {
         EXPECT_TRUE(databaseIsOpen());  // so that the check below would see an open one
     }
     CmdGetVsecureCAMList command;
-    command.buildCAMList(true, true, "list");
+    writtenBy(command, true, true, "list");
     EXPECT_FALSE(databaseIsOpen());
 }
 
-TEST_F(GetVsecureCamList, BuildingTheListAttachesAndLogsNothing) {
+TEST_F(GetVsecureCamList, WritingTheListAttachesAndLogsNothing) {
     platform::debugMask = 0x10;
     insertCam("'C-1'", "'PK'");
     CmdGetVsecureCAMList command;
-    const document::XmlNode* list = command.buildCAMList(true, true, "list");
-    EXPECT_EQ(list->parent(), nullptr);
+    EXPECT_NE(writtenBy(command, true, true, "list").find("<cam>"), std::string::npos);
     EXPECT_TRUE(device.logLines().empty());
     EXPECT_EQ(dataOf(command).find("<cam>"), std::string::npos);
 }
@@ -206,8 +211,7 @@ TEST_F(GetVsecureCamList, AListThatCannotBeOpenedIsEmptyWithAnError) {
     insertCam("'C-1'", "'PK'");
     device.failOpens(tarvodb::kVsecureDatabase);
     CmdGetVsecureCAMList command;
-    const document::XmlNode* list = command.buildCAMList(true, true, "vsecureCAMList");
-    EXPECT_EQ(document::printed(*list, document::kNoIndenting), "<vsecureCAMList/>");
+    EXPECT_EQ(writtenBy(command, true, true, "vsecureCAMList"), "<vsecureCAMList/>");
     EXPECT_EQ(command.errors(), std::set{ErrorCode{102}});
     EXPECT_NE(command.result()
                   .toXml(document::kNoIndenting)

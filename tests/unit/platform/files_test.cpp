@@ -78,6 +78,14 @@ TEST_F(Files, AReplacedFileHasTheContentAndTheMode) {
     EXPECT_THAT(names(), ElementsAre("f"));
 }
 
+TEST_F(Files, AReplacementHasAllPiecesInTheirOrder) {
+    const std::vector<std::string> pieces = {"one ", "", "two ", "three"};
+    EXPECT_TRUE(replace(path("f"), pieces, {.mode = 0600}));
+    EXPECT_EQ(read(path("f")), "one two three");
+    EXPECT_TRUE(replace(path("f"), std::span<const std::string>(), {.mode = 0600}));
+    EXPECT_EQ(read(path("f")), "");
+}
+
 TEST_F(Files, AReplacedFileHasTheGroup) {
     EXPECT_TRUE(replace(path("f"), "x", {.mode = 0640, .group = getegid()}));
     EXPECT_EQ(status(path("f")).value().group, getegid());
