@@ -13,7 +13,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 
 from e2e import main
-from headends import CONFIG, Device, Headends
+from fleet_sim import CONFIG, FLEET, Device, Headends
 
 CONFIG_DB = "/tarvo/DB/config_global.sqlite"
 STATE_DB = "/tmp/temp_global.sqlite"
@@ -210,15 +210,25 @@ class NightsTest(unittest.TestCase):
         for name in ("backup", "plan", "restore"):
             run = headends.play(name, "--syntax-check")
             self.assertEqual(0, run.status, run.output)
-        subprocess.run(
-            ["ansible-galaxy", "collection", "build", "--output-path", headends.folder],
-            cwd=Path(__file__).resolve().parents[2] / "fleet",
-            env={**os.environ, "HOME": str(headends.folder)},
-            check=True,
-            stdout=subprocess.DEVNULL,
-        )
-        self.assertEqual(1, len(list(headends.folder.glob("tarvo-fleet-*.tar.gz"))))
+        # And installed: the role is found there, too.
+        environment = {"ANSIBLE_COLLECTIONS_PATH": str(headends.folder / "collections")}
+        for words in (
+            ("build", "--output-path", headends.folder),
+            ("install", "-p", environment["ANSIBLE_COLLECTIONS_PATH"], headends.folder / ARCHIVE),
+        ):
+            subprocess.run(
+                ["ansible-galaxy", "collection", *words],
+                cwd=FLEET,
+                env={**os.environ, **environment, "HOME": str(headends.folder)},
+                check=True,
+                stdout=subprocess.DEVNULL,
+            )
+        headends.variables["hotel"]["ansible_host"] = "127.0.2.1"
+        run = headends.play("backup", playbook="tarvo.fleet.backup", **environment)
+        self.assertIn("it does not answer", self.said(run.output, "hotel"))
 
+
+ARCHIVE = "tarvo-fleet-1.0.0.tar.gz"
 
 # What stands for tarvo-config on a headend that is broken or hostile.
 SCRIPTS = {

@@ -25,7 +25,7 @@ Element bandTaken(Take how) {
 std::pair<bool, std::string> taken(const Element& element, const std::string& text) {
     const test::ParsedXml child("<band>" + text + "</band>");
     tarvodb::Record<DiSEqCGlobal> position;
-    position.put(DiSEqCGlobal::Banda, 7);
+    position.set(DiSEqCGlobal::Banda, 7);
     const bool isTaken = take(position, element, child.root());
     return {isTaken, position[DiSEqCGlobal::Banda].asString()};
 }

@@ -210,8 +210,10 @@ def _keep(
         if not details:
             return "unchanged", False
         what = summary(details)
-    title = f"{clean(host, 100)}: {what}"
-    repository.keep(host, document, [title, *([""] if reason or details else []), *([reason] if reason else []), *details])
+    message = [f"{clean(host, 100)}: {what}" + (", after a restore" if reason else "")]
+    if reason or details:
+        message += ["", *([reason, ""] if reason else []), *details]
+    repository.keep(host, document, message)
     return what, True
 
 
@@ -278,7 +280,7 @@ def _finish(
             " look for it there: change ansible_host in the inventory.",
         ) from None
     about, intended, before = pending.about, pending.intended, pending.before
-    what, _ = _keep(job, repository, tool, now, f"After a restore of {about['document']}.")
+    what, _ = _keep(job, repository, tool, now, f"Restored was {about['document']}.")
     _job_script(job, "forget", pending)
     pending.end()
     missing = tool.differences(intended, now)

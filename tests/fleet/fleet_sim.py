@@ -31,6 +31,8 @@ from device import Device  # noqa: E402
 CONFIG = Path(os.environ.get("TARVO_CONFIG", REPOSITORY / "build/release/bin/tarvo-config"))
 BACKUP = Path(os.environ.get("TARVO_BACKUP", CONFIG.with_name("tarvo-backup")))
 SSHD = "/usr/sbin/sshd"
+# That one sshd listens on.
+MOST_ADDRESSES = 16
 FLEET = REPOSITORY / "fleet"
 
 
@@ -50,7 +52,7 @@ class Headends:
         self.devices: dict[str, Device] = {}
         self.variables: dict[str, dict[str, object]] = {}
         self._addresses: dict[str, str] = {}
-        self._sshd: subprocess.Popen[bytes] | None = None
+        self._sshds: list[subprocess.Popen[bytes]] = []
         self.port = _free_port()
         for name in ("host_key", "key", "other_key"):
             self._key(name)
@@ -113,7 +115,6 @@ class Headends:
         login = [sys.executable, "-B", REPOSITORY / "tests/fleet/login.py", self.folder]
         lines = [
             f"Port {self.port}",
-            *(f"ListenAddress {address}" for address in self._addresses.values()),
             f"HostKey {self.folder}/host_key",
             f"AuthorizedKeysFile {self.folder}/authorized_keys",
             f"ForceCommand {shlex.join(map(str, login))}",
@@ -122,11 +123,18 @@ class Headends:
         ]
         config = self.folder / "sshd_config"
         config.write_text("\n".join(lines) + "\n")
-        log = (self.folder / "sshd.log").open("wb")
-        self._sshd = subprocess.Popen(
-            [SSHD, "-D", "-e", "-f", config], stdin=subprocess.DEVNULL, stderr=log, start_new_session=True
-        )
-        log.close()
+        addresses = list(self._addresses.values())
+        with (self.folder / "sshd.log").open("wb") as log:
+            for first in range(0, len(addresses), MOST_ADDRESSES):
+                part = addresses[first : first + MOST_ADDRESSES]
+                self._sshds.append(
+                    subprocess.Popen(
+                        [SSHD, "-De", "-f", config, *(f"-oListenAddress={a}" for a in part)],
+                        stdin=subprocess.DEVNULL,
+                        stderr=log,
+                        start_new_session=True,
+                    )
+                )
         for address in self._addresses.values():
             self._wait_for(address)
         host_key = (self.folder / "host_key.pub").read_text()
@@ -136,12 +144,12 @@ class Headends:
 
     def stop(self) -> None:
         """Ends sshd and its connections."""
-        if self._sshd is not None:
-            self._sshd.terminate()
-            self._sshd.wait()
+        for sshd in self._sshds:
+            sshd.terminate()
+            sshd.wait()
             with contextlib.suppress(ProcessLookupError):
-                os.killpg(self._sshd.pid, signal.SIGTERM)
-            self._sshd = None
+                os.killpg(sshd.pid, signal.SIGTERM)
+        self._sshds.clear()
 
     def inventory(self) -> Path:
         hosts = {
@@ -172,10 +180,11 @@ class Headends:
         extra: dict[str, object] | None = None,
         under: tuple[str | Path, ...] = (),
         inventory: Path | None = None,
+        playbook: str | None = None,
         **environment: str,
     ) -> Run:
         """ansible-playbook fleet/playbooks/NAME.yml; `extra` are its -e variables."""
-        playbook = FLEET / f"playbooks/{name}.yml"
+        playbook = playbook or FLEET / f"playbooks/{name}.yml"
         command = [*under, "ansible-playbook", "-i", inventory or self.inventory(), playbook, *words]
         if extra:
             command += ["-e", json.dumps(extra)]
@@ -222,7 +231,7 @@ class Headends:
                 socket.create_connection((address, self.port), 1).close()
                 return
             except OSError:
-                if self._sshd.poll() is not None:
+                if any(sshd.poll() is not None for sshd in self._sshds):
                     raise RuntimeError((self.folder / "sshd.log").read_text()) from None
                 time.sleep(0.02)
 
