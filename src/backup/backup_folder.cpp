@@ -76,7 +76,9 @@ bool isBackupName(const std::string& name, const std::string& stem) {
 std::vector<fs::path> backupsIn(const std::string& folder, const std::string& stem) {
     std::vector<fs::path> backups;
     for (const auto& entry : fs::directory_iterator(folder)) {
-        if (isBackupName(entry.path().filename().string(), stem)) {
+        // Somebody else may have put a pipe there, or a link.
+        if (isBackupName(entry.path().filename().string(), stem) &&
+            fs::is_regular_file(entry.symlink_status())) {
             backups.push_back(entry.path());
         }
     }

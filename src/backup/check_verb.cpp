@@ -30,8 +30,8 @@ void print(const Finding& finding, const std::string& name, const Painter& paint
     out << name << ':' << finding.position.line << ':' << finding.position.column << ": "
         << (finding.severity == Severity::error ? paint(Style::error, "error")
                                                 : paint(Style::warning, "warning"))
-        << ": " << onOneLine(finding.path) << (finding.path.empty() ? "" : ": ") << finding.message
-        << '\n';
+        << ": " << onOneLine(finding.path) << (finding.path.empty() ? "" : ": ")
+        << onOneLine(finding.message) << '\n';
 }
 
 }  // namespace

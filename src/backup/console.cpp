@@ -1,5 +1,9 @@
 #include "backup/console.h"
 
+#include <algorithm>
+
+#include "backup/utf8.h"
+
 namespace tarvo_backup {
 
 namespace {
@@ -22,6 +26,13 @@ std::string_view startOf(Style style) {
 
 constexpr std::string_view kEnd = "\x1b[0m";
 
+// Also U+0080 to U+009F, which some terminals take for commands.
+bool isTerminalControl(std::string_view character) {
+    const auto first = static_cast<unsigned char>(character.front());
+    return first < 0x20 || first == 0x7f ||
+           (first == 0xc2 && static_cast<unsigned char>(character.back()) < 0xa0);
+}
+
 }  // namespace
 
 std::string Painter::operator()(Style style, std::string_view text) const {
@@ -31,14 +42,19 @@ std::string Painter::operator()(Style style, std::string_view text) const {
 std::string onOneLine(std::string_view text) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::string line;
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (character == '\n') {
+    while (!text.empty()) {
+        const std::size_t length = characterLength(text);
+        const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
+        text.remove_prefix(character.size());
+        if (character == "\n") {
             line += "\\n";
-        } else if (character == '\t') {
+        } else if (character == "\t") {
             line += "\\t";
-        } else if (byte < 0x20 || byte == 0x7f) {
-            line += {'\\', 'x', kDigits[byte >> 4U], kDigits[byte & 0xfU]};
+        } else if (length == 0 || isTerminalControl(character)) {
+            for (const char each : character) {
+                const auto byte = static_cast<unsigned char>(each);
+                line += {'\\', 'x', kDigits[byte >> 4U], kDigits[byte & 0xfU]};
+            }
         } else {
             line += character;
         }

@@ -41,7 +41,8 @@ class Painter {
     bool active_;
 };
 
-// The text on one line: control characters as \n, \t or \x1b, a backslash as it is.
+// The text on one line, without what a terminal takes for a command: control characters and bytes
+// that are not UTF-8 as \n, \t or \x1b, a backslash as it is.
 std::string onOneLine(std::string_view text);
 
 }  // namespace tarvo_backup

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "app/run_modes.h"
+#include "backup/console.h"
 #include "backup/fault.h"
 #include "device/device_identity.h"
 
@@ -35,7 +36,7 @@ std::string exportIn(Sandbox& sandbox) {
     if (status != app::ExitStatus::success || traffic.failedStatements > 0) {
         std::string message = "the configuration cannot be read as a whole";
         for (const LogLine& line : traffic.log) {
-            message += "\n  " + line.text.substr(0, line.text.find('\n'));
+            message += "\n  " + onOneLine(line.text.substr(0, line.text.find('\n')));
         }
         throw Fault(ExitStatus::cannotRead, message);
     }

@@ -75,6 +75,7 @@ RestoreReport restoreAndTell(const RestoreOptions& options, const Console& conso
         return report;
     }
     if (!options.yes && !isAgreedTo(console)) {
+        tell("Nothing was done.");
         report.outcome = RestoreOutcome::declined;
         return report;
     }

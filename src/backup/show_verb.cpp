@@ -9,21 +9,30 @@
 #include "backup/overview_text.h"
 #include "backup/secrets.h"
 #include "backup/verbs.h"
+#include "platform/files.h"
 
 namespace tarvo_backup {
 
 namespace {
 
-void writePage(const std::string& page, const std::string& path, const Console& console) {
-    if (path == "-") {
-        console.out << page;
-        return;
-    }
+bool writeForAll(const std::string& path, const std::string& page) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << page;
     file.close();
-    if (!file) {
-        throw Fault(ExitStatus::cannotWrite, path + ": cannot be written");
+    return !file.fail();
+}
+
+void writePage(const std::string& page, const ShowOptions& options, const Console& console) {
+    if (options.htmlPath == "-") {
+        console.out << page;
+        return;
+    }
+    constexpr unsigned kOwnerOnly = 0600;
+    const bool isWritten =
+        options.withSecrets ? platform::files::replace(options.htmlPath, page, {.mode = kOwnerOnly})
+                            : writeForAll(options.htmlPath, page);
+    if (!isWritten) {
+        throw Fault(ExitStatus::cannotWrite, options.htmlPath + ": cannot be written");
     }
 }
 
@@ -37,7 +46,7 @@ ExitStatus runShow(const ShowOptions& options, const Console& console) {
     }
     const Overview overview = overviewOf(document, options.withSecrets);
     if (!options.htmlPath.empty()) {
-        writePage(htmlPage(overview), options.htmlPath, console);
+        writePage(htmlPage(overview), options, console);
     } else if (options.output.json) {
         console.out << toJson(overview) << '\n';
     } else {

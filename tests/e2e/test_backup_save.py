@@ -1,6 +1,7 @@
 """tarvo-backup save: complete backups, or an error."""
 
 import json
+import os
 import re
 import stat
 import sys
@@ -14,6 +15,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 from e2e import BACKUP_PROGRAM, CONFIG_DB, Device, EndToEndTest, Result, golden, main, models
 
 FOLDER = "/tarvo/backup"
+SAVES = int(os.environ.get("TARVO_SAVES", "10"))
 
 
 class SaveTest(EndToEndTest):
@@ -85,6 +87,20 @@ class SaveTest(EndToEndTest):
             ),
         )
 
+    def test_what_others_put_beside_the_backups_is_not_taken_for_one(self) -> None:
+        device = self.device("WVX-BQ4")
+        self.assertEqual(0, self.save(device).status)
+        first = self.kept(device)[0].name
+        stem = first.rpartition("-20")[0]
+        folder = device.path(FOLDER)
+        os.mkfifo(folder / f"{stem}-2999-01-01T0000Z.xml")
+        (folder / f"{stem}-2998-01-01T0000Z.xml").symlink_to("/tmp/elsewhere.xml")
+        (folder / f"{stem}-2997-01-01T0000Z.xml").mkdir()
+        result = self.save(device, "--keep", "1")
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertIn(f"{first}: unchanged since".encode(), result.stdout)
+        self.assertEqual(4, len(list(folder.glob("*.xml"))))
+
     def test_beside_a_writer_a_backup_is_never_mixed(self) -> None:
         device = self.device("WVX-BQ4")
         done = threading.Event()
@@ -107,7 +123,7 @@ class SaveTest(EndToEndTest):
         writer = threading.Thread(target=write)
         writer.start()
         try:
-            for _ in range(10):
+            for _ in range(SAVES):
                 result = self.save(device, "--output", "-")
                 self.assertEqual((0, b""), (result.status, result.stderr))
                 values = re.findall(

@@ -281,4 +281,10 @@ TEST(BackupCheckVerb, PrintsJson) {
               "    \"message\": \"unknown element; did you mean 'lnb'?\"\n  }\n]\n");
 }
 
+TEST(BackupCheck, ANameOfTheDocumentIsNoCommandToATerminal) {
+    const Ran result = ran({"check", "-"}, "<configuration><a\x1b[2J></b\x1b[31m></configuration>");
+    EXPECT_EQ(std::string::npos, result.out.find('\x1b')) << result.out;
+    EXPECT_NE(std::string::npos, result.out.find("</b\\x1b[31m> closes <a\\x1b[2J>")) << result.out;
+}
+
 }  // namespace tarvo_backup
