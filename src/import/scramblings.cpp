@@ -98,17 +98,14 @@ constexpr SystemRow<ScramblingKeysGlobal> kKeysRow{tarvodb::clause::kByScramblin
                                                    "Could not insert ScramblingKG",
                                                    "Could not update ScramblingKG"};
 
-// Writes the table's part of an element. A stored row is left alone when it is not marked then.
+// Writes the table's part of an element.
 template <class Table>
 bool write(CmdSetConfiguration& command, const SystemRow<Table>& row, const XmlNode& scrambling) {
     auto stored = tarvodb::doSelect<Table>(command.db(), row.clause, kSystem);
     Record<Table> record = stored.empty() ? row.make() : std::move(stored.front());
     takeAndMark(record, mapping::kScrambling, scrambling);
-    if (stored.empty()) {
-        return insertRecord(command, record, row.insertMessage);
-    }
-    return !holds(record[Table::Estado], StatusMark::changed) ||
-           updateRecord(command, record, row.updateMessage);
+    return stored.empty() ? insertRecord(command, record, row.insertMessage)
+                          : updateRecord(command, record, row.updateMessage);
 }
 
 }  // namespace
