@@ -6,6 +6,8 @@
 #include "backup/plan.h"
 #include "backup/tree.h"
 #include "backup/values.h"
+#include "db/schema.h"
+#include "db/table.h"
 #include "device/device_identity.h"
 
 namespace tarvo_backup {
@@ -70,9 +72,9 @@ bool hasMark(const Plan& plan, std::string_view meaning) {
                        [meaning](const Mark& mark) { return mark.meaning == meaning; });
 }
 
-bool changesTable(const Plan& plan, std::string_view table) {
+bool changesTable(const Plan& plan, const tarvodb::TableInfo& table) {
     return std::any_of(plan.rows.begin(), plan.rows.end(),
-                       [table](const RowChange& change) { return change.table == table; });
+                       [&table](const RowChange& change) { return change.table == table.name; });
 }
 
 bool swapsPlsMode(const Document& document, const Plan&) {
@@ -177,7 +179,8 @@ bool networkNumberIsZero(const Document&, const Plan& plan) {
 
 bool addsNetwork(const Document&, const Plan& plan) {
     return std::any_of(plan.rows.begin(), plan.rows.end(), [](const RowChange& change) {
-        return change.table == "RedesCabecera" && change.kind == RowChange::Kind::added;
+        return change.table == tarvodb::RedesCabecera::info.name &&
+               change.kind == RowChange::Kind::added;
     });
 }
 
@@ -193,7 +196,9 @@ bool outputTypeIsNotTaken(const Document&, const Plan& plan) {
     return differsIn(plan, "/outputs/", "/type");
 }
 
-bool writesCamList(const Document&, const Plan& plan) { return changesTable(plan, "VSecure"); }
+bool writesCamList(const Document&, const Plan& plan) {
+    return changesTable(plan, tarvodb::VSecure::info);
+}
 
 bool homeChannelIdsAreNotTaken(const Document&, const Plan& plan) {
     return differsIn(plan, "homeChannels/", "/onid") || differsIn(plan, "homeChannels/", "/tsid");
@@ -208,11 +213,13 @@ bool removesServices(const Document&, const Plan& plan) {
 }
 
 bool numbersRowsAnew(const Document&, const Plan& plan) {
-    return changesTable(plan, "AudioLanguageListGlobal") || changesTable(plan, "Service_EPG");
+    return changesTable(plan, tarvodb::AudioLanguageListGlobal::info) ||
+           changesTable(plan, tarvodb::Service_EPG::info);
 }
 
 bool worksSecondOutputOut(const Document&, const Plan& plan) {
-    return DeviceIdentity::instance().isLMV() && changesTable(plan, "SalidasLogicasGlobal");
+    return DeviceIdentity::instance().isLMV() &&
+           changesTable(plan, tarvodb::SalidasLogicasGlobal::info);
 }
 
 bool marksRows(const Document&, const Plan& plan) {
