@@ -5,6 +5,7 @@
 
 #include "backup/device_files.h"
 #include "backup/sqlite.h"
+#include "command/error_line.h"
 #include "db/database.h"
 #include "document/xml.h"
 #include "import/regional.h"
@@ -18,9 +19,6 @@ using document::XmlNode;
 namespace {
 
 Sandbox* current = nullptr;
-
-// The debug log tells each error as a command records it.
-constexpr std::string_view kErrorLine = "Command error: ";
 
 std::optional<Place> placeOf(const XmlNode* node) {
     if (node == nullptr) {
@@ -81,7 +79,9 @@ void Sandbox::startAfresh() {
     traffic_ = std::move(fresh);
 }
 
+// The debug log tells of each error as a command records it.
 void Sandbox::noteLine(int priority, const std::string& text) {
+    constexpr std::string_view kErrorLine = tarvo_remote_control::kErrorLine;
     if (!text.starts_with(kErrorLine)) {
         traffic_.log.push_back({priority, text});
         return;

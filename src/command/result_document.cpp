@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include "command/error_line.h"
 #include "device/device_identity.h"
 #include "platform/debug_log.h"
 
@@ -48,7 +49,7 @@ void ResultDocument::addError(ErrorCode code, const std::string& detail) {
     XmlNode* error = createNode("error");
     appendNew(error, "id", std::to_string(number(code)).c_str());
     appendNew(error, "text", text.c_str());
-    platform::debugLog(LOG_ERR, "Command error: " + std::to_string(number(code)) + " " + text);
+    platform::debugLog(LOG_ERR, kErrorLine + std::to_string(number(code)) + " " + text);
     errors_->append_node(error);
 }
 
