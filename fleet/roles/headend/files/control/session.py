@@ -21,6 +21,10 @@ LONGEST_COMPLAINT = 64 * 1024
 # What ssh says, and what that means for whoever reads it in the morning. The first that fits counts.
 MEANINGS = (
     (
+        r"Identity file|no such identity|UNPROTECTED PRIVATE KEY|invalid format",
+        "the private key cannot be used: it is not there, or others can read it",
+    ),
+    (
         r"REMOTE HOST IDENTIFICATION HAS CHANGED",
         "its host key is another one than before. If the controller was replaced, remove the old key"
         " (ssh-keygen -R) and add the new one; if not, somebody may be in between",
@@ -33,10 +37,6 @@ MEANINGS = (
     (
         r"Could not resolve|Name or service|hostname contains invalid|Bad port",
         "there is no such host: look at its line in the inventory",
-    ),
-    (
-        r"Identity file|no such identity|UNPROTECTED PRIVATE KEY|invalid format|Load key",
-        "the private key cannot be used",
     ),
     (
         r"Connection refused|No route|unreachable|timed out during banner|port \d+: Connection timed"
