@@ -13,7 +13,7 @@ sys.path.insert(0, str(HERE.parents[2] / "fleet/roles/headend/files/control"))
 
 from documents import prove_whole
 from repository import Repository, file_name
-from session import _parsed
+from session import ConnectionFailure, _parsed, _run
 from words import Failure, clean
 
 MODULES = b"<modules><module><mac/></module></modules>"
@@ -80,6 +80,27 @@ class AnswerTest(unittest.TestCase):
 
     def test_an_empty_document(self) -> None:
         self.assertEqual(b"", _parsed(b"M", b"M begins save\n\nM ends 0\nM over\n").body)
+
+
+class LimitsTest(unittest.TestCase):
+    def test_a_program_that_does_not_end_is_ended(self) -> None:
+        self.assertRaises(ConnectionFailure, _run, ["sleep", "600"], b"", 1000, 0.2)
+
+    def test_a_program_that_does_not_stop_talking_is_ended(self) -> None:
+        with self.assertRaises(Failure) as caught:
+            _run(["yes"], b"", 1000, 600)
+        self.assertIn("it sends more than", caught.exception.lines[0])
+
+    def test_of_complaints_the_last_are_kept(self) -> None:
+        script = "head -c 1000000 /dev/zero | tr '\\0' x >&2; echo why >&2"
+        _, complaints, _ = _run(["sh", "-c", script], b"", 1000, 600)
+        self.assertEqual(64 * 1024, len(complaints))
+        self.assertTrue(complaints.endswith(b"xwhy\n"))
+
+    def test_a_long_document_arrives_whole_whatever_comes_back(self) -> None:
+        document = bytes(range(256)) * 20000
+        output, _, status = _run(["cat"], document, len(document), 600)
+        self.assertEqual((document, 0), (output, status))
 
 
 class RepositoryTest(unittest.TestCase):

@@ -108,6 +108,8 @@ class Repository:
                     os.unlink(stage)
                 raise
             self._git("update-index", "--add", "--", name)
+            # In its turn, not in the background of somebody else's; a night can do without it.
+            self._try("-c", "gc.auto=6700", "-c", "gc.autoDetach=false", "gc", "--auto", "--quiet")
 
     def _commit(self, name: str, stage: str, message: list[str]) -> None:
         branch = self._try("symbolic-ref", "-q", "HEAD")

@@ -122,6 +122,7 @@ def _run(
         stdin=subprocess.PIPE,
         stdout=subprocess.PIPE,
         stderr=subprocess.PIPE,
+        bufsize=0,
         start_new_session=True,
     )
     try:
@@ -163,6 +164,8 @@ def _run(
         if process.poll() is None:
             os.killpg(process.pid, signal.SIGKILL)
         process.wait()
+        for stream in (process.stdin, process.stdout, process.stderr):
+            stream.close()
     return bytes(outputs["stdout"]), bytes(outputs["stderr"]), process.returncode
 
 
