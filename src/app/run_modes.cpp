@@ -4,6 +4,7 @@
 
 #include "db/database.h"
 #include "device/device_identity.h"
+#include "document/deferred_document.h"
 #include "document/writer.h"
 #include "export/cmd_get_configuration.h"
 #include "export/cmd_get_vsecure_cam_list.h"
@@ -13,8 +14,8 @@
 
 namespace app {
 
+using document::DeferredDocument;
 using document::TextWriter;
-using document::XmlDocument;
 using document::XmlNode;
 using tarvo_remote_control::CmdGetConfiguration;
 using tarvo_remote_control::CmdGetVsecureCAMList;
@@ -46,6 +47,15 @@ ExitStatus writeDocument(const TextWriter& document, const std::string& outputPa
         platform::printError("Unable to write to standard output\n");
     }
     return isPrinted && isWritten ? ExitStatus::success : ExitStatus::failure;
+}
+
+// A file that cannot be read counts as an empty document. Most of a document is in its services.
+DeferredDocument parsedFile(const std::string& path) {
+    try {
+        return {platform::readFile(path).value_or(""), {"modules", "module", "services"}};
+    } catch (const document::ParseError& error) {
+        throw document::ParseError(path + ":" + error.what());
+    }
 }
 
 ExitStatus exportCamList(TextWriter& backup) {
@@ -83,15 +93,8 @@ ExitStatus exportConfiguration(const std::string& outputPath) {
 }
 
 ExitStatus importConfiguration(const std::string& path) {
-    // A file that cannot be read counts as an empty document.
-    std::string text = platform::readFile(path).value_or("");
-    XmlDocument parsed;
-    try {
-        document::parse(parsed, text);
-    } catch (const document::ParseError& error) {
-        throw document::ParseError(path + ":" + error.what());
-    }
-    XmlNode* top = parsed.first_node();
+    DeferredDocument document = parsedFile(path);
+    XmlNode* top = document.firstNode();
     const XmlNode* backup = document::findSibling(top, "backup");
     XmlNode* first = backup == nullptr ? top : backup->first_node();
     const XmlNode* configuration = document::findSibling(first, "configuration");
@@ -99,7 +102,7 @@ ExitStatus importConfiguration(const std::string& path) {
         platform::printError("No 'configuration' element found\n");
         return ExitStatus::failure;
     }
-    const ExitStatus status = applyConfiguration(*configuration);
+    const ExitStatus status = applyConfiguration(*configuration, &document);
     if (status != ExitStatus::success || backup == nullptr) {
         return status;
     }
@@ -119,9 +122,9 @@ ExitStatus importWithRetries(const std::string& path) {
     return status;
 }
 
-ExitStatus applyConfiguration(const XmlNode& configuration) {
+ExitStatus applyConfiguration(const XmlNode& configuration, DeferredDocument* document) {
     CmdSetConfiguration command;
-    command.apply(&configuration);
+    command.apply(&configuration, document);
     return errorsToExitStatus(command.errors());
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "app/exit_status.h"
+#include "document/deferred_document.h"
 #include "document/xml.h"
 
 namespace app {
@@ -26,8 +27,9 @@ ExitStatus importConfiguration(const std::string& path);
 // device's other programs may hold a database for a while.
 ExitStatus importWithRetries(const std::string& path);
 
-// The two parts of an import.
-ExitStatus applyConfiguration(const document::XmlNode& configuration);
+// The two parts of an import. `document` is the one of the element, if parts of it are deferred.
+ExitStatus applyConfiguration(const document::XmlNode& configuration,
+                              document::DeferredDocument* document = nullptr);
 ExitStatus applyVsecureCAMList(const document::XmlNode& list);
 
 }  // namespace app

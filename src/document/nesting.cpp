@@ -1,7 +1,10 @@
 #include "document/nesting.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace document {
 
@@ -18,34 +21,49 @@ class Scanner {
     // The library reads to the first zero byte.
     explicit Scanner(const std::string& text) : text_(text.c_str()) {}
 
-    std::optional<std::size_t> firstElementBelow(std::size_t levels) {
+    // Visits the tags of elements in their order:
+    //   begin(start, level) -> whether to go on; of an element at `start` with `level` around it
+    //   inside(name, position)    its content begins here; not of one that is closed at once
+    //   end(start)                its end tag begins here
+    template <class Visitor>
+    void visit(Visitor& visitor) {
         std::size_t level = 0;
         for (skipTo("<", 0); !atEnd(); skipTo("<", 0)) {
             const std::size_t start = position_;
             if (begins("</")) {
                 endTag();
-                level -= level == 0 ? 0 : 1;
+                if (level > 0 && !stopped_) {
+                    --level;
+                    visitor.end(start);
+                }
             } else if (begins("<?")) {
                 skipBehind("?>", 2);
             } else if (begins("<!")) {
                 declaration();
-            } else if (level == levels) {
-                return start;
+            } else if (!visitor.begin(start, level)) {
+                return;
             } else if (startTag()) {
                 ++level;
+                visitor.inside(nameAt(start + 1), position_);
             }
         }
-        return std::nullopt;
     }
 
   private:
+    [[nodiscard]] std::string_view nameAt(std::size_t start) const {
+        const std::string_view rest = text_.substr(start);
+        return rest.substr(0, rest.find_first_of(kEndOfName));
+    }
     [[nodiscard]] bool atEnd() const { return position_ >= text_.size(); }
     [[nodiscard]] char here() const { return atEnd() ? '\0' : text_[position_]; }
     [[nodiscard]] bool begins(std::string_view mark) const {
         return text_.substr(position_).starts_with(mark);
     }
     void moveTo(std::size_t position) { position_ = std::min(position, text_.size()); }
-    void stop() { position_ = text_.size(); }
+    void stop() {
+        position_ = text_.size();
+        stopped_ = true;
+    }
 
     void skipTo(std::string_view mark, std::size_t from) {
         moveTo(text_.find(mark, position_ + from));
@@ -148,12 +166,77 @@ class Scanner {
 
     std::string_view text_;
     std::size_t position_ = 0;
+    bool stopped_ = false;
+};
+
+// Finds the first element that has too many around it.
+struct DepthLimit {
+    std::size_t levels;
+    std::optional<std::size_t> found = {};
+
+    bool begin(std::size_t start, std::size_t level) {
+        found = level == levels ? std::optional(start) : std::nullopt;
+        return !found;
+    }
+    void inside(std::string_view /*name*/, std::size_t /*position*/) {}
+    void end(std::size_t /*start*/) {}
+};
+
+bool sameName(std::string_view a, std::string_view b) {
+    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
+}
+
+// Finds the contents of the elements at the end of a path.
+class PathContents {
+  public:
+    explicit PathContents(const ElementPath& path) : path_(path) {}
+
+    static bool begin(std::size_t /*start*/, std::size_t /*level*/) { return true; }
+    void inside(std::string_view name, std::size_t position) {
+        const std::size_t above = open_.empty() ? 0 : open_.back().step;
+        std::size_t step = 0;
+        if (above >= path_.size()) {
+            step = path_.size() + 1;
+        } else if (sameName(name, path_[above])) {
+            step = above + 1;
+        } else if (sameName(name, path_.front())) {
+            step = 1;
+        }
+        open_.push_back({step, position});
+    }
+    void end(std::size_t start) {
+        if (open_.back().step == path_.size()) {
+            found_.push_back({open_.back().begin, start});
+        }
+        open_.pop_back();
+    }
+
+    [[nodiscard]] std::vector<Extent> found() && { return std::move(found_); }
+
+  private:
+    struct Open {
+        // Of the path, from 1; 0: none. One more than it has: within an element that is found.
+        std::size_t step;
+        std::size_t begin;
+    };
+
+    const ElementPath& path_;
+    std::vector<Open> open_;
+    std::vector<Extent> found_;
 };
 
 }  // namespace
 
 std::optional<std::size_t> firstElementBelow(const std::string& text, std::size_t levels) {
-    return Scanner(text).firstElementBelow(levels);
+    DepthLimit limit{levels};
+    Scanner(text).visit(limit);
+    return limit.found;
+}
+
+std::vector<Extent> contentsAt(const std::string& text, const ElementPath& path) {
+    PathContents contents(path);
+    Scanner(text).visit(contents);
+    return std::move(contents).found();
 }
 
 }  // namespace document

@@ -59,7 +59,9 @@ void CmdSetConfiguration::execute() {
               : document::childNamed(*commandNode(), mapping::kConfiguration.name));
 }
 
-void CmdSetConfiguration::apply(const XmlNode* configuration) {
+void CmdSetConfiguration::apply(const XmlNode* configuration,
+                                document::DeferredDocument* document) {
+    document_ = document;
     if (configuration == nullptr) {
         fail(*this, ErrorCode::invalidCommand);
         return;
@@ -106,6 +108,12 @@ int CmdSetConfiguration::rollbackAndClose() {
         fail(*this, ErrorCode::database, "Could not rollback transaction");
     }
     return tarvodb::close(db_);
+}
+
+void CmdSetConfiguration::load(const XmlNode& element) {
+    if (document_ != nullptr) {
+        document_->load(element);
+    }
 }
 
 void CmdSetConfiguration::request(PostAction action) {

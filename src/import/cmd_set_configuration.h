@@ -6,6 +6,7 @@
 #include "command/command.h"
 #include "db/database.h"
 #include "db/transaction.h"
+#include "document/deferred_document.h"
 #include "document/xml.h"
 #include "mapping/element.h"
 
@@ -25,8 +26,9 @@ class CmdSetConfiguration : public Command {
     // The command form: applies the command element's child `configuration`.
     void execute() override;
 
-    // Null records error 101.
-    void apply(const document::XmlNode* configuration);
+    // Null records error 101. `document` is given when the element is of one, which outlives this.
+    void apply(const document::XmlNode* configuration,
+               document::DeferredDocument* document = nullptr);
 
     // Gives the import up and closes the database, whether or not the rollback succeeds; one that
     // does not is error 102. Returns SQLite's result of closing.
@@ -36,6 +38,8 @@ class CmdSetConfiguration : public Command {
 
     // The configuration database, in the import's transaction.
     [[nodiscard]] sqlite3* db() const { return db_.get(); }
+    // Gives an element its content, unless it has it.
+    void load(const document::XmlNode& element);
     // Has a post-action run once the import is stored.
     void request(mapping::PostAction action);
 
@@ -47,6 +51,7 @@ class CmdSetConfiguration : public Command {
         return postActions_.contains(action);
     }
 
+    document::DeferredDocument* document_ = nullptr;
     tarvodb::Database db_;
     std::set<mapping::PostAction> postActions_;
 };

@@ -103,6 +103,7 @@ class ModuleImport {
         if (document::hasName(section, "outputs")) {
             return apply::outputs(command_, mac_, rfOutputMode_, section);
         }
+        command_.load(section);
         return apply::services(command_, mac_, section);
     }
 

@@ -45,6 +45,10 @@ auto uninterrupted(Call call) {
 
 std::optional<std::string> contentOf(const Descriptor& file) {
     std::string content;
+    struct stat found {};
+    if (::fstat(file.number(), &found) == 0 && S_ISREG(found.st_mode)) {
+        content.reserve(static_cast<std::size_t>(found.st_size));
+    }
     std::array<char, 1 << 13> block{};
     for (;;) {
         const ssize_t size =
