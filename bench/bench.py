@@ -5,7 +5,7 @@ replayed by bench/floor.c through SQLite's own C interface.
     scripts/bench                      CPU, wall and memory of devices a, b and c
     scripts/bench --instructions a b   with the instructions that valgrind counts
     scripts/bench --growth             what our own part takes as a headend grows
-    scripts/bench --dump               beside it, sqlite3's .dump and restore of the same file
+    scripts/bench --dump               beside it, sqlite3's .dump and restore of the same files
 """
 
 from __future__ import annotations
@@ -53,8 +53,6 @@ def build_tools() -> None:
         [*compile_, "-shared", "-fPIC", "-o", TOOLS / "trace.so", trace, "-lsqlite3"],
     ):
         subprocess.run(command, check=True)
-
-
 
 
 class Bench:
@@ -180,17 +178,21 @@ def growth(names: Sequence[str]) -> None:
 
 
 def dump_and_restore(names: Sequence[str]) -> None:
-    print("| device | .dump CPU ms | restore CPU ms |")
-    print("|---|---|---|")
+    """sqlite3 reads the files that an export reads, and makes anew the one that an import writes."""
+    print("| device | export CPU ms | .dump CPU ms | import CPU ms | restore CPU ms |")
+    print("|---|---|---|---|---|")
+    configuration, state = DATABASES["config_global"], DATABASES["temp_global"]
     for name in names:
         with tempfile.TemporaryDirectory() as folder:
             bench = Bench(Path(folder) / "device", DEVICES[name])
-            database = DATABASES["config_global"]
+            bench.prepare()
             shell = ["/bin/sh", "-c"]
-            dump = [*shell, f"sqlite3 {database} .dump >/tmp/dump.sql"]
-            restore = [*shell, "rm -f /tmp/restored; sqlite3 /tmp/restored </tmp/dump.sql"]
-            results = medians(bench, (dump, restore), 11)
-            print(f"| {name} | {results[0].cpu * 1e3:.1f} | {results[1].cpu * 1e3:.1f} |")
+            dump = [*shell, f"sqlite3 {configuration} .dump >/tmp/1 && sqlite3 {state} .dump >/tmp/2"]
+            restore = [*shell, "rm -f /tmp/restored; sqlite3 /tmp/restored </tmp/1"]
+            commands = (bench.program, dump, [*bench.program, DOCUMENT], restore)
+            taken = medians(bench, commands, rounds_for(bench, bench.program))
+            print(f"| {name} | " + " | ".join(f"{each.cpu * 1e3:.1f}" for each in taken) + " |",
+                  flush=True)
 
 
 def main() -> None:

@@ -4,13 +4,14 @@
 //     floor TRACE OUTPUT [FILE]
 //
 // TRACE is what tests/compare/trace.c wrote of the run, OUTPUT what the run printed; that is copied
-// to standard output and, when it is named, to FILE.
+// to standard output and, when it is named, to FILE, which lacks the line end behind a document.
 #define _GNU_SOURCE
 #include <sqlite3.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <syslog.h>
+#include <unistd.h>
 
 enum { kMaxFields = 8, kMaxConnections = 256 };
 
@@ -136,6 +137,9 @@ int main(int argc, char** argv) {
         if (copy != NULL) {
             fwrite(block, 1, length, copy);
         }
+    }
+    if (copy != NULL && (fflush(copy) != 0 || ftruncate(fileno(copy), ftell(copy) - 1) != 0)) {
+        endWith("cannot end", argv[3]);
     }
     return 0;
 }
