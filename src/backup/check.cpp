@@ -76,9 +76,6 @@ std::string rangeText(mapping::Range range) {
     if (range.lowest == INT_MIN) {
         return "at most " + std::to_string(range.highest);
     }
-    if (range.highest == INT_MAX) {
-        return "at least " + std::to_string(range.lowest);
-    }
     return "from " + std::to_string(range.lowest) + " to " + std::to_string(range.highest);
 }
 
@@ -92,7 +89,7 @@ std::optional<long long> rowIdOf(const char* text) {
 }
 
 bool isRowIdElement(const Element& row) {
-    return row.identity && row.take == Take::key && row.column.exists() && row.column.index == 0;
+    return row.identity && row.take == Take::key && row.column.index == 0;
 }
 
 // Whether the entries become rows that are found by their id, which is their first element.
@@ -349,7 +346,10 @@ class TreeCheck {
         }
         std::size_t place = 0;
         for (const XmlNode& module : childrenOf(modules)) {
-            place += isElement(module) ? 1U : 0U;
+            if (!isElement(module)) {
+                continue;
+            }
+            ++place;
             if (document::childNamed(module, "mac") == nullptr) {
                 const std::string none;
                 within({.name = entry.name, .identity = &none, .place = place}, [&] {
@@ -441,7 +441,7 @@ class TreeCheck {
         const auto warn = [&](const char* what) {
             add(Severity::warning, node, inQuotes(text) + " is no " + what);
         };
-        if (row.liveState || (row.unknown != nullptr && text == row.unknown)) {
+        if (row.liveState) {
             return;
         }
         switch (mapping::formOf(row)) {

@@ -23,7 +23,7 @@ std::vector<const char*> secretNames(const mapping::Element& element) {
 }
 
 void mask(XmlNode& node) {
-    if (isSecret(node.name()) && (node.first_node() != nullptr || node.value_size() != 0)) {
+    if (isSecret(node.name()) && node.first_node() != nullptr) {
         node.remove_all_nodes();
         node.value(kMask);
         return;
@@ -53,11 +53,11 @@ std::string redacted(const Document& document) {
         mark->append_node(node);
     }
     // A document that is redacted already stays as it is.
-    XmlNode* only = mark->first_node();
-    const bool isMarked = only != nullptr && only == mark->last_node() &&
-                          std::string_view(only->name()) == Document::kRedacted;
+    XmlNode* first = mark->first_node();
+    const bool isMarked =
+        first == mark->last_node() && std::string_view(first->name()) == Document::kRedacted;
     return std::string(tarvo_remote_control::kXmlDeclaration) + "\n" +
-           document::printed(isMarked ? *only : *mark);
+           document::printed(isMarked ? *first : *mark);
 }
 
 }  // namespace tarvo_backup

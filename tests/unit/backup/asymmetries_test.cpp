@@ -2,9 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "backup/plan.h"
+#include "unit/backup/backup_test.h"
 
 namespace tarvo_backup {
 
@@ -44,6 +49,122 @@ TEST(Asymmetries, AreThoseOfTheOperatorsDocumentInItsWords) {
             << documented[place].what;
         EXPECT_EQ(documented[place].remedy, known[place].remedy);
     }
+}
+
+namespace {
+
+// Whether restoring the document, of which this plan tells, meets what is described so.
+bool meets(std::string_view what, const Document& document, const Plan& plan) {
+    const auto met = asymmetriesMetBy(document, plan);
+    return std::any_of(met.begin(), met.end(),
+                       [what](const Asymmetry* each) { return each->what == what; });
+}
+bool meets(std::string_view what, const std::string& sections) {
+    return meets(what, configured(sections), {});
+}
+bool meets(std::string_view what, const Plan& plan) { return meets(what, configured(""), plan); }
+
+Plan notTaking(const Difference& difference) {
+    Plan plan;
+    plan.notTaken = {difference};
+    return plan;
+}
+
+Plan changing(const std::string& table, RowChange::Kind kind) {
+    Plan plan;
+    plan.rows = {{.table = table, .row = "1", .mac = "", .kind = kind, .cells = {}}};
+    return plan;
+}
+
+}  // namespace
+
+TEST(Asymmetries, AreNotMetByADocumentWithoutAConfiguration) {
+    EXPECT_TRUE(asymmetriesMetBy(parsed("<x/>"), {}).empty());
+}
+
+TEST(Asymmetries, OfARfOutputModeAreOfModulesWithOutputs) {
+    constexpr auto kWhat = "RNB-K408: a module has no `modoSalidaRF`";
+    EXPECT_TRUE(meets(kWhat, "<modules><module><outputs/></module></modules>"));
+    EXPECT_FALSE(meets(kWhat, "<modules><module/></modules>"));
+    EXPECT_FALSE(meets(
+        kWhat, "<modules><module><modoSalidaRF>0</modoSalidaRF><outputs/></module></modules>"));
+}
+
+TEST(Asymmetries, OfBlanksAreOfTextsThatBecomeEmpty) {
+    constexpr auto kWhat = "A text of blanks only";
+    EXPECT_TRUE(meets(kWhat, notTaking({"identification/location", " \t", ""})));
+    EXPECT_FALSE(meets(kWhat, notTaking({"identification/location", "roof", ""})));
+    EXPECT_FALSE(meets(kWhat, notTaking({"identification/location", " ", "roof"})));
+    EXPECT_FALSE(meets(kWhat, notTaking({"identification/location", std::nullopt, ""})));
+}
+
+TEST(Asymmetries, OfAFrequencyAreInAnErrorOrAComplaint) {
+    constexpr auto kWhat = "A frequency that the tuner cannot receive";
+    const std::string text = "Resulting intermediate frequency is out of range. Please check";
+    Plan failing;
+    failing.errors = {{401, text, std::nullopt}};
+    Plan complaining;
+    complaining.complaints = {"something else", text};
+    EXPECT_TRUE(meets(kWhat, failing));
+    EXPECT_TRUE(meets(kWhat, complaining));
+    EXPECT_FALSE(meets(kWhat, Plan()));
+}
+
+TEST(Asymmetries, OfAnInputThatIsSwitchedAreInASecondTry) {
+    constexpr auto kWhat = "A terrestrial or cable input";
+    Plan plan;
+    plan.tries = 2;
+    EXPECT_TRUE(meets(kWhat, plan));
+    plan.status = app::ExitStatus::failure;
+    EXPECT_FALSE(meets(kWhat, plan));
+    EXPECT_FALSE(meets(kWhat, Plan()));
+}
+
+TEST(Asymmetries, OfANitPatternAreOfAVersionWithoutANumberAndOfANumberWithoutAType) {
+    constexpr auto kWhat =
+        "A NIT pattern with a version but no number, or with a number above 1 and no type";
+    const auto network = [](const std::string& content) {
+        return "<dvbNetworks><dvbNetwork>" + content + "</dvbNetwork></dvbNetworks>";
+    };
+    EXPECT_TRUE(meets(kWhat, network("<versionNITPatron>3</versionNITPatron>")));
+    EXPECT_TRUE(meets(kWhat, network("<nitPatron>2</nitPatron>")));
+    EXPECT_FALSE(meets(kWhat, network("<nitPatron>1</nitPatron>")));
+    EXPECT_FALSE(meets(kWhat, network("<tipoNITPatron>1</tipoNITPatron><nitPatron>2</nitPatron>")));
+    EXPECT_FALSE(meets(kWhat, network("")));
+}
+
+TEST(Asymmetries, OfANetworksNumberAreOfAZeroThatIsNotTaken) {
+    constexpr auto kWhat = "A setting of 0 in a DVB network";
+    EXPECT_TRUE(meets(kWhat, notTaking({"dvbNetworks/dvbNetwork[id=1]/onid", "0", "5"})));
+    EXPECT_FALSE(meets(kWhat, notTaking({"dvbNetworks/dvbNetwork[id=1]/onid", "0", ""})));
+    EXPECT_FALSE(meets(kWhat, notTaking({"dvbNetworks/dvbNetwork[id=1]/onid", "1", "5"})));
+    EXPECT_FALSE(meets(kWhat, notTaking({"lnb/low", "0", "5"})));
+}
+
+TEST(Asymmetries, OfANewNetworkAreOfARowThatIsAdded) {
+    constexpr auto kWhat = "A setting of 0 in a DVB network that is new to the device";
+    EXPECT_TRUE(meets(kWhat, changing("RedesCabecera", RowChange::Kind::added)));
+    EXPECT_FALSE(meets(kWhat, changing("RedesCabecera", RowChange::Kind::changed)));
+    EXPECT_FALSE(meets(kWhat, changing("DiSEqCGlobal", RowChange::Kind::added)));
+}
+
+TEST(Asymmetries, OfWhatIsNotTakenAreOfItsElementAlone) {
+    constexpr auto kType = "`type` of an output";
+    constexpr auto kIds = "`onid` and `tsid` of home channels";
+    EXPECT_TRUE(meets(kType, notTaking({"modules/module[1]/outputs/output[1]/type", "1", "2"})));
+    EXPECT_FALSE(meets(kType, notTaking({"modules/module[1]/inputs/input[1]/type", "1", "2"})));
+    EXPECT_FALSE(meets(kType, notTaking({"modules/module[1]/outputs/output[1]/onid", "1", "2"})));
+    EXPECT_TRUE(meets(kIds, notTaking({"homeChannels/homechannel[id=1]/onid", "1", "2"})));
+    EXPECT_TRUE(meets(kIds, notTaking({"homeChannels/homechannel[id=1]/tsid", "1", "2"})));
+    EXPECT_FALSE(meets(kIds, notTaking({"homeChannels/homechannel[id=1]/band", "1", "2"})));
+}
+
+TEST(Asymmetries, OfAPercentAreOfATextThatHasOne) {
+    constexpr auto kWhat = "The first \"%\" of a changed text";
+    EXPECT_TRUE(meets(kWhat, notTaking({"identification/location", "5%", "5 "})));
+    EXPECT_FALSE(meets(kWhat, notTaking({"identification/location", "5", "5 "})));
+    EXPECT_FALSE(meets(kWhat, notTaking({"identification/location", "5%", std::nullopt})));
+    EXPECT_FALSE(meets(kWhat, notTaking({"identification/location", std::nullopt, "5%"})));
 }
 
 }  // namespace tarvo_backup

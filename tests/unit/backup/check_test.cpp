@@ -6,9 +6,11 @@
 
 namespace tarvo_backup {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 namespace {
 
@@ -237,6 +239,150 @@ TEST(BackupCheck, ADocumentWithoutAConfigurationIsAnError) {
                 ElementsAre("error: no 'configuration' element"));
 }
 
+TEST(BackupCheck, AnAddressHasFourNumbersUpTo255) {
+    for (const char* address : {"0.0.0.0", "255.255.255.255", "10.20.30.40"}) {
+        EXPECT_THAT(checked("<network><ip>" + std::string(address) + "</ip></network>"), IsEmpty());
+    }
+    for (const char* text : {"10..0.1", "10.-.0.1", "10.0.0.256", "10.0.0", "10.0.0.1.2",
+                             "1000.0.0.1", "10.0.0.1 ", "10.a.0.1"}) {
+        EXPECT_THAT(checked("<network><ip>" + std::string(text) + "</ip></network>"),
+                    ElementsAre("warning: network/ip: '" + std::string(text) + "' is no address"));
+    }
+}
+
+TEST(BackupCheck, AnIdOfARowIsWhatSqliteTakesForOne) {
+    const auto position = [](const std::string& id) {
+        return "<diseqcs><diseqc><id>" + id + "</id></diseqc></diseqcs>";
+    };
+    for (const char* id : {"7", " 7 ", "7.0", "1e2", "-3"}) {
+        EXPECT_THAT(checked(position(id)), IsEmpty()) << id;
+    }
+    for (const char* text : {"+", "1 2", "2.5", "1e30", "9223372036854775808"}) {
+        EXPECT_THAT(
+            checked(position(text)),
+            ElementsAre(AllOf(StartsWith("error: diseqcs/diseqc[id="),
+                              HasSubstr("]/id: '" + std::string(text) + "' is no number"))));
+    }
+}
+
+TEST(BackupCheck, OnOffAndNumbersMayBeEmpty) {
+    EXPECT_THAT(checked("<network><dhcp/></network><dvbNetworks><dvbNetwork><id>1</id><nid/>"
+                        "</dvbNetwork></dvbNetworks>"),
+                IsEmpty());
+    EXPECT_THAT(checked("<network><dhcp>2</dhcp></network><dvbNetworks><dvbNetwork><id>1</id>"
+                        "<nid>one</nid></dvbNetwork></dvbNetworks>"),
+                ElementsAre("warning: network/dhcp: '2' is no 1 or 0",
+                            "warning: dvbNetworks/dvbNetwork[id=1]/nid: 'one' is no number"));
+    EXPECT_THAT(checked("<network><dhcp>0</dhcp></network>"), IsEmpty());
+}
+
+TEST(BackupCheck, ACodeMayBeANumberWhereTheImportTakesOne) {
+    EXPECT_THAT(checked(input("0", "<streamID>5</streamID>")), IsEmpty());
+    EXPECT_THAT(checked(input("0", "<streamID>five</streamID>")),
+                ElementsAre(std::string("warning: ") + kModule +
+                            "inputs/input[inputId=2]/streamID: 'five' is neither a number nor "
+                            "'auto'"));
+}
+
+TEST(BackupCheck, WhatTheDeviceReportsOfItselfIsNotLookedAt) {
+    EXPECT_THAT(checked(module("<CAMVersion>?</CAMVersion><CardStatus>none of those</CardStatus>") +
+                        "<dvbNetworks><dvbNetwork><id>1</id><OutputNITDate>?</OutputNITDate>"
+                        "</dvbNetwork></dvbNetworks>"),
+                IsEmpty());
+    EXPECT_THAT(checked(input("0",
+                              "<inputStatus><signalQuality>fair</signalQuality><quality/>"
+                              "</inputStatus>")),
+                ElementsAre(std::string("warning: ") + kModule +
+                            "inputs/input[inputId=2]/inputStatus/quality: unknown element"));
+}
+
+TEST(BackupCheck, OfSeveralListsOfAnEntryTheEarlierAreNotRead) {
+    EXPECT_THAT(checked("<serviceEPGs><serviceEPG><audiosEPGs><x/></audiosEPGs><audiosEPGs/>"
+                        "</serviceEPG></serviceEPGs>"),
+                ElementsAre("warning: serviceEPGs/serviceEPG[1]/audiosEPGs/x: only 'audiosEPG' may "
+                            "be here"));
+    EXPECT_THAT(checked("<serviceEPGs><serviceEPG><audiosEPGs><x/></audiosEPGs></serviceEPG>"
+                        "</serviceEPGs>"),
+                ElementsAre("error: serviceEPGs/serviceEPG[1]/audiosEPGs/x: only 'audiosEPG' may "
+                            "be here"));
+    EXPECT_THAT(checked(service("<pidOrders><pidOrder><type>1</type><type>2</type></pidOrder>"
+                                "</pidOrders><pidOrders/>")),
+                ElementsAre(HasSubstr("warning: ")));
+}
+
+TEST(BackupCheck, ElementsBesideTheOutermostAreUnknown) {
+    EXPECT_THAT(lines(check(parsed("<zzzzz/><configuration/>"))),
+                ElementsAre("warning: zzzzz: unknown element"));
+    EXPECT_THAT(lines(check(parsed("<backup><zzzzz/><configuration/></backup>"))),
+                ElementsAre("warning: zzzzz: unknown element"));
+}
+
+TEST(BackupCheck, AnInputWithoutATypeMayHaveTheElementsOfAnyType) {
+    EXPECT_THAT(
+        checked(module("<inputs><input><inputId>2</inputId><band>x</band></input></inputs>")),
+        ElementsAre(std::string("error: ") + kModule + "inputs/input[inputId=2]: has no 'type'"));
+}
+
+TEST(BackupCheck, ALoopIsReadOfASatelliteInput2Alone) {
+    const auto looped = [](const std::string& content) {
+        return checked(module("<inputs><input>" + content + "<rfLoop>2</rfLoop></input></inputs>"));
+    };
+    EXPECT_THAT(looped("<inputId>2</inputId><type>0</type>"), ElementsAre(HasSubstr("error: ")));
+    EXPECT_THAT(looped("<inputId>1</inputId><type>0</type>"), ElementsAre(HasSubstr("warning: ")));
+    EXPECT_THAT(looped("<type>0</type>"),
+                testing::UnorderedElementsAre(HasSubstr("has no 'inputId'"),
+                                              HasSubstr("/rfLoop: '2' is not allowed")));
+}
+
+TEST(BackupCheck, AListOfModulesHoldsModules) {
+    EXPECT_THAT(checked("<modules/>"),
+                ElementsAre("warning: modules: holds no module, which only an RNB-K408 takes"));
+    EXPECT_THAT(checked("<modules>x<module><mac>02:01</mac></module></modules>"),
+                ElementsAre("error: modules: text between elements"));
+}
+
+TEST(BackupCheck, AsManyMacsAsModulesFitAHeadend) {
+    EXPECT_THAT(
+        checked("<modules><module><mac>02:01</mac><mac>02:02</mac></module><module>"
+                "<family>36</family></module></modules>"),
+        ElementsAre(HasSubstr("/mac: given twice"), "warning: modules/module[2]: has no 'mac'"));
+    EXPECT_THAT(checked("<modules><module><family/><model/></module></modules>"),
+                ElementsAre("warning: modules/module[1]: has no 'mac'"));
+}
+
+TEST(BackupCheck, ElementsInsideAValueAreNotRead) {
+    EXPECT_THAT(checked("<network><ip>10.0.0.1<x/></ip></network>"),
+                ElementsAre("warning: network/ip: holds elements, which are not read"));
+}
+
+TEST(BackupCheck, AnLcnThatIsGivenTwiceMayStayAsItIs) {
+    EXPECT_THAT(checked(service("<lcn>0</lcn><lcn>0</lcn>")),
+                ElementsAre(HasSubstr("/lcn: given twice")));
+    EXPECT_THAT(checked(service("<lcn>-1</lcn>")),
+                ElementsAre(HasSubstr("/lcn: '-1' is no channel number")));
+}
+
+TEST(BackupCheck, ThePatternsThatNeedNothingBeforeThemAreTaken) {
+    for (const char* content : {"<nitPatron>0</nitPatron>", "<nitPatron>1</nitPatron>",
+                                "<versionNITPatron>0</versionNITPatron>"}) {
+        EXPECT_THAT(checked("<dvbNetworks><dvbNetwork><id>1</id>" + std::string(content) +
+                            "</dvbNetwork></dvbNetworks>"),
+                    IsEmpty());
+    }
+}
+
+TEST(BackupCheck, AReferenceToNothingLeadsNowhere) {
+    const std::string lists =
+        "<dvbNetworks><dvbNetwork/></dvbNetworks><diseqcs><diseqc><id>1</id></diseqc></diseqcs>";
+    EXPECT_THAT(
+        checked(lists + module("<dvbNetworkId>0</dvbNetworkId><inputs>x<input><inputId>1</inputId>"
+                               "<type>0</type></input></inputs>")),
+        ElementsAre("error: dvbNetworks/dvbNetwork[1]: has no 'id'",
+                    std::string("error: ") + kModule + "inputs: text between elements"));
+    EXPECT_THAT(checked(lists + "<modules>x</modules>"),
+                testing::Contains("error: modules: text between elements"));
+}
+
 TEST(BackupCheck, FindsWhatTheXmlLibraryLetsPass) {
     EXPECT_THAT(
         checked("<lnb x='>'></network><network></NETWORK>"),
@@ -248,6 +394,10 @@ TEST(BackupCheck, FindsWhatTheXmlLibraryLetsPass) {
         ElementsAre("warning: a control character", "warning: a control character",
                     "warning: a byte that is not UTF-8", "warning: a byte that is not UTF-8",
                     "warning: a byte that is not UTF-8", "warning: a byte that is not UTF-8"));
+    EXPECT_THAT(checked("<![CDATA[<a>]]><!x <b><lnb a=\"<'\" b='\"'/><lnb\t/><lnb\n></lnb\r>"),
+                ElementsAre("warning: text between elements"));
+    EXPECT_THAT(checked("<" + std::string(41, 'n') + "/>"),
+                ElementsAre("warning: " + std::string(41, 'n') + ": unknown element"));
     const std::string text = "<configuration/>";
     EXPECT_THAT(lines(check(parsed(text + '\0' + "<lnb>"))),
                 ElementsAre("warning: a NUL character; the import reads nothing from here on"));

@@ -326,6 +326,13 @@ TEST(BackupDiffVerb, PrintsJson) {
     EXPECT_EQ(ranDiff("<lnb>", "<lnb>", {"--json"}).out, "[]\n");
 }
 
+TEST(BackupDiffVerb, TakesAnEmptyFileForAnEmptyConfiguration) {
+    const Ran ended = ran({"diff", "-", "/dev/null"}, "<configuration><lnb/></configuration>");
+    EXPECT_EQ(ended.status, ExitStatus::differences);
+    EXPECT_EQ(ended.out, "lnb: 1 difference\nlnb: \"\" -> (none)\n");
+    EXPECT_EQ(ran({"diff", "-", "-"}).status, ExitStatus::usage);
+}
+
 TEST(BackupDiffVerb, RefusesWhatIsNoConfiguration) {
     const Ran refused = ran({"diff", goldenPath("QRA-310").c_str(), "-"}, "<other/>");
     EXPECT_EQ(refused.status, ExitStatus::usage);

@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
+
 #include "backup/check.h"
+#include "backup/overview.h"
 #include "backup/overview_html.h"
 #include "backup/secrets.h"
 #include "unit/backup/backup_test.h"
@@ -139,6 +143,63 @@ TEST(BackupShow, APageThatCannotBeWrittenIsAFault) {
     EXPECT_EQ(refused.status, ExitStatus::cannotWrite);
     EXPECT_EQ(refused.err, "tarvo-backup: /nonexistent/page.html: cannot be written\n");
     EXPECT_EQ(shown({"--redact", "--secrets"}).status, ExitStatus::usage);
+}
+
+TEST(BackupShow, MarksADocumentOfSeveralOutermostElements) {
+    EXPECT_EQ(redacted(parsed("<x><password>a</password></x><configuration/>")),
+              "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<redacted>\n\t<x>\n"
+              "\t\t<password>(masked)</password>\n\t</x>\n\t<configuration/>\n</redacted>\n");
+}
+
+TEST(BackupShow, WritesAPageToAFile) {
+    std::string folder = (std::filesystem::temp_directory_path() / "tarvo-show-XXXXXX").string();
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    const std::string path = folder + "/page.html";
+    EXPECT_EQ(shown({"--html", path.c_str()}).status, ExitStatus::done);
+    std::ostringstream page;
+    page << std::ifstream(path).rdbuf();
+    EXPECT_EQ(page.str(), shown({"--html", "-"}).out);
+    std::filesystem::remove_all(folder);
+}
+
+TEST(BackupShow, OfADocumentWithoutAConfigurationIsNothing) {
+    EXPECT_TRUE(overviewOf(parsed("<x/>"), false).sections.empty());
+}
+
+TEST(BackupShow, LeavesOpenWhatADocumentDoesNotTell) {
+    using Texts = std::vector<std::string>;
+    const Overview overview = overviewOf(
+        parsed("<backup><configuration><lnb/><preferredLanguages><language>fra</language>"
+               "<language>ita</language></preferredLanguages>"
+               "<dvbNetworks><dvbNetwork/><dvbNetwork><id>6</id></dvbNetwork></dvbNetworks>"
+               "<modules><module><mac>\xc3\xa9</mac><dvbNetworkId>7</dvbNetworkId>"
+               "<inputs><input><inputId>1</inputId><type>9</type><band>high</band></input>"
+               "<input><inputId>2</inputId><diseqc>5</diseqc><bandwidth>8 MHz</bandwidth></input>"
+               "<input><inputId>3</inputId><type>-1</type></input></inputs>"
+               "<outputs><output><outputId>1</outputId><frequency>306000</frequency></output>"
+               "</outputs><services><service><outputSid>3</outputSid><inputName>Three</inputName>"
+               "<decrypt>0</decrypt></service></services></module></modules></configuration>"
+               "<vsecureCAMList><cam><serialNumber>C1</serialNumber></cam></vsecureCAMList>"
+               "</backup>"),
+        false);
+    EXPECT_EQ(overview.title, "Headend");
+    Texts titles;
+    for (const Section& section : overview.sections) {
+        titles.push_back(section.title);
+    }
+    ASSERT_EQ(titles, (Texts{"DVB networks", "Languages", "Channels", "Module \xc3\xa9",
+                             "Conditional-access modules"}));
+    EXPECT_EQ(overview.sections[1].fields, (std::vector<Field>{{"preferred", "fra, ita"}}));
+    EXPECT_EQ(overview.sections[2].tables.at(0).rows,
+              (std::vector<Texts>{{"", "Three", "3", "\xc3\xa9", "", "", ""}}));
+    const Section& module = overview.sections[3];
+    EXPECT_EQ(module.anchor, "module---");
+    EXPECT_THAT(module.fields, testing::Contains(Field("DVB network", "7")));
+    EXPECT_EQ(module.tables.at(0).rows, (std::vector<Texts>{{"1", "", "", "", "high", "", ""},
+                                                            {"2", "", "", "", "8 MHz", "", ""},
+                                                            {"3", "", "", "", "", "", ""}}));
+    EXPECT_EQ(module.tables.at(1).rows,
+              (std::vector<Texts>{{"1", "", "306000", "", "", "", "", ""}}));
 }
 
 TEST(BackupShow, PrintsJson) {
