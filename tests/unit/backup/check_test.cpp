@@ -53,6 +53,7 @@ TEST(BackupCheck, TellsEveryFaultWithItsPlace) {
                      "  <diseqcs><diseqc/></diseqcs>\n</configuration>\n"));
     EXPECT_THAT(lines(findings), ElementsAre("warning: network/ip: 'not-an-ip' is no address",
                                              "error: diseqcs/diseqc[1]: has no 'id'"));
+    ASSERT_EQ(findings.size(), 2U);
     EXPECT_EQ(findings[0].position, (Position{3, 6}));
     EXPECT_EQ(findings[1].position, (Position{5, 13}));
 }

@@ -132,6 +132,7 @@ TEST(BackupDiff, AnEntryThatIsOnlyInOneDocumentIsOneDifference) {
                     "<service><outputId>1</outputId><outputSid>501</outputSid></service> -> -",
                     "modules/module[mac=02:01]/services/service[outputId=2,outputSid=502]: "
                     "- -> <service><outputId>2</outputId><outputSid>502</outputSid></service>"));
+    ASSERT_EQ(differences.size(), 2U);
     EXPECT_TRUE(differences[0].holdsElements);
 }
 

@@ -137,7 +137,7 @@ TEST_F(TrustedFiles, ADatabaseThatIsThereForTheOpenAloneIsClosedAgain) {
     device.removeFile(kStateDatabase);
     device.whenOpened[kStateDatabase] = [this] { fs::remove(device.path(kStateDatabase)); };
     EXPECT_EQ(openDatabase(kStateDatabase), nullptr);
-    EXPECT_EQ(device.events().back(), "close: /tmp/temp_global.sqlite");
+    EXPECT_EQ(test::last(device.events()), "close: /tmp/temp_global.sqlite");
     EXPECT_EQ(err(),
               "tarvo-config: /tmp/temp_global.sqlite was replaced;"
               " /tmp/temp_global.sqlite is not opened\n");
