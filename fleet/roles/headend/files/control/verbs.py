@@ -194,7 +194,7 @@ def _clock(answer: Answer) -> list[str]:
     for seconds, unit in ((86400, "day"), (3600, "hour"), (60, "minute")):
         if abs(off) >= seconds:
             break
-    return [f"its clock is {plural(abs(off) // seconds, unit)} {way}"]
+    return [f"its clock is {plural(round(abs(off) / seconds), unit)} {way}"]
 
 
 def _keep(
