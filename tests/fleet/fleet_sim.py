@@ -99,6 +99,9 @@ class Headends:
         """The connection drops as soon as this file is on the headend; once."""
         self._beside(host, "drop").write_text(path)
 
+    def has_dropped(self, host: str) -> bool:
+        return not self._beside(host, "drop").exists()
+
     def power_cut(self, host: str) -> None:
         """Whatever runs on the headend is gone."""
         device = str(self.devices[host].root)
