@@ -60,7 +60,7 @@ DeferredDocument parsedFile(const std::string& path) {
 
 ExitStatus exportCamList(TextWriter& backup) {
     CmdGetVsecureCAMList command;
-    command.writeCAMList(backup, true, true, "vsecureCAMList");
+    command.buildCAMList(backup, true, true, "vsecureCAMList");
     return errorsToExitStatus(command.errors());
 }
 

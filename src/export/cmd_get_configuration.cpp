@@ -92,7 +92,7 @@ void CmdGetConfiguration::writeConfiguration(document::Writer& out) {
 // The element of a setting, or one with the settings that it holds.
 void CmdGetConfiguration::writeSettings(const Element& element) {
     if (element.key != nullptr) {
-        writeSetting(element.name, element.key);
+        settingElement(element.name, element.key);
         return;
     }
     out().open(element.name);
@@ -104,8 +104,8 @@ void CmdGetConfiguration::writeSettings(const Element& element) {
     out().close();
 }
 
-// Without text when the setting is missing.
-void CmdGetConfiguration::writeSetting(const char* name, const char* key) {
+// Has no text when the setting is missing.
+void CmdGetConfiguration::settingElement(const char* name, const char* key) {
     const auto found = globalSettings_.find(key);
     const bool isStored = found != globalSettings_.end();
     out().leaf(name, isStored ? found->second[tarvodb::configuracionWebGlobal::valor].textOrEmpty()

@@ -50,7 +50,7 @@ class CmdGetConfiguration : public Command {
     void loadGlobalSettings();
     void writeConfiguration(document::Writer& out);
     void writeSettings(const mapping::Element& element);
-    void writeSetting(const char* name, const char* key);
+    void settingElement(const char* name, const char* key);
 
     tarvodb::WatchedDatabase configDb_;
     tarvodb::WatchedDatabase stateDb_;

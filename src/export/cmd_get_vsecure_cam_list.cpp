@@ -44,10 +44,10 @@ void CmdGetVsecureCAMList::execute() {
                                      : document::childNamed(*commandNode(), "includePublicKeys");
     const bool withKeys = includeKeys != nullptr && document::numberOf(*includeKeys) == 1;
     document::TreeWriter tree = result().writerInto(*resultNode);
-    writeCAMList(tree, withKeys, false, "list");
+    buildCAMList(tree, withKeys, false, "list");
 }
 
-void CmdGetVsecureCAMList::writeCAMList(document::Writer& out, bool includePublicKeys,
+void CmdGetVsecureCAMList::buildCAMList(document::Writer& out, bool includePublicKeys,
                                         bool fullRecords, const char* listName) {
     out.open(listName);
     if (const tarvodb::Database db = tarvodb::openDatabase(tarvodb::kVsecureDatabase)) {

@@ -16,7 +16,7 @@ class CmdGetVsecureCAMList : public Command {
 
     // Writes an element `listName` with one `cam` per row of VSecure. A full record has the public
     // key too. When the database cannot be opened, error 102 is recorded and the element is empty.
-    void writeCAMList(document::Writer& out, bool includePublicKeys, bool fullRecords,
+    void buildCAMList(document::Writer& out, bool includePublicKeys, bool fullRecords,
                       const char* listName);
 };
 

@@ -61,7 +61,7 @@ class GetVsecureCamList : public test::DeviceTest {
                                  bool fullRecords, const char* name) {
         document::XmlDocument document;
         document::TreeWriter tree(document, document);
-        command.writeCAMList(tree, includePublicKeys, fullRecords, name);
+        command.buildCAMList(tree, includePublicKeys, fullRecords, name);
         return document::printed(document, document::kNoIndenting);
     }
     std::string listOf(bool includePublicKeys, bool fullRecords, const char* name) {
