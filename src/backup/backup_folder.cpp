@@ -12,6 +12,7 @@
 #include "backup/device_run.h"
 #include "backup/diff.h"
 #include "backup/fault.h"
+#include "backup/output_file.h"
 #include "backup/progress.h"
 #include "backup/sqlite.h"
 #include "command/result_document.h"
@@ -26,7 +27,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kSuffix = ".xml";
-constexpr unsigned kOwnerOnly = 0600;
 
 [[noreturn]] void failReading(const std::string& reason) {
     throw Fault(ExitStatus::cannotRead, std::string(tarvodb::kConfigDatabase) + ": " + reason);
@@ -138,15 +138,6 @@ std::string verifiedExport() {
     return document;
 }
 
-void writeBackup(const std::string& path, const std::string& document) {
-    if (!platform::files::replace(path, document, {.mode = kOwnerOnly})) {
-        throw Fault(ExitStatus::cannotWrite, path + ": " + std::strerror(errno));
-    }
-    if (platform::files::read(path) != document) {
-        throw Fault(ExitStatus::cannotWrite, path + ": does not hold what was written");
-    }
-}
-
 Saved saveInto(const std::string& folder, const std::string& document,
                std::optional<std::size_t> keep) {
     makeFolder(folder);
@@ -158,7 +149,7 @@ Saved saveInto(const std::string& folder, const std::string& document,
         saved.isUnchanged = true;
     } else {
         saved.path = freePath(folder, stem);
-        writeBackup(saved.path, document);
+        writeForOwner(saved.path, document);
         backups = backupsIn(folder, stem);
     }
     for (std::size_t place = 0; keep && place + *keep < backups.size(); ++place) {

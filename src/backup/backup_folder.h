@@ -28,8 +28,4 @@ struct Saved {
 Saved saveInto(const std::string& folder, const std::string& document,
                std::optional<std::size_t> keep);
 
-// Writes the document to a file of mode 0600, which is on the disk before it takes an older one's
-// place, and reads it back. Throws Fault (cannotWrite).
-void writeBackup(const std::string& path, const std::string& document);
-
 }  // namespace tarvo_backup

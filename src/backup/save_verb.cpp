@@ -1,5 +1,6 @@
 #include "backup/backup_folder.h"
 #include "backup/json.h"
+#include "backup/output_file.h"
 #include "backup/progress.h"
 #include "backup/verbs.h"
 
@@ -18,7 +19,7 @@ Saved saved(const SaveOptions& options, const std::string& document) {
     if (options.outputPath.empty()) {
         return saveInto(options.folder, document, options.keep);
     }
-    writeBackup(options.outputPath, document);
+    writeForOwner(options.outputPath, document);
     return {.path = options.outputPath, .isUnchanged = false, .removed = {}};
 }
 

@@ -4,12 +4,12 @@
 #include "backup/document.h"
 #include "backup/fault.h"
 #include "backup/json.h"
+#include "backup/output_file.h"
 #include "backup/overview.h"
 #include "backup/overview_html.h"
 #include "backup/overview_text.h"
 #include "backup/secrets.h"
 #include "backup/verbs.h"
-#include "platform/files.h"
 
 namespace tarvo_backup {
 
@@ -27,11 +27,9 @@ void writePage(const std::string& page, const ShowOptions& options, const Consol
         console.out << page;
         return;
     }
-    constexpr unsigned kOwnerOnly = 0600;
-    const bool isWritten =
-        options.withSecrets ? platform::files::replace(options.htmlPath, page, {.mode = kOwnerOnly})
-                            : writeForAll(options.htmlPath, page);
-    if (!isWritten) {
+    if (options.withSecrets) {
+        writeForOwner(options.htmlPath, page);
+    } else if (!writeForAll(options.htmlPath, page)) {
         throw Fault(ExitStatus::cannotWrite, options.htmlPath + ": cannot be written");
     }
 }

@@ -60,6 +60,20 @@ class SaveTest(EndToEndTest):
         names = [re.search(rb"<headendName>(.*?)<", p.read_bytes())[1] for p in self.kept(device)]
         self.assertEqual([b"two", b"three"], names)
 
+    def test_only_a_file_is_replaced(self) -> None:
+        device = self.device("WVX-BQ4")
+        kept = device.path("/tmp/kept.xml")
+        kept.write_text("kept")
+        device.path("/tmp/link.xml").symlink_to("kept.xml")
+        os.mkfifo(device.path("/tmp/pipe"))
+        for name in ("link.xml", "pipe"):
+            result = self.save(device, "--output", f"/tmp/{name}")
+            reason = f"tarvo-backup: /tmp/{name}: is no regular file; - is standard output\n"
+            self.assertEqual((4, reason), (result.status, result.stderr.decode()))
+        self.assertEqual("kept", kept.read_text())
+        self.assertTrue(device.path("/tmp/link.xml").is_symlink())
+        self.assertTrue(device.path("/tmp/pipe").is_fifo())
+
     def test_a_file_or_standard_output_instead_of_the_folder(self) -> None:
         device = self.device("WVX-BQ4")
         self.assertBytes(golden("WVX-BQ4"), self.save(device, "--output", "-").stdout)

@@ -148,6 +148,13 @@ TEST(BackupShow, APageThatCannotBeWrittenIsAFault) {
 TEST(BackupShow, MarksADocumentOfSeveralOutermostElements) {
     EXPECT_EQ(redacted(parsed("<x><password>a</password></x><configuration/>")),
               "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<redacted>\n\t<x>\n"
+TEST(BackupShow, APageWithSecretsTakesTheNameOfAFileAlone) {
+    const Ran refused = shown({"--secrets", "--html", "/proc/self/exe"});
+    EXPECT_EQ(refused.status, ExitStatus::cannotWrite);
+    EXPECT_EQ(refused.err,
+              "tarvo-backup: /proc/self/exe: is no regular file; - is standard output\n");
+}
+
               "\t\t<password>(masked)</password>\n\t</x>\n\t<configuration/>\n</redacted>\n");
 }
 
