@@ -8,6 +8,7 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
+#include <string_view>
 
 #include "backup/device_run.h"
 #include "backup/diff.h"
@@ -67,9 +68,22 @@ std::string stemOfHost() {
     return host + "-";
 }
 
+// Another host whose name goes on with a digit may keep its backups in the same folder.
 bool isBackupName(const std::string& name, const std::string& stem) {
-    return name.starts_with(stem) && name.ends_with(kSuffix) && name.size() > stem.size() &&
-           std::isdigit(static_cast<unsigned char>(name[stem.size()])) != 0;
+    constexpr std::string_view kTime = "0000-00-00T0000Z";
+    if (!name.starts_with(stem) || !name.ends_with(kSuffix)) {
+        return false;
+    }
+    std::string rest = name.substr(stem.size());
+    std::replace_if(
+        rest.begin(), rest.end(), [](unsigned char c) { return std::isdigit(c) != 0; }, '0');
+    if (!rest.starts_with(kTime)) {
+        return false;
+    }
+    // A second one of a minute has a number.
+    rest = rest.substr(kTime.size());
+    return rest == kSuffix || (rest.starts_with("-0") && rest.find_first_not_of('0', 1) ==
+                                                             rest.size() - std::strlen(kSuffix));
 }
 
 // The host's backups, oldest first.
@@ -95,7 +109,10 @@ bool hasSameSettings(const fs::path& older, const std::string& document) {
         return false;
     }
     try {
-        return diff(Document(older.string(), *text), Document("new", document)).empty();
+        const Document before(older.string(), *text);
+        // Without a configuration it is no backup, and one that is redacted cannot be restored.
+        return before.configuration() != nullptr && !before.isRedacted() &&
+               diff(before, Document("new", document)).empty();
     } catch (const Fault&) {
         return false;  // it was damaged since
     }
@@ -150,7 +167,8 @@ Saved saveInto(const std::string& folder, const std::string& document,
     } else {
         saved.path = freePath(folder, stem);
         writeForOwner(saved.path, document);
-        backups = backupsIn(folder, stem);
+        // The newest, whatever the clock says.
+        backups.emplace_back(saved.path);
     }
     for (std::size_t place = 0; keep && place + *keep < backups.size(); ++place) {
         std::error_code failed;

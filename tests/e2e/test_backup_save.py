@@ -60,6 +60,49 @@ class SaveTest(EndToEndTest):
         names = [re.search(rb"<headendName>(.*?)<", p.read_bytes())[1] for p in self.kept(device)]
         self.assertEqual([b"two", b"three"], names)
 
+    def place(self, device: Device, name: str, text: str) -> Path:
+        path = device.path(FOLDER) / name
+        path.parent.mkdir(exist_ok=True)
+        path.write_text(text)
+        return path
+
+    def stem(self, device: Device) -> str:
+        self.save(device, "/tmp/probe")
+        [path] = device.path("/tmp/probe").glob("*.xml")
+        return path.name[: -len("2026-11-21T0315Z.xml")]
+
+    def test_a_newest_backup_without_a_configuration_is_no_backup(self) -> None:
+        device = self.device("WVX-BQ4")
+        name = self.stem(device) + "2020-01-01T0000Z.xml"
+        whole = golden("WVX-BQ4").decode().partition("\n")[2]
+        for text in ("", "<other/>", f"<redacted>{whole}</redacted>"):
+            self.place(device, name, text)
+            saved = json.loads(self.save(device, "--json").stdout)
+            self.assertFalse(saved["unchanged"], text[:20])
+            device.path(saved["file"]).unlink()
+
+    def test_only_the_hosts_own_backups_are_removed(self) -> None:
+        device = self.device("WVX-BQ4")
+        stem = self.stem(device)
+        others = [
+            self.place(device, stem + name, "<configuration/>")
+            for name in ("2-2020-01-01T0000Z.xml", "1.xml", "2020.xml", "2020-01-01T0000Z-.xml")
+        ]
+        own = [
+            self.place(device, stem + name, "<configuration/>")
+            for name in ("2020-01-01T0000Z.xml", "2020-01-01T0000Z-12.xml")
+        ]
+        saved = json.loads(self.save(device, "--keep", "1", "--json").stdout)
+        self.assertEqual([f"{FOLDER}/{path.name}" for path in own], saved["removed"])
+        self.assertEqual([True] * len(others), [path.exists() for path in others])
+
+    def test_what_was_just_saved_stays_whatever_the_clock_says(self) -> None:
+        device = self.device("WVX-BQ4")
+        later = self.place(device, self.stem(device) + "2999-01-01T0000Z.xml", "<configuration/>")
+        saved = json.loads(self.save(device, "--keep", "1", "--json").stdout)
+        self.assertTrue(device.path(saved["file"]).exists())
+        self.assertEqual([f"{FOLDER}/{later.name}"], saved["removed"])
+
     def test_only_a_file_is_replaced(self) -> None:
         device = self.device("WVX-BQ4")
         kept = device.path("/tmp/kept.xml")
