@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <map>
 #include <set>
 #include <span>
 
@@ -137,9 +138,11 @@ class Making {
     }
 
     Section& add(const std::string& title, const std::string& wantedAnchor) {
-        std::string anchor = anchorOf(wantedAnchor);
-        for (int number = 2; !anchors_.insert(anchor).second; ++number) {
-            anchor = anchorOf(wantedAnchor) + "-" + std::to_string(number);
+        const std::string wanted = anchorOf(wantedAnchor);
+        std::string anchor = wanted;
+        for (int& number = lastNumbers_[wanted]; !anchors_.insert(anchor).second;) {
+            number = std::max(number, 1) + 1;
+            anchor = wanted + "-" + std::to_string(number);
         }
         return overview_.sections.emplace_back(Section{title, anchor, {}, {}});
     }
@@ -320,6 +323,7 @@ class Making {
     const XmlNode* configuration_ = nullptr;
     Overview overview_;
     std::set<std::string> anchors_;
+    std::map<std::string, int> lastNumbers_;  // behind each anchor that more than one wanted
 };
 
 }  // namespace
