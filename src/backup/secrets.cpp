@@ -23,9 +23,12 @@ std::vector<const char*> secretNames(const mapping::Element& element) {
 }
 
 void mask(XmlNode& node) {
-    if (isSecret(node.name()) && node.first_node() != nullptr) {
-        node.remove_all_nodes();
-        node.value(kMask);
+    if (isSecret(node.name())) {
+        node.remove_all_attributes();
+        if (node.first_node() != nullptr) {
+            node.remove_all_nodes();
+            node.value(kMask);
+        }
         return;
     }
     for (XmlNode& child : document::childrenOf(node)) {

@@ -93,8 +93,8 @@ TEST(BackupShow, PasswordControlWordsAndEncryptedKeysAreSecretInAnyLetterCase) {
 
 TEST(BackupShow, RedactsSecretsWhereverTheyStandAndMarksTheDocument) {
     const Document document = parsed(
-        "<backup><configuration><PASSWORD>a<b/></PASSWORD><x><oddkey><![CDATA[c]]></oddkey>"
-        "</x><evenKey/></configuration><vsecureCAMList/></backup>");
+        "<backup><configuration><PASSWORD old='z'>a<b/></PASSWORD><x><oddkey><![CDATA[c]]>"
+        "</oddkey></x><evenKey old='z'/></configuration><vsecureCAMList/></backup>");
     EXPECT_EQ(redacted(document),
               "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<redacted>\n\t<backup>\n"
               "\t\t<configuration>\n\t\t\t<PASSWORD>(masked)</PASSWORD>\n\t\t\t<x>\n"
@@ -148,9 +148,6 @@ TEST(BackupShow, APageThatCannotBeWrittenIsAFault) {
     EXPECT_EQ(shown({"--redact", "--secrets"}).status, ExitStatus::usage);
 }
 
-TEST(BackupShow, MarksADocumentOfSeveralOutermostElements) {
-    EXPECT_EQ(redacted(parsed("<x><password>a</password></x><configuration/>")),
-              "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<redacted>\n\t<x>\n"
 TEST(BackupShow, APageWithSecretsTakesTheNameOfAFileAlone) {
     const Ran refused = shown({"--secrets", "--html", "/proc/self/exe"});
     EXPECT_EQ(refused.status, ExitStatus::cannotWrite);
@@ -158,6 +155,9 @@ TEST(BackupShow, APageWithSecretsTakesTheNameOfAFileAlone) {
               "tarvo-backup: /proc/self/exe: is no regular file; - is standard output\n");
 }
 
+TEST(BackupShow, MarksADocumentOfSeveralOutermostElements) {
+    EXPECT_EQ(redacted(parsed("<x><password>a</password></x><configuration/>")),
+              "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<redacted>\n\t<x>\n"
               "\t\t<password>(masked)</password>\n\t</x>\n\t<configuration/>\n</redacted>\n");
 }
 
