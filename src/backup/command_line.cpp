@@ -3,6 +3,7 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <climits>
 #include <map>
 #include <string>
 
@@ -96,7 +97,7 @@ void addSave(CLI::App& app, Session& session) {
                              options, runSave);
     auto* folder = verb.add_option("DIR", options.folder, "The folder; " + options.folder);
     auto* keep = verb.add_option("--keep", options.keep, "How many backups to keep")
-                     ->check(CLI::PositiveNumber)
+                     ->check(CLI::Range(1, INT_MAX))
                      ->option_text("N");
     verb.add_option("--output", options.outputPath, "A file instead; - is standard output")
         ->excludes(folder)

@@ -38,6 +38,14 @@ TEST(BackupCommandLine, WithoutAVerbOrWithAnUnknownOneOrOptionIsAUsageError) {
     }
 }
 
+TEST(BackupCommandLine, TellsWhichNumbersAnOptionTakes) {
+    const Ran keep = ran({"save", "--keep", "0"});
+    EXPECT_EQ(keep.status, ExitStatus::usage);
+    EXPECT_THAT(keep.err, StartsWith("--keep: Value 0 not in range 1 to 2147483647\n"));
+    EXPECT_THAT(ran({"restore", "--confirm", "1441", "-"}).err,
+                StartsWith("--confirm: Value 1441 not in range 1 to 1440\n"));
+}
+
 TEST(BackupCommandLine, AFileThatCannotBeReadHasAStatusOfItsOwn) {
     const Ran refused = ran({"diff", "/nonexistent/a.xml", "-"});
     EXPECT_EQ(refused.status, ExitStatus::cannotRead);
