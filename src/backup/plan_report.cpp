@@ -39,11 +39,21 @@ class Report {
             out_ << " It would be tried " << plan.tries << " times.";
         }
         out_ << '\n';
+        printWhyUnreadable();
         for (const PlannedError& error : plan.errors) {
             out_ << paint_(Style::error, located(error)) << '\n';
         }
         for (const std::string& complaint : plan.complaints) {
             out_ << paint_(Style::warning, "warning: " + onOneLine(complaint)) << '\n';
+        }
+    }
+
+    // The import names no error of a document in which it finds no configuration.
+    void printWhyUnreadable() {
+        if (document_.isRedacted()) {
+            out_ << "The secrets of this document are masked; no import takes it.\n";
+        } else if (document_.configuration() == nullptr) {
+            out_ << "The document has no 'configuration' element.\n";
         }
     }
 

@@ -10,8 +10,7 @@ namespace tarvo_backup {
 
 namespace {
 
-std::string printed(const Plan& plan) {
-    const Document document = configured("");
+std::string printed(const Plan& plan, const Document& document = configured("")) {
     std::istringstream in;
     std::ostringstream out;
     const Console console{.in = in, .out = out, .err = out};
@@ -52,6 +51,17 @@ TEST(BackupPlan, IsNotEmptyWithAnythingInIt) {
          {failing, withError, withChange, untold, withRow, withScript, withRename}) {
         EXPECT_FALSE(plan.isEmpty());
     }
+}
+
+TEST(BackupPlanReport, TellsWhyNothingOfADocumentIsRead) {
+    Plan plan;
+    plan.status = app::ExitStatus::failure;
+    plan.tries = 3;
+    const std::string result = "The restore would end with status 1. It would be tried 3 times.\n";
+    EXPECT_EQ(printed(plan, parsed("<lnb/>")),
+              result + "The document has no 'configuration' element.\n");
+    EXPECT_EQ(printed(plan, parsed("<redacted><configuration/></redacted>")),
+              result + "The secrets of this document are masked; no import takes it.\n");
 }
 
 TEST(BackupPlanReport, HasTheErrorsWithTheirPlacesAndWhatIsComplainedOf) {
