@@ -375,6 +375,9 @@ class TreeCheck {
     void checkLeaf(const Element& parent, const Element& row, const XmlNode& node, bool isFirst) {
         if (firstElement(node) != nullptr) {
             add(Severity::warning, node, "holds elements, which are not read");
+        } else if (node.first_node() != nullptr && node.first_node() != node.last_node()) {
+            add(Severity::warning, node,
+                "a comment or a CDATA section parts its text; one part is read");
         }
         const bool isRefused = checkRange(row, node, isFirst) || checkCode(row, node);
         if (!isRefused) {
@@ -382,6 +385,9 @@ class TreeCheck {
         }
         if (isNamed(parent, "service") && isNamed(row, "lcn")) {
             checkLcn(node);
+        }
+        if (isNamed(parent, "maintenance")) {
+            checkTime(row, node);
         }
     }
 
@@ -463,6 +469,17 @@ class TreeCheck {
                 break;
             default:
                 break;
+        }
+    }
+
+    // The import stores any number.
+    void checkTime(const Element& row, const XmlNode& node) {
+        const bool isHour = isNamed(row, "hour");
+        const bool isTime = isHour || isNamed(row, "min");
+        const mapping::Range range{0, isHour ? 23 : 59};
+        if (isTime && isWholeNumber(textOf(node)) && !range.contains(numberOf(node))) {
+            add(Severity::warning, node,
+                inQuotes(textOf(node)) + " is no " + (isHour ? "hour" : "minute"));
         }
     }
 

@@ -1,5 +1,8 @@
 #include "backup/text_check.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <string>
 #include <vector>
 
@@ -21,18 +24,40 @@ void checkCharacters(std::string_view text, Findings& findings) {
     }
 }
 
+// Whether the code is of a character that a document may hold.
+bool isXmlCharacter(unsigned code) {
+    return code == '\t' || code == '\n' || code == '\r' || (code >= 0x20 && code < 0xd800) ||
+           (code >= 0xe000 && code < 0xfffe) || (code >= 0x10000 && code <= 0x10ffff);
+}
+
+// Whether the text between '&' and ';' stands for a character.
+bool isReference(std::string_view name) {
+    constexpr std::array<std::string_view, 5> kNames{"amp", "lt", "gt", "quot", "apos"};
+    if (!name.starts_with('#')) {
+        return std::find(kNames.begin(), kNames.end(), name) != kNames.end();
+    }
+    const bool isHexadecimal = name.starts_with("#x");
+    const std::string_view digits = name.substr(isHexadecimal ? 2 : 1);
+    const char* end = digits.data() + digits.size();
+    unsigned code = 0;
+    const auto read = std::from_chars(digits.data(), end, code, isHexadecimal ? 16 : 10);
+    return read.ec == std::errc() && read.ptr == end && isXmlCharacter(code);
+}
+
 bool isNameEnd(char character) {
     return character == '>' || character == '/' || character == ' ' || character == '\t' ||
            character == '\n' || character == '\r';
 }
 
-// Follows the tags of a text that the library has parsed, so that all of them end.
+// Follows the tags of a text that the library has parsed, so that all of them end, and what stands
+// between them.
 class TagCheck {
   public:
     TagCheck(std::string_view text, Findings& findings) : text_(text), findings_(findings) {}
 
     void run() {
-        while (seek("<")) {
+        for (std::size_t start = 0; seek("<"); start = place_) {
+            checkReferences(start);
             if (startsWith("<!--")) {
                 skip("-->");
             } else if (startsWith("<![CDATA[")) {
@@ -57,6 +82,20 @@ class TagCheck {
     bool seek(std::string_view wanted) {
         place_ = text_.find(wanted, place_);
         return place_ != std::string_view::npos;
+    }
+
+    // In the text from `start` to here.
+    void checkReferences(std::size_t start) {
+        constexpr std::size_t kLongest = 16;
+        const std::string_view text = text_.substr(0, place_);
+        for (std::size_t place = text.find('&', start); place != std::string_view::npos;
+             place = text.find('&', place + 1)) {
+            const std::string_view after = text.substr(place + 1, kLongest);
+            const std::size_t end = after.find(';');
+            if (end == std::string_view::npos || !isReference(after.substr(0, end))) {
+                findings_.add(Severity::warning, place, "an '&' that stands for no character");
+            }
+        }
     }
 
     void skip(std::string_view end) { place_ = seek(end) ? place_ + end.size() : text_.size(); }

@@ -356,6 +356,36 @@ TEST(BackupCheck, ElementsInsideAValueAreNotRead) {
                 ElementsAre("warning: network/ip: holds elements, which are not read"));
 }
 
+TEST(BackupCheck, OfATextInPartsOneIsRead) {
+    const auto location = [](const std::string& text) {
+        return checked("<identification><location>" + text + "</location></identification>");
+    };
+    const auto parted = ElementsAre(
+        "warning: identification/location: a comment or a CDATA section parts its text; one part "
+        "is read");
+    EXPECT_THAT(location("one<!-- --> two"), parted);
+    EXPECT_THAT(location("one<![CDATA[two]]>"), parted);
+    EXPECT_THAT(location("<!-- -->one"), IsEmpty());
+    EXPECT_THAT(location("one<!-- --> "), IsEmpty());
+    EXPECT_THAT(location("<![CDATA[one]]>"), IsEmpty());
+}
+
+TEST(BackupCheck, AMaintenanceIsAtATimeOfTheDay) {
+    const auto at = [](const std::string& hour, const std::string& minute) {
+        return checked("<maintenances><maintenance><hour>" + hour + "</hour><min>" + minute +
+                       "</min><active>1</active></maintenance></maintenances>");
+    };
+    EXPECT_THAT(at("0", "0"), IsEmpty());
+    EXPECT_THAT(at("23", "59"), IsEmpty());
+    EXPECT_THAT(at("", ""), IsEmpty());
+    EXPECT_THAT(at("24", "60"),
+                ElementsAre("warning: maintenances/maintenance[1]/hour: '24' is no hour",
+                            "warning: maintenances/maintenance[1]/min: '60' is no minute"));
+    EXPECT_THAT(at("-1", "x"),
+                ElementsAre("warning: maintenances/maintenance[1]/hour: '-1' is no hour",
+                            "warning: maintenances/maintenance[1]/min: 'x' is no number"));
+}
+
 TEST(BackupCheck, AnLcnThatIsGivenTwiceMayStayAsItIs) {
     EXPECT_THAT(checked(service("<lcn>0</lcn><lcn>0</lcn>")),
                 ElementsAre(HasSubstr("/lcn: given twice")));
@@ -402,6 +432,25 @@ TEST(BackupCheck, FindsWhatTheXmlLibraryLetsPass) {
     const std::string text = "<configuration/>";
     EXPECT_THAT(lines(check(parsed(text + '\0' + "<lnb>"))),
                 ElementsAre("warning: a NUL character; the import reads nothing from here on"));
+}
+
+TEST(BackupCheck, AnAmpersandBeginsAReference) {
+    const auto warnings = [](const std::string& text) {
+        return checked("<identification><location>" + text + "</location></identification>").size();
+    };
+    for (const char* text : {"&amp;&lt;&gt;&quot;&apos;", "&#9;&#x20;&#233;&#xE9;&#x10FFFF;",
+                             "<![CDATA[&]]>", "<!-- & -->"}) {
+        EXPECT_EQ(warnings(text), 0U) << text;
+    }
+    for (const char* text :
+         {"A & B", "&", "&;", "&AMP;", "&eacute;", "&#1;", "&#xD800;", "&#xFFFE;", "&amp &"}) {
+        EXPECT_GE(warnings(text), 1U) << text;
+    }
+    const auto findings =
+        check(configured("<identification>\n<location>a &b;</location>"
+                         "</identification>"));
+    EXPECT_THAT(lines(findings), ElementsAre("warning: an '&' that stands for no character"));
+    EXPECT_EQ(findings.at(0).position, (Position{2, 13}));
 }
 
 TEST(BackupCheckVerb, PrintsFindingsAsCompilersDoAndEndsWithAnErrorsStatus) {
