@@ -113,6 +113,10 @@ class SaveTest(EndToEndTest):
             result = self.save(device, "--output", f"/tmp/{name}")
             reason = f"tarvo-backup: /tmp/{name}: is no regular file; - is standard output\n"
             self.assertEqual((4, reason), (result.status, result.stderr.decode()))
+        folder = self.save(device, "--output", "/tmp")
+        self.assertEqual(
+            (4, b"tarvo-backup: /tmp: Is a directory\n"), (folder.status, folder.stderr)
+        )
         self.assertEqual("kept", kept.read_text())
         self.assertTrue(device.path("/tmp/link.xml").is_symlink())
         self.assertTrue(device.path("/tmp/pipe").is_fifo())
