@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "command/error_codes.h"
+#include "db/database.h"
 #include "db/operations.h"
 #include "document/xml.h"
 #include "export/elements.h"

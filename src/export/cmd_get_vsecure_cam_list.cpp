@@ -3,7 +3,9 @@
 #include <syslog.h>
 
 #include "command/error_codes.h"
+#include "db/database.h"
 #include "db/operations.h"
+#include "db/schema.h"
 #include "document/xml.h"
 #include "export/elements.h"
 #include "mapping/cam_list.h"

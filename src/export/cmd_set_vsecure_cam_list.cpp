@@ -4,13 +4,16 @@
 
 #include <cctype>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "command/error_codes.h"
 #include "command/system_actions.h"
 #include "db/clauses.h"
+#include "db/database.h"
 #include "db/operations.h"
 #include "db/record.h"
+#include "db/schema.h"
 #include "db/transaction.h"
 #include "device/device_identity.h"
 #include "document/xml.h"

@@ -4,7 +4,11 @@
 #include <string>
 
 #include "db/operations.h"
+#include "db/record.h"
+#include "db/schema.h"
 #include "db/si_tables.h"
+#include "document/writer.h"
+#include "export/elements.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 #include "platform/local_time.h"

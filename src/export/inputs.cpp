@@ -10,6 +10,8 @@
 #include "db/schema.h"
 #include "document/coded_texts.h"
 #include "document/input_type.h"
+#include "document/writer.h"
+#include "export/elements.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 

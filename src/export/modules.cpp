@@ -2,6 +2,7 @@
 #include "mapping/modules.h"
 
 #include <string>
+#include <utility>
 
 #include "db/clauses.h"
 #include "db/operations.h"
@@ -9,6 +10,8 @@
 #include "db/schema.h"
 #include "device/device_identity.h"
 #include "document/coded_texts.h"
+#include "document/writer.h"
+#include "export/elements.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 #include "mapping/module_family.h"

@@ -4,6 +4,8 @@
 #include "db/clauses.h"
 #include "db/operations.h"
 #include "db/schema.h"
+#include "document/writer.h"
+#include "export/elements.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 

@@ -5,6 +5,7 @@
 
 #include "db/operations.h"
 #include "db/record.h"
+#include "db/schema.h"
 #include "export/cmd_get_configuration.h"
 #include "export/elements.h"
 #include "mapping/element.h"

@@ -6,6 +6,8 @@
 #include "db/record.h"
 #include "db/schema.h"
 #include "document/coded_texts.h"
+#include "document/writer.h"
+#include "export/elements.h"
 #include "export/sections.h"
 #include "mapping/element.h"
 #include "mapping/module_family.h"

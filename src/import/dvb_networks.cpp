@@ -4,11 +4,13 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "command/error_codes.h"
 #include "db/clauses.h"
 #include "db/record.h"
+#include "db/schema.h"
 #include "db/si_tables.h"
 #include "document/xml.h"
 #include "import/elements.h"

@@ -6,8 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "command/error_codes.h"
 #include "db/record.h"
 #include "document/xml.h"
+#include "import/cmd_set_configuration.h"
 #include "import/status_marks.h"
 #include "import/table_writes.h"
 #include "mapping/element.h"

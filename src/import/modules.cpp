@@ -10,6 +10,7 @@
 #include "db/clauses.h"
 #include "db/operations.h"
 #include "db/record.h"
+#include "db/schema.h"
 #include "document/xml.h"
 #include "import/elements.h"
 #include "import/module_binding.h"

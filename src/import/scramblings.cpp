@@ -2,6 +2,7 @@
 #include "mapping/scramblings.h"
 
 #include <string>
+#include <utility>
 
 #include "command/error_codes.h"
 #include "db/clauses.h"

@@ -4,7 +4,9 @@
 
 #include "command/error_codes.h"
 #include "db/clauses.h"
+#include "db/operations.h"
 #include "db/record.h"
+#include "db/schema.h"
 #include "document/xml.h"
 #include "import/reporting.h"
 #include "import/sections.h"

@@ -3,6 +3,7 @@
 
 #include "db/schema.h"
 #include "document/coded_texts.h"
+#include "document/input_type.h"
 #include "mapping/element.h"
 
 namespace mapping {
