@@ -3,13 +3,14 @@
 #include <algorithm>
 
 #include "db/database.h"
-#include "device/device_identity.h"
 #include "document/deferred_document.h"
 #include "document/writer.h"
 #include "export/cmd_get_configuration.h"
 #include "export/cmd_get_vsecure_cam_list.h"
 #include "export/cmd_set_vsecure_cam_list.h"
+#include "export/elements.h"
 #include "import/cmd_set_configuration.h"
+#include "mapping/document_tree.h"
 #include "platform/platform.h"
 
 namespace app {
@@ -21,7 +22,6 @@ using tarvo_remote_control::CmdGetConfiguration;
 using tarvo_remote_control::CmdGetVsecureCAMList;
 using tarvo_remote_control::CmdSetConfiguration;
 using tarvo_remote_control::CmdSetVsecureCAMList;
-using tarvo_remote_control::DeviceIdentity;
 
 namespace {
 
@@ -60,7 +60,7 @@ DeferredDocument parsedFile(const std::string& path) {
 
 ExitStatus exportCamList(TextWriter& backup) {
     CmdGetVsecureCAMList command;
-    command.buildCAMList(backup, true, true, "vsecureCAMList");
+    command.buildCAMList(backup, true, true, mapping::kBackupCamList.name);
     return errorsToExitStatus(command.errors());
 }
 
@@ -70,9 +70,9 @@ ExitStatus exportConfiguration(const std::string& outputPath) {
     constexpr int kTries = 3;
     for (int tries = 1;; ++tries) {
         TextWriter document(std::string(tarvo_remote_control::kXmlDeclaration) + "\n");
-        const bool isBackup = DeviceIdentity::instance().isRNB();
+        const bool isBackup = tarvo_remote_control::isExported(mapping::kBackup);
         if (isBackup) {
-            document.open("backup");
+            document.open(mapping::kBackup.name);
         }
         CmdGetConfiguration command(document);
         command.run();
@@ -95,9 +95,9 @@ ExitStatus exportConfiguration(const std::string& outputPath) {
 ExitStatus importConfiguration(const std::string& path) {
     DeferredDocument document = parsedFile(path);
     XmlNode* top = document.firstNode();
-    const XmlNode* backup = document::findSibling(top, "backup");
+    const XmlNode* backup = document::findSibling(top, mapping::kBackup.name);
     XmlNode* first = backup == nullptr ? top : backup->first_node();
-    const XmlNode* configuration = document::findSibling(first, "configuration");
+    const XmlNode* configuration = document::findSibling(first, mapping::kConfiguration.name);
     if (configuration == nullptr) {
         platform::printError("No 'configuration' element found\n");
         return ExitStatus::failure;
@@ -106,7 +106,7 @@ ExitStatus importConfiguration(const std::string& path) {
     if (status != ExitStatus::success || backup == nullptr) {
         return status;
     }
-    const XmlNode* list = document::findSibling(first, "vsecureCAMList");
+    const XmlNode* list = document::findSibling(first, mapping::kBackupCamList.name);
     return list == nullptr ? status : applyVsecureCAMList(*list);
 }
 

@@ -9,6 +9,8 @@
 #include <sstream>
 #include <utility>
 
+#include "mapping/document_tree.h"
+
 namespace tarvo_backup {
 
 namespace {
@@ -64,12 +66,14 @@ XmlNode* Document::outermost(const char* name) const {
     return document::findSibling(around == nullptr ? firstNode() : around->first_node(), name);
 }
 
-const XmlNode* Document::backup() const { return document::findSibling(firstNode(), "backup"); }
+const XmlNode* Document::backup() const {
+    return document::findSibling(firstNode(), mapping::kBackup.name);
+}
 
-const XmlNode* Document::configuration() const { return outermost("configuration"); }
+const XmlNode* Document::configuration() const { return outermost(mapping::kConfiguration.name); }
 
 const XmlNode* Document::camList() const {
-    return backup() == nullptr ? nullptr : outermost("vsecureCAMList");
+    return backup() == nullptr ? nullptr : outermost(mapping::kBackupCamList.name);
 }
 
 Position Document::positionOf(const XmlNode& node) const {

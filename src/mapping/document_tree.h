@@ -35,7 +35,8 @@ inline constexpr Element kSections[] = {
 inline constexpr Element kConfiguration = section("configuration", kSections);
 
 // RNB-K408 exports a backup, which adds the list of conditional-access modules.
-inline constexpr Element kBackupParts[] = {kConfiguration, camList("vsecureCAMList")};
+inline constexpr Element kBackupCamList = camList("vsecureCAMList");
+inline constexpr Element kBackupParts[] = {kConfiguration, kBackupCamList};
 inline constexpr Element kBackup = section("backup", kBackupParts, ExportedBy::rnb);
 
 }  // namespace mapping
