@@ -49,7 +49,8 @@ ExitStatus writeDocument(const TextWriter& document, const std::string& outputPa
     return isPrinted && isWritten ? ExitStatus::success : ExitStatus::failure;
 }
 
-// A file that cannot be read counts as an empty document. Most of a document is in its services.
+// A file that cannot be read counts as an empty document. Most of a document is in its services,
+// which their module's handler loads (import/modules.cpp).
 DeferredDocument parsedFile(const std::string& path) {
     try {
         return {platform::readFile(path).value_or(""), {"modules", "module", "services"}};

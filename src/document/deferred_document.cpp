@@ -10,7 +10,7 @@ namespace {
 
 // What is smaller is cheaper in the tree.
 constexpr std::size_t kWorthwhile = 1024;
-// A content is in memory as text and as a tree of several times the size.
+// With a larger one, which is in memory as text and as a tree when it is loaded, little is gained.
 constexpr std::size_t kLargestPart = 4;
 
 // A deferred content stands in the text as an element in a CDATA section.
@@ -22,7 +22,7 @@ std::string_view contentIn(const std::string& text, const Extent& extent) {
     return std::string_view(text).substr(extent.begin, extent.end - extent.begin);
 }
 
-// The contents that are deferred; none when one of them cannot or need not be.
+// The contents that are deferred; none when one of them cannot be, or is too large a part.
 std::vector<Extent> deferrable(const std::string& text, const ElementPath& path) {
     std::vector<Extent> contents;
     for (const Extent& extent : contentsAt(text, path)) {
@@ -59,7 +59,7 @@ DeferredDocument::DeferredDocument(std::string text, const ElementPath& path) {
     }
 }
 
-// False when anything in the document is malformed.
+// False when anything in the document is malformed, or looks as a deferred content does.
 bool DeferredDocument::parseWithout(const std::vector<Extent>& contents, const std::string& text) {
     text_.reserve(text.size() + contents.size() * (kBegin.size() + kEnd.size()));
     std::size_t done = 0;
@@ -85,6 +85,7 @@ bool DeferredDocument::parseWithout(const std::vector<Extent>& contents, const s
     return deferred_.size() == contents.size();
 }
 
+// Finds the elements below `parent` whose contents are deferred, and any that look like it.
 void DeferredDocument::findDeferred(XmlNode& parent) {
     for (XmlNode* node = parent.first_node(); node != nullptr; node = node->next_sibling()) {
         const XmlNode* only = node->first_node();

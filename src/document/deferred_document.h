@@ -1,4 +1,4 @@
-// A parsed document that is never in memory as a whole.
+// A parsed document, parts of which become a tree only when they are asked for.
 #pragma once
 
 #include <string>
@@ -22,7 +22,7 @@ class DeferredDocument {
     [[nodiscard]] XmlNode* firstNode() const { return tree_.first_node(); }
 
     // Gives the element its content, unless it has it. The one that got its content before has none
-    // any more.
+    // any more, and gets none again: a document is gone through once.
     void load(const XmlNode& element);
 
   private:

@@ -9,7 +9,7 @@
 
 namespace document {
 
-// Names are literals, or live as long as the writer.
+// Names are literals, or live as long as the writer and what it makes.
 class Writer {
   public:
     Writer() = default;

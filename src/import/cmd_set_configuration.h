@@ -38,7 +38,8 @@ class CmdSetConfiguration : public Command {
 
     // The configuration database, in the import's transaction.
     [[nodiscard]] sqlite3* db() const { return db_.get(); }
-    // Gives an element its content, unless it has it.
+    // Gives an element its content, unless it has it: a handler of what an import defers calls this
+    // before it reads. The element that was loaded before is empty then.
     void load(const document::XmlNode& element);
     // Has a post-action run once the import is stored.
     void request(mapping::PostAction action);
