@@ -125,6 +125,14 @@ class RepositoryTest(unittest.TestCase):
         for name in names:
             self.assertEqual(name.encode(), self.repository.document(name))
 
+    def test_one_at_a_time_works_on_a_host(self) -> None:
+        with self.repository.turn("one"), self.repository.turn("two", wait=False):
+            with self.assertRaises(Failure) as caught, self.repository.turn("one", wait=False):
+                self.fail("there are two")
+            self.assertIn("at work on one: nothing was done", caught.exception.lines[0])
+        with self.repository.turn("one", wait=False):
+            pass
+
     def test_what_the_operator_has_staged_or_changed_stays_his(self) -> None:
         self.repository.keep("one", b"1", ["one"])
         (self.folder / "notes").write_text("mine")

@@ -94,7 +94,7 @@ class Repository:
     def keep(self, host: str, document: bytes, message: list[str]) -> None:
         """Commits the document as the host's and puts it into its file."""
         name = file_name(host)
-        with self._turn():
+        with self.turn():
             handle, stage = tempfile.mkstemp(dir=self.private, prefix="stage-")
             try:
                 with os.fdopen(handle, "wb") as file:
@@ -133,9 +133,16 @@ class Repository:
         self._git("update-ref", "-m", "backup", decoded(branch.stdout).strip(), commit, before or "0" * 40)
 
     @contextlib.contextmanager
-    def _turn(self) -> Iterator[None]:
-        with open(self.private / "lock", "w") as lock:
-            fcntl.flock(lock, fcntl.LOCK_EX)
+    def turn(self, host: str = "", *, wait: bool = True) -> Iterator[None]:
+        """Of the processes of this machine one at a time: in the repository, or at work on a host."""
+        with open(self.private / ("lock-" + (file_name(host) if host else "repository")), "w") as lock:
+            try:
+                fcntl.flock(lock, fcntl.LOCK_EX | (0 if wait else fcntl.LOCK_NB))
+            except BlockingIOError:
+                raise Failure(
+                    f"another run of this machine is at work on {host}: nothing was done."
+                    " When it has ended, run this again"
+                ) from None
             yield
 
     def _git(self, *words: str, given: bytes = b"", environment: dict[str, str] | None = None) -> bytes:

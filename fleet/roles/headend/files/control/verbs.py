@@ -29,7 +29,7 @@ _SECRET_CHANGES = re.compile(rf"(?m)^(.*/{_SECRETS}: ).*$", re.IGNORECASE)
 def backup(job: dict) -> dict:
     repository = Repository(job)
     repository.make()
-    with Tool(job["tool"]) as tool:
+    with repository.turn(job["host"]), Tool(job["tool"]) as tool:
         document, remarks = _fetch(job, tool)
         what, changed = _keep(job, repository, tool, document)
     return {"changed": changed, "lines": [what, *remarks]}
@@ -39,7 +39,7 @@ def plan(job: dict) -> dict:
     """Settles what an earlier restore left, and tells what this one would do."""
     repository = Repository(job)
     repository.require()
-    with Tool(job["tool"]) as tool:
+    with repository.turn(job["host"], wait=False), Tool(job["tool"]) as tool:
         intended, description = _intended(job, repository)
         lines = [f"the document: {description}"]
         settled, is_done = _settle(job, repository, tool, intended)
@@ -73,7 +73,7 @@ def plan(job: dict) -> dict:
 def restore(job: dict) -> dict:
     repository = Repository(job)
     repository.require()
-    with Tool(job["tool"]) as tool:
+    with repository.turn(job["host"], wait=False), Tool(job["tool"]) as tool:
         intended, description = _intended(job, repository)
         before, remarks = _fetch(job, tool)
         what, _ = _keep(job, repository, tool, before)
