@@ -163,6 +163,21 @@ class RepositoryTest(unittest.TestCase):
         self.assertRaises(Failure, self.repository.commit_named, "nobody", "HEAD")
         self.assertEqual(b"a", self.repository.document("hotel", self.repository.commit_named("hotel", "HEAD~2")))
 
+    def test_a_repository_that_was_not_made_whole_is_made_again(self) -> None:
+        # Within another one, which is none of ours.
+        self.git("commit", "--allow-empty", "-m", "outer")
+        inner = self.folder / "inner"
+        (inner / ".git").mkdir(parents=True)
+        repository = Repository({"repository": str(inner), "author": "me <me@here>"})
+        repository.make()
+        repository.keep("one", b"1", ["one"])
+        self.assertEqual("outer\n", self.git("log", "--format=%s"))
+        self.assertEqual("one\n", self.git("-C", "inner", "log", "--format=%s"))
+        (inner / ".git/config").unlink()
+        (inner / ".git/objects").rename(inner / "elsewhere")
+        self.assertRaises(Failure, repository.keep, "two", b"2", ["two"])
+        self.assertEqual("outer\n", self.git("log", "--format=%s"))
+
     def test_a_folder_of_files_or_of_links_is_not_taken_over(self) -> None:
         other = self.folder.parent / "other"
         other.mkdir()

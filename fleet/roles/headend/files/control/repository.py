@@ -41,8 +41,9 @@ class Repository:
         lock = os.open(self.folder, os.O_RDONLY)
         try:
             fcntl.flock(lock, fcntl.LOCK_EX)
-            if not (self.folder / ".git").exists():
-                if any(self.folder.iterdir()):
+            # Without a HEAD it is one that could not be made whole, on a full disk perhaps.
+            if not (self.folder / ".git/HEAD").exists():
+                if any(path.name != ".git" for path in self.folder.iterdir()):
                     raise Failure(
                         f"on this machine: {self.folder} holds files and is no git repository;"
                         " name a new folder in headend_repository"
@@ -165,6 +166,8 @@ class Repository:
             variables[f"GIT_{role}_NAME"] = name
             variables[f"GIT_{role}_EMAIL"] = address.rstrip(">")
         variables |= {"LC_ALL": "C.UTF-8", "GIT_TERMINAL_PROMPT": "0", **(environment or {})}
+        # The folder itself is meant, never a repository around it.
+        variables["GIT_CEILING_DIRECTORIES"] = str(self.folder.resolve().parent)
         settings = ("core.hooksPath=/dev/null", "core.quotePath=false", "gc.auto=0", "core.fsync=all")
         command = ["git", *(word for s in settings for word in ("-c", s)), *words]
         try:
