@@ -22,6 +22,7 @@ MODULES = b"<modules><module><mac/></module></modules>"
 class WordsTest(unittest.TestCase):
     def test_nothing_steers_a_terminal_or_passes_for_a_template(self) -> None:
         self.assertEqual(" [31mred { { x }} { % y %}", clean("\033[31mred {{ x }}\n{% y %}\0"))
+        self.assertEqual("{ { { x }}}", clean("{{{ x }}}"))
 
     def test_a_long_text_is_cut(self) -> None:
         self.assertEqual(20, len(clean("x" * 100, 20)))

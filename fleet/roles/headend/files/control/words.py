@@ -2,6 +2,8 @@
 
 from __future__ import annotations
 
+import re
+
 LONGEST_LINE = 400
 
 
@@ -17,8 +19,7 @@ class Failure(Exception):
 def clean(text: str, longest: int = LONGEST_LINE) -> str:
     """The text without what could steer a terminal, split a line or pass for a template."""
     text = "".join(c if c.isprintable() else " " for c in text).rstrip()
-    for sign in ("{", "%", "#"):
-        text = text.replace("{" + sign, "{ " + sign)
+    text = re.sub(r"\{(?=[{%#])", "{ ", text)
     return text if len(text) <= longest else text[: longest - 3] + "..."
 
 
