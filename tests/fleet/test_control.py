@@ -13,7 +13,7 @@ sys.path.insert(0, str(HERE.parents[2] / "fleet/roles/headend/files/control"))
 
 from documents import prove_whole
 from repository import Repository, file_name
-from session import ConnectionFailure, _parsed, _run
+from session import ConnectionFailure, _parsed, _run, _ssh
 from words import Failure, clean
 
 MODULES = b"<modules><module><mac/></module></modules>"
@@ -81,6 +81,17 @@ class AnswerTest(unittest.TestCase):
 
     def test_an_empty_document(self) -> None:
         self.assertEqual(b"", _parsed(b"M", b"M begins save\n\nM ends 0\nM over\n").body)
+
+
+class CommandTest(unittest.TestCase):
+    JOB = {"connect_timeout": 5, "key": "", "port": "", "user": "root", "address": "-oX=y"}
+
+    def test_the_address_is_no_option(self) -> None:
+        command = _ssh({**self.JOB, "ssh_args": "-J 'a b'"})
+        self.assertEqual(["-J", "a b", "-l", "root", "--", "-oX=y"], command[-6:])
+
+    def test_a_quotation_mark_without_its_pair_is_told(self) -> None:
+        self.assertRaises(Failure, _ssh, {**self.JOB, "ssh_args": "-o 'x"})
 
 
 class LimitsTest(unittest.TestCase):
@@ -160,6 +171,7 @@ class RepositoryTest(unittest.TestCase):
                 self.assertEqual(expected, self.repository.document("hotel", commit))
         self.assertRaises(Failure, self.repository.at, "hotel", "2026-11-17")
         self.assertRaises(Failure, self.repository.at, "nobody", "2026-11-20")
+        self.assertRaises(Failure, self.repository.at, "hotel", "0001-01-01")
         self.assertRaises(Failure, self.repository.commit_named, "hotel", "--all")
         self.assertRaises(Failure, self.repository.commit_named, "nobody", "HEAD")
         self.assertEqual(b"a", self.repository.document("hotel", self.repository.commit_named("hotel", "HEAD~2")))

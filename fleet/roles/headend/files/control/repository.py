@@ -69,7 +69,7 @@ class Repository:
         found = decoded(self._git("log", "--format=%H %ct", "--", file_name(host))).split()
         commits = list(zip(found[::2], map(int, found[1::2])))
         for commit, time in commits:
-            if time <= moment.timestamp():
+            if time <= moment:
                 return commit
         if not commits:
             raise Failure(f"there is no backup of {host} in {self.folder}")
@@ -188,10 +188,9 @@ def file_name(host: str) -> str:
     return quoted + ".xml"
 
 
-def _moment(when: str) -> datetime.datetime:
+def _moment(when: str) -> float:
     try:
-        if re.fullmatch(r"\d{4}-\d\d-\d\d", when):
-            return datetime.datetime.fromisoformat(when + "T23:59:59.999999")
-        return datetime.datetime.fromisoformat(when)
-    except ValueError:
+        end_of_day = "T23:59:59.999999" if re.fullmatch(r"\d{4}-\d\d-\d\d", when) else ""
+        return datetime.datetime.fromisoformat(when + end_of_day).timestamp()
+    except (ValueError, OverflowError):
         raise Failure(f"date={when} is no date: write 2026-11-20, or 2026-11-20T14:30") from None

@@ -102,7 +102,12 @@ def _ssh(job: dict) -> list[str]:
     words = ["ssh"]
     for name, value in options.items():
         words += ["-o", f"{name}={value}"]
-    words += shlex.split(job["ssh_args"])
+    try:
+        words += shlex.split(job["ssh_args"])
+    except ValueError:
+        raise Failure(
+            "ansible_ssh_common_args or ansible_ssh_extra_args has a quotation mark without its pair"
+        ) from None
     if job["key"]:
         words += ["-i", os.path.expanduser(job["key"]), "-o", "IdentitiesOnly=yes"]
     if job["port"]:
