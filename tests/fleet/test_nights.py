@@ -203,6 +203,10 @@ class NightsTest(unittest.TestCase):
                 self.assertNotEqual(0, run.status, run.output)
                 self.assertRegex(run.output, "The inventory names no host|parse")
                 self.assertFalse(headends.repository.exists())
+        headends.add("hotel", "LMV-502")
+        run = headends.play("backup", extra={"tarvo_hosts": "headens"})
+        self.assertNotEqual(0, run.status, run.output)
+        self.assertIn("The inventory names no host in headens, so nothing was backed up", run.output)
 
     def test_the_playbooks_and_the_collection_are_what_ansible_takes(self) -> None:
         headends = self.headends()
