@@ -135,6 +135,26 @@ class RestoreTest(unittest.TestCase):
         self.assertIn("After: the restore was done; 1 item otherwise than in the document", run.output)
         self.assertRegex(run.output, r"/encrypt: 1 -> 0")
 
+    def test_a_backup_afterwards_that_fails_does_not_hide_the_restore(self) -> None:
+        device = self.started(with_backup=False)
+        program = device.path("/tarvo/bin/tarvo-config")
+        program.rename(program.with_name("real"))
+        program.write_text(
+            "#!/bin/sh\n"
+            "[ $# -gt 0 ] || [ ! -e /tmp/restored ] || exit 3\n"
+            '/tarvo/bin/real "$@" && if [ $# -gt 0 ]; then touch /tmp/restored; fi\n'
+        )
+        program.chmod(0o755)
+        document = self.edited("Hotel Atlântico", "Villa Aurora")
+        run = self.bad(self.restore(document=document))
+        self.assertIn("the headend says (status 0)", run.output)
+        self.assertIn("tarvo-config ended with status 3", run.output)
+        self.assertIn("run the same command again: it tells whether", run.output)
+        device.path("/tmp/restored").unlink()
+        again = self.good(self.restore(document=document))
+        self.assertIn("After: the headend is as the document says.", again.output)
+        self.assertEqual("Villa Aurora", name_of(device))
+
     def drop(self, device: Device, then: Callable[[], None] = lambda: None) -> None:
         """A restore whose connection drops while the import waits for a writer. `then` is done to the
         headend at once, because the import waits for some seconds only, however busy the machine is.

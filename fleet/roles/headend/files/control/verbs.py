@@ -269,7 +269,7 @@ def _finish(
         else:
             answer = _job_script(job, "start", pending, document)
         lines += _told(job, pending, answer)
-        now, _ = _fetch(job, tool)
+        now = _fetched_after(job, tool, lines)
     except ConnectionFailure as failure:
         raise Failure(
             *lines,
@@ -299,6 +299,23 @@ def _finish(
             raise Failure(*lines)
     lines.append(f"the backup afterwards: {what}")
     return {"changed": True, "lines": lines, "is_after": is_after}
+
+
+def _fetched_after(job: dict, tool: Tool, lines: list[str]) -> bytes:
+    """The backup that tells before from after. `lines` have told what the headend says of the restore."""
+    try:
+        document, _ = _fetch(job, tool)
+    except ConnectionFailure:
+        raise
+    except Failure as failure:
+        raise Failure(
+            *lines,
+            "the backup afterwards failed:",
+            *failure.lines,
+            "When that has passed, run the same command again: it tells whether the headend is as before"
+            " the restore or as after it, and goes on from there.",
+        ) from None
+    return document
 
 
 def _told(job: dict, pending: Pending, answer: Answer) -> list[str]:
