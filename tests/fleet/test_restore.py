@@ -155,6 +155,17 @@ class RestoreTest(unittest.TestCase):
         self.assertIn("After: the headend is as the document says.", again.output)
         self.assertEqual("Villa Aurora", name_of(device))
 
+    def test_a_document_is_sought_where_the_operator_stands(self) -> None:
+        self.started()
+        document = Path(self.edited("Hotel Atlântico", "Villa Aurora"))
+        place = str(document.parent)
+        run = self.good(
+            self.headends.play(
+                "plan", extra={"document": document.name}, under=("env", "-C", place), PWD=place
+            )
+        )
+        self.assertIn("identification/headendName: Hotel Atlântico -> Villa Aurora", run.output)
+
     def drop(self, device: Device, then: Callable[[], None] = lambda: None) -> None:
         """A restore whose connection drops while the import waits for a writer. `then` is done to the
         headend at once, because the import waits for some seconds only, however busy the machine is.

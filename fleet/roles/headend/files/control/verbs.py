@@ -223,7 +223,7 @@ def _intended(job: dict, repository: Repository) -> tuple[bytes, str]:
     if len(named) != 1:
         raise Failure("say which document: one of -e date=2026-11-20, -e commit=COMMIT, -e document=FILE")
     if job["document"]:
-        path = Path(job["document"]).expanduser()
+        path = Path(job["folder"], Path(job["document"]).expanduser())
         if path.stat().st_size > job["limit"]:
             raise Failure(f"{path} is larger than headend_document_limit")
         return path.read_bytes(), str(path)
