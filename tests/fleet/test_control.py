@@ -13,7 +13,7 @@ sys.path.insert(0, str(HERE.parents[2] / "fleet/roles/headend/files/control"))
 
 from documents import prove_whole
 from repository import Repository, file_name
-from session import ConnectionFailure, _parsed, _run, _ssh
+from session import ConnectionFailure, _connection_failure, _parsed, _run, _ssh
 from words import Failure, clean
 
 MODULES = b"<modules><module><mac/></module></modules>"
@@ -92,6 +92,19 @@ class CommandTest(unittest.TestCase):
 
     def test_a_quotation_mark_without_its_pair_is_told(self) -> None:
         self.assertRaises(Failure, _ssh, {**self.JOB, "ssh_args": "-o 'x"})
+
+
+class MeaningTest(unittest.TestCase):
+    def test_a_private_key_that_is_none_is_not_blamed_on_the_headend(self) -> None:
+        for said, expected in (
+            ('Load key "key": error in libcrypto\n', "the private key cannot be used"),
+            ('Load key "key": bad permissions\n', "the private key cannot be used"),
+            ("", "it does not take the key or the user"),
+        ):
+            with self.subTest(said):
+                text = said + "root@10.1.0.17: Permission denied (publickey).\n"
+                [line] = _connection_failure(text.encode(), 255).lines
+                self.assertIn(expected, line)
 
 
 class LimitsTest(unittest.TestCase):

@@ -21,8 +21,8 @@ LONGEST_COMPLAINT = 64 * 1024
 # What ssh says, and what that means for whoever reads it in the morning. The first that fits counts.
 MEANINGS = (
     (
-        r"Identity file|no such identity|UNPROTECTED PRIVATE KEY|invalid format",
-        "the private key cannot be used: it is not there, or others can read it",
+        r"Identity file|no such identity|Load key",
+        "the private key cannot be used: it is not there, is no key, or others can read it",
     ),
     (
         r"REMOTE HOST IDENTIFICATION HAS CHANGED",
