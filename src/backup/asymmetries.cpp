@@ -9,6 +9,8 @@
 #include "db/schema.h"
 #include "db/table.h"
 #include "device/device_identity.h"
+#include "mapping/document_tree.h"
+#include "mapping/element.h"
 
 namespace tarvo_backup {
 
@@ -133,16 +135,26 @@ bool switchesOtherInput(const Document&, const Plan& plan) {
     return plan.status == app::ExitStatus::success && plan.tries > 1;
 }
 
-// Elements whose texts stand for codes, with none.
+bool isImportedAsCode(const mapping::Element& row) {
+    return row.take == mapping::Take::code || row.take == mapping::Take::codeExactly;
+}
+
+// Whether the import takes an element below `parent`, which `row` stands for, as a code, and it has
+// no text.
+bool hasCodeWithoutTextBelow(const mapping::Element* row, const XmlNode& parent) {
+    for (const XmlNode* node = firstElement(parent); node != nullptr; node = nextElement(*node)) {
+        const mapping::Element* child = rowOf(row, *node);
+        if ((child != nullptr && isImportedAsCode(*child) && isEmptyElement(*node)) ||
+            hasCodeWithoutTextBelow(child, *node)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool hasCodeWithoutText(const Document& document, const Plan&) {
-    static constexpr const char* kCoded[] = {"constellation", "band",          "polarity",
-                                             "bandwidth",     "guardInterval", "codeRate",
-                                             "modeOFDM",      "formatIQ",      "hierarchy"};
-    return anyElement(document, [](const XmlNode& node) {
-        return isEmptyElement(node) &&
-               std::any_of(std::begin(kCoded), std::end(kCoded),
-                           [&node](const char* name) { return isNamed(node, name); });
-    });
+    return document.configuration() != nullptr &&
+           hasCodeWithoutTextBelow(&mapping::kConfiguration, *document.configuration());
 }
 
 bool guideHasNoNumber(const Document& document, const Plan&) {

@@ -120,6 +120,22 @@ TEST(Asymmetries, OfAnInputThatIsSwitchedAreInASecondTry) {
     EXPECT_FALSE(meets(kWhat, Plan()));
 }
 
+TEST(Asymmetries, OfACodeWithoutTextAreOfElementsThatTheImportTakesAsCodes) {
+    constexpr auto kWhat = "A code that has no text";
+    const auto scrambling = [](const std::string& content) {
+        return "<scramblings><scrambling>" + content + "</scrambling></scramblings>";
+    };
+    EXPECT_TRUE(meets(kWhat, scrambling("<mode/>")));
+    EXPECT_TRUE(meets(kWhat, "<diseqcs><diseqc><BAND></BAND></diseqc></diseqcs>"));
+    EXPECT_TRUE(meets(kWhat,
+                      "<modules><module><outputs><output><constellation/></output></outputs>"
+                      "</module></modules>"));
+    EXPECT_FALSE(meets(kWhat, scrambling("<mode>even</mode>")));
+    EXPECT_FALSE(meets(kWhat, scrambling("<oddKey/>")));
+    EXPECT_FALSE(meets(kWhat, "<modules><module><CardStatus/></module></modules>"));
+    EXPECT_FALSE(meets(kWhat, "<lnb><mode/></lnb>"));
+}
+
 TEST(Asymmetries, OfANitPatternAreOfAVersionWithoutANumberAndOfANumberWithoutAType) {
     constexpr auto kWhat =
         "A NIT pattern with a version but no number, or with a number above 1 and no type";
