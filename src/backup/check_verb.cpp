@@ -27,7 +27,7 @@ std::vector<Finding> findingsIn(const std::string& path, const Console& console)
 // As compilers print it, so that editors go there.
 void print(const Finding& finding, const std::string& name, const Painter& paint,
            std::ostream& out) {
-    out << name << ':' << finding.position.line << ':' << finding.position.column << ": "
+    out << onOneLine(name) << ':' << finding.position.line << ':' << finding.position.column << ": "
         << (finding.severity == Severity::error ? paint(Style::error, "error")
                                                 : paint(Style::warning, "warning"))
         << ": " << onOneLine(finding.path) << (finding.path.empty() ? "" : ": ")

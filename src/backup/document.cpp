@@ -87,7 +87,9 @@ Position Document::positionOf(std::size_t offset) const {
     return {.line = line, .column = offset - lineStarts_[line - 1] + 1};
 }
 
-std::string nameOf(const std::string& path) { return path == "-" ? "standard input" : path; }
+std::string nameOf(const std::string& path) {
+    return path == "-" ? "standard input" : onOneLine(path);
+}
 
 std::string readText(const std::string& path, const Console& console) {
     std::ifstream file;

@@ -53,4 +53,9 @@ TEST(BackupCommandLine, AFileThatCannotBeReadHasAStatusOfItsOwn) {
     EXPECT_EQ(ran({"diff", "/", "-"}).status, ExitStatus::cannotRead);
 }
 
+TEST(BackupCommandLine, AFilesNameIsNoCommandToATerminal) {
+    EXPECT_EQ(ran({"show", "/nonexistent/\x1b[2J\n.xml"}).err,
+              "tarvo-backup: /nonexistent/\\x1b[2J\\n.xml: No such file or directory\n");
+}
+
 }  // namespace tarvo_backup
