@@ -68,7 +68,7 @@ class Answer:
 def ask(job: dict, script: str, *words: str, document: bytes = b"", limit: int, seconds: float) -> Answer:
     """Runs a script of files/device; `words` follow the mark. What it says is not trusted."""
     mark = f"tarvo-fleet-{secrets.token_hex(8)}"
-    text = (SCRIPTS / script).read_text("utf-8")
+    text = "".join((SCRIPTS / name).read_text("utf-8") for name in ("answer.sh", script))
     command = shlex.join(["sh", "-c", text, "tarvo-fleet", mark, *words])
     output, complaints, status = _run(_ssh(job) + [command], document, limit + 64 * 1024, seconds)
     answer = _parsed(mark.encode(), output)

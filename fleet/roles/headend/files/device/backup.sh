@@ -1,19 +1,8 @@
 # Prints the configuration of the headend between two lines that begin with the mark, and what
 # proves that it is whole. Anything else on standard output is the login's and is skipped.
 # $1 the mark, $2 a command that prints the system log, or nothing
-mark=$1
 logCommand=$2
-umask 077
 exec </dev/null
-PATH=$PATH:/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
-
-say() { printf '%s %s\n' "$mark" "$*"; }
-
-# Without this line the answer was cut off.
-finish() {
-    say over
-    exit 0
-}
 
 # The log in which this run's own second line stands; nothing where there is none.
 readLog() {

@@ -3,23 +3,12 @@
 # what it printed and how it ended stays in a private folder until it has been fetched.
 # $1 the mark, $2 the folder, $3 start, wait, forget or undo, $4 the restore's id,
 # $5 the document's size in bytes, $6 how many seconds to wait
-mark=$1
 folder=$2
 verb=$3
 id=$4
 size=$5
 seconds=$6
 job=$folder/restore
-umask 077
-PATH=$PATH:/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
-
-say() { printf '%s %s\n' "$mark" "$*"; }
-
-# Without this line the answer was cut off.
-finish() {
-    say over
-    exit 0
-}
 
 mkdir "$folder" 2>/dev/null
 if [ -L "$folder" ] || [ ! -d "$folder" ] || [ ! -O "$folder" ]; then
