@@ -28,8 +28,6 @@ using mapping::Take;
 
 namespace {
 
-std::string inQuotes(std::string_view text) { return "'" + onOneLine(text) + "'"; }
-
 bool isDottedAddress(std::string_view text) {
     int numbers = 0;
     while (true) {

@@ -5,6 +5,8 @@
 
 namespace tarvo_backup {
 
+std::string inQuotes(std::string_view text) { return "'" + onOneLine(text) + "'"; }
+
 std::vector<Finding> Findings::byPosition() && {
     std::stable_sort(list_.begin(), list_.end(), [](const Finding& a, const Finding& b) {
         return std::pair(a.position.line, a.position.column) <

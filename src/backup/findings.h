@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "backup/check.h"
@@ -33,5 +34,8 @@ class Findings {
     const Document& document_;
     std::vector<Finding> list_;
 };
+
+// As messages show a text of the document.
+std::string inQuotes(std::string_view text);
 
 }  // namespace tarvo_backup

@@ -24,6 +24,36 @@ void checkCharacters(std::string_view text, Findings& findings) {
     }
 }
 
+bool isNameEnd(char character) {
+    return character == '>' || character == '/' || character == ' ' || character == '\t' ||
+           character == '\n' || character == '\r';
+}
+
+// The bytes are taken as they are, whatever the document's declaration says.
+void checkDeclaration(std::string_view text, Findings& findings) {
+    constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+    constexpr std::string_view kStart = "<?xml";
+    const std::size_t start = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    const std::string_view after = text.substr(start);
+    if (!after.starts_with(kStart) || !isNameEnd(after[kStart.size()])) {
+        return;
+    }
+    const std::string_view declaration = text.substr(0, text.find("?>"));
+    const std::size_t opening = declaration.find_first_of("\"'", declaration.find("encoding"));
+    if (opening == std::string_view::npos) {
+        return;
+    }
+    const std::string_view quoted = declaration.substr(opening + 1);
+    const std::string encoding(quoted.substr(0, quoted.find(declaration[opening])));
+    // ASCII is UTF-8, too.
+    if (!document::sameText(encoding.c_str(), "utf-8") &&
+        !document::sameText(encoding.c_str(), "us-ascii")) {
+        findings.add(Severity::warning, opening + 1,
+                     "the encoding " + inQuotes(encoding) +
+                         " is not looked at; the bytes are taken as they are");
+    }
+}
+
 // Whether the code is of a character that a document may hold.
 bool isXmlCharacter(unsigned code) {
     return code == '\t' || code == '\n' || code == '\r' || (code >= 0x20 && code < 0xd800) ||
@@ -42,11 +72,6 @@ bool isReference(std::string_view name) {
     unsigned code = 0;
     const auto read = std::from_chars(digits.data(), end, code, isHexadecimal ? 16 : 10);
     return read.ec == std::errc() && read.ptr == end && isXmlCharacter(code);
-}
-
-bool isNameEnd(char character) {
-    return character == '>' || character == '/' || character == ' ' || character == '\t' ||
-           character == '\n' || character == '\r';
 }
 
 // Follows the tags of a text that the library has parsed, so that all of them end, and what stands
@@ -154,6 +179,7 @@ void checkText(std::string_view text, Findings& findings) {
                      "a NUL character; the import reads nothing from here on");
         text = text.substr(0, end);
     }
+    checkDeclaration(text, findings);
     checkCharacters(text, findings);
     TagCheck(text, findings).run();
 }

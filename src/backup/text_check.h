@@ -7,8 +7,8 @@
 
 namespace tarvo_backup {
 
-// Closing tags that do not match, text behind a NUL, control characters and bytes that are not
-// UTF-8. `text` is one that the library has parsed.
+// Another encoding than UTF-8, closing tags that do not match, text behind a NUL, control
+// characters and bytes that are not UTF-8. `text` is one that the library has parsed.
 void checkText(std::string_view text, Findings& findings);
 
 }  // namespace tarvo_backup

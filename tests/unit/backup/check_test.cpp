@@ -453,6 +453,23 @@ TEST(BackupCheck, AnAmpersandBeginsAReference) {
     EXPECT_EQ(findings.at(0).position, (Position{2, 13}));
 }
 
+TEST(BackupCheck, TheBytesAreTakenAsTheyAreWhateverEncodingIsDeclared) {
+    const auto declared = [](const std::string& before) {
+        return check(parsed(before + "<configuration/>"));
+    };
+    for (const char* text :
+         {"", "<?xml version=\"1.0\"?>", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>",
+          "<?xml version='1.0' encoding='utf-8'?>", "<?xml encoding=\"US-ASCII\"?>",
+          "\xef\xbb\xbf<?xml encoding=\"utf-8\"?>", "<?xml-a encoding=\"x\"?>",
+          "<?xml encoding?>"}) {
+        EXPECT_THAT(declared(text), IsEmpty()) << text;
+    }
+    const auto findings = declared("\xef\xbb\xbf<?xml version='1.0' encoding='ISO-8859-1'?>");
+    EXPECT_THAT(lines(findings), ElementsAre("warning: the encoding 'ISO-8859-1' is not looked at; "
+                                             "the bytes are taken as they are"));
+    EXPECT_EQ(findings.at(0).position, (Position{1, 34}));
+}
+
 TEST(BackupCheckVerb, PrintsFindingsAsCompilersDoAndEndsWithAnErrorsStatus) {
     const Ran faulty = ran({"check", "-"},
                            "<configuration>\n<diseqcs><diseqc/></diseqcs>\n"
