@@ -2,19 +2,19 @@
 
 #include <algorithm>
 #include <climits>
-#include <cmath>
 #include <cstdlib>
 #include <map>
-#include <optional>
 #include <set>
 #include <string_view>
 
 #include "backup/findings.h"
+#include "backup/forms.h"
 #include "backup/similar_name.h"
 #include "backup/text_check.h"
 #include "backup/values.h"
 #include "document/input_type.h"
 #include "mapping/document_tree.h"
+#include "text/to_int.h"
 
 namespace tarvo_backup {
 
@@ -27,38 +27,6 @@ using mapping::Kind;
 using mapping::Take;
 
 namespace {
-
-bool isDottedAddress(std::string_view text) {
-    int numbers = 0;
-    while (true) {
-        const std::string_view number = text.substr(0, text.find('.'));
-        const bool isNumber =
-            !number.empty() && number.size() <= 3 &&
-            std::all_of(number.begin(), number.end(), [](char c) { return c >= '0' && c <= '9'; });
-        if (!isNumber || std::stoi(std::string(number)) > 255) {
-            return false;
-        }
-        ++numbers;
-        if (number.size() == text.size()) {
-            return numbers == 4;
-        }
-        text.remove_prefix(number.size() + 1);
-    }
-}
-
-// Whether SQLite takes the text for a row id, in its notation or as "2.0" or "1e2".
-bool isRowId(const char* text) {
-    if (std::string_view(text).find_first_not_of(" \t\n\v\f\r+-.0123456789eE") !=
-        std::string_view::npos) {
-        return false;
-    }
-    char* end = nullptr;
-    const double value = std::strtod(text, &end);
-    const bool isRead = end != text && std::string_view(end).find_first_not_of(" \t\n\v\f\r") ==
-                                           std::string_view::npos;
-    constexpr double kBeyondRowIds = 9223372036854775808.0;
-    return isRead && value == std::floor(value) && std::fabs(value) < kBeyondRowIds;
-}
 
 // The texts that an element takes, as in "'low' or 'high'".
 std::string listOf(document::CodeTable texts) {
@@ -77,15 +45,6 @@ std::string rangeText(mapping::Range range) {
     return "from " + std::to_string(range.lowest) + " to " + std::to_string(range.highest);
 }
 
-// The id of a row, unless the text is none.
-std::optional<long long> rowIdOf(const char* text) {
-    if (!isRowId(text)) {
-        return std::nullopt;
-    }
-    return isWholeNumber(text) ? std::strtoll(text, nullptr, 10)
-                               : static_cast<long long>(std::strtod(text, nullptr));
-}
-
 bool isRowIdElement(const Element& row) {
     return row.identity && row.take == Take::key && row.column.index == 0;
 }
@@ -94,6 +53,26 @@ bool isRowIdElement(const Element& row) {
 bool isKeyedById(const Element& entry) {
     return !entry.children.empty() && isRowIdElement(entry.children[0]);
 }
+
+// What is written in an element in a form of its own.
+struct ParticularForm {
+    const char* parent;
+    const char* name;
+    bool (*fits)(std::string_view text);
+    const char* what;
+    bool mayBeEmpty = true;
+};
+
+constexpr const char* kDate = "date as 2024-02-29";
+constexpr ParticularForm kParticularForms[] = {
+    {"identification", "installationDate", isDate, kDate},
+    {"maintenance", "hour", isHour, "hour"},
+    {"maintenance", "min", isMinute, "minute"},
+    {"network", "netmask", isNetworkMask, "network mask"},
+    {"scrambling", "date", isDate, kDate},
+    {"module", "mac", isHardwareAddress, "hardware address", false},
+    {"cam", "registerDate", isDate, kDate},
+};
 
 class TreeCheck {
   public:
@@ -377,15 +356,13 @@ class TreeCheck {
             add(Severity::warning, node,
                 "a comment or a CDATA section parts its text; one part is read");
         }
-        const bool isRefused = checkRange(row, node, isFirst) || checkCode(row, node);
-        if (!isRefused) {
-            checkForm(row, node);
+        const bool isFit = !row.liveState && !checkRange(row, node, isFirst) &&
+                           !checkCode(row, node) && !checkForm(parent, row, node);
+        if (isFit) {
+            checkSize(row, node);
         }
         if (isNamed(parent, "service") && isNamed(row, "lcn")) {
             checkLcn(node);
-        }
-        if (isNamed(parent, "maintenance")) {
-            checkTime(row, node);
         }
     }
 
@@ -433,51 +410,68 @@ class TreeCheck {
                 if (!isWholeNumber(text)) {
                     add(Severity::warning, node,
                         inQuotes(text) + " is neither a number nor " + listOf(texts));
+                    return true;
                 }
-                return true;
+                return false;
             default:
                 return false;
         }
     }
 
-    void checkForm(const Element& row, const XmlNode& node) {
+    // Whether a text was found that is not what its element stands for. The import stores any.
+    bool checkForm(const Element& parent, const Element& row, const XmlNode& node) {
         const std::string_view text = textOf(node);
-        const auto warn = [&](const char* what) {
-            add(Severity::warning, node, inQuotes(text) + " is no " + what);
-        };
-        if (row.liveState) {
-            return;
+        const char* missed = generalFormMissed(row, text);
+        if (missed == nullptr) {
+            missed = particularFormMissed(parent, row, text);
+        }
+        if (missed != nullptr) {
+            add(Severity::warning, node, inQuotes(text) + " is no " + missed);
+        }
+        return missed != nullptr;
+    }
+
+    // Where the device has nothing, the export writes nothing.
+    static const char* generalFormMissed(const Element& row, std::string_view text) {
+        if (text.empty()) {
+            return nullptr;
         }
         switch (mapping::formOf(row)) {
             case Form::number:
-                // Where the device has nothing, the export writes nothing.
-                if (!text.empty() && !isWholeNumber(text) && !isRowIdElement(row)) {
-                    warn("number");
-                }
-                break;
+                return isWholeNumber(text) || isRowIdElement(row) ? nullptr : "number";
             case Form::onOff:
-                if (!text.empty() && text != "0" && text != "1") {
-                    warn("1 or 0");
-                }
-                break;
+                return text == "0" || text == "1" ? nullptr : "1 or 0";
             case Form::address:
-                if (!text.empty() && !isDottedAddress(text)) {
-                    warn("address");
-                }
-                break;
+                return isDottedAddress(text) ? nullptr : "address";
             default:
-                break;
+                return nullptr;
         }
     }
 
-    // The import stores any number.
-    void checkTime(const Element& row, const XmlNode& node) {
-        const bool isHour = isNamed(row, "hour");
-        const bool isTime = isHour || isNamed(row, "min");
-        const mapping::Range range{0, isHour ? 23 : 59};
-        if (isTime && isWholeNumber(textOf(node)) && !range.contains(numberOf(node))) {
+    static const char* particularFormMissed(const Element& parent, const Element& row,
+                                            std::string_view text) {
+        for (const ParticularForm& form : kParticularForms) {
+            if (isNamed(parent, form.parent) && isNamed(row, form.name)) {
+                return form.fits(text) || (text.empty() && form.mayBeEmpty) ? nullptr : form.what;
+            }
+        }
+        return nullptr;
+    }
+
+    void checkSize(const Element& row, const XmlNode& node) {
+        const char* text = textOf(node);
+        const Form form = mapping::formOf(row);
+        const bool isStored = row.take != Take::ignored && !isRowIdElement(row);
+        if (!isStored || !isWholeNumber(text) ||
+            (form != Form::number && form != Form::codeOrNumber)) {
+            return;
+        }
+        const std::string stored = storedText(row, text);
+        if (text::toInt(stored.c_str()) != text::toInt(text)) {
             add(Severity::warning, node,
-                inQuotes(textOf(node)) + " is no " + (isHour ? "hour" : "minute"));
+                inQuotes(text) + " is too long; " + inQuotes(stored) + " is stored");
+        } else if (std::strtoll(text, nullptr, 10) != text::toInt(text)) {
+            add(Severity::warning, node, inQuotes(text) + " is beyond numbers of 32 bits");
         }
     }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "db/value.h"
 #include "text/to_int.h"
 
 namespace tarvo_backup {
@@ -126,6 +127,14 @@ std::string canonicalText(const Element* row, const XmlNode& node) {
         }
     }
     return text;
+}
+
+std::string storedText(const Element& row, const char* text) {
+    const Reading reading = readingOf(row);
+    const bool isReadAsNumber = reading == Reading::number || reading == Reading::codeOrNumber;
+    return isReadAsNumber && row.take != Take::numberStoredText
+               ? tarvodb::columnValue(text::toInt(text)).asString()
+               : text;
 }
 
 }  // namespace tarvo_backup

@@ -28,12 +28,13 @@ std::vector<std::string> checked(const std::string& sections) {
     return lines(check(configured(sections)));
 }
 
+constexpr const char* kMac = "<mac>02:00:00:00:00:01</mac>";
+constexpr const char* kModule = "modules/module[mac=02:00:00:00:00:01]/";
+
 // A module that a headend can have, with this in it.
 std::string module(const std::string& content) {
-    return "<modules><module><mac>02:01</mac>" + content + "</module></modules>";
+    return "<modules><module>" + std::string(kMac) + content + "</module></modules>";
 }
-
-constexpr const char* kModule = "modules/module[mac=02:01]/";
 
 std::string input(const std::string& type, const std::string& content) {
     return module("<inputs><input><inputId>2</inputId><type>" + type + "</type>" + content +
@@ -338,13 +339,14 @@ TEST(BackupCheck, ALoopIsReadOfASatelliteInput2Alone) {
 TEST(BackupCheck, AListOfModulesHoldsModules) {
     EXPECT_THAT(checked("<modules/>"),
                 ElementsAre("warning: modules: holds no module, which only an RNB-K408 takes"));
-    EXPECT_THAT(checked("<modules>x<module><mac>02:01</mac></module></modules>"),
+    EXPECT_THAT(checked("<modules>x<module>" + std::string(kMac) + "</module></modules>"),
                 ElementsAre("error: modules: text between elements"));
 }
 
 TEST(BackupCheck, AsManyMacsAsModulesFitAHeadend) {
     EXPECT_THAT(
-        checked("<modules><module><mac>02:01</mac><mac>02:02</mac></module><module>"
+        checked("<modules><module>" + std::string(kMac) + kMac +
+                "</module><module>"
                 "<family>36</family></module></modules>"),
         ElementsAre(HasSubstr("/mac: given twice"), "warning: modules/module[2]: has no 'mac'"));
     EXPECT_THAT(checked("<modules><module><family/><model/></module></modules>"),
@@ -451,6 +453,117 @@ TEST(BackupCheck, AnAmpersandBeginsAReference) {
                          "</identification>"));
     EXPECT_THAT(lines(findings), ElementsAre("warning: an '&' that stands for no character"));
     EXPECT_EQ(findings.at(0).position, (Position{2, 13}));
+}
+
+TEST(BackupCheck, AModuleHasAHardwareAddress) {
+    const auto mac = [](const std::string& text) {
+        return checked("<modules><module><mac>" + text + "</mac></module></modules>");
+    };
+    for (const char* address :
+         {"02:1E:A4:00:10:01", "02:1e:a4:00:10:af", "02-1E-A4-00-10-01", "021EA4001001"}) {
+        EXPECT_THAT(mac(address), IsEmpty()) << address;
+    }
+    for (const char* text :
+         {"", "02:01", "02:1E:A4:00:10:0", "02:1E:A4:00:10:0G", "02:1E:A4:00:10-01",
+          "02:1E:A4:00:1001:", "021EA400100 ", "02.1E.A4.00.10.01", "021EA40010010"}) {
+        EXPECT_THAT(mac(text), ElementsAre(HasSubstr("/mac: '" + std::string(text) +
+                                                     "' is no hardware address")));
+    }
+}
+
+TEST(BackupCheck, ANetworkMaskIsOnesBeforeZeros) {
+    const auto mask = [](const std::string& text) {
+        return checked("<network><netmask>" + text + "</netmask></network>");
+    };
+    for (const char* text :
+         {"", "255.255.255.0", "255.255.254.0", "255.255.255.255", "128.0.0.0", "0.0.0.0"}) {
+        EXPECT_THAT(mask(text), IsEmpty()) << text;
+    }
+    for (const char* text :
+         {"255.255.0.255", "255.255.253.0", "0.0.0.255", "192.168.1.1", "1.0.0.0"}) {
+        EXPECT_THAT(mask(text), ElementsAre("warning: network/netmask: '" + std::string(text) +
+                                            "' is no network mask"));
+    }
+    EXPECT_THAT(mask("255.255.255"),
+                ElementsAre("warning: network/netmask: '255.255.255' is no address"));
+}
+
+TEST(BackupCheck, ADateIsADayOfTheCalendar) {
+    const auto date = [](const std::string& text) {
+        return checked("<identification><installationDate>" + text +
+                       "</installationDate></identification>");
+    };
+    for (const char* text : {"", "2024-02-29", "29/02/2024", "29.2.24", "2000-02-29", "2024-1-1",
+                             "2024-02-29 23:59:59", "2024-02-29T00:00", "31-12-1999 7:05"}) {
+        EXPECT_THAT(date(text), IsEmpty()) << text;
+    }
+    for (const char* text : {"yesterday",
+                             "2023-02-29",
+                             "1900-02-29",
+                             "2024-13-01",
+                             "2024-00-10",
+                             "31.04.2024",
+                             "2024-02",
+                             "2024-02-",
+                             "2024-02-29-1",
+                             "2024/02-29",
+                             "2024-02-29 24:00",
+                             "2024-02-29 12:60",
+                             "2024-02-29 12",
+                             "2024-02-29 12:00:60",
+                             "2024-02-29 12:00:00:00",
+                             "2024-02-29 noon",
+                             "202-02-03",
+                             "20240229",
+                             "2024-002-29",
+                             " 2024-02-29"}) {
+        EXPECT_THAT(date(text), ElementsAre("warning: identification/installationDate: '" +
+                                            std::string(text) + "' is no date as 2024-02-29"));
+    }
+    EXPECT_THAT(checked("<scramblings><scrambling><name>VSecure</name><date>2024-06-31</date>"
+                        "</scrambling></scramblings>"),
+                ElementsAre(HasSubstr("/date: '2024-06-31' is no date as 2024-02-29")));
+    EXPECT_THAT(lines(check(parsed("<backup><configuration/><vsecureCAMList><cam><serialNumber>1"
+                                   "</serialNumber><registerDate>x</registerDate></cam>"
+                                   "</vsecureCAMList></backup>"))),
+                ElementsAre("warning: vsecureCAMList/cam[serialNumber=1]/registerDate: 'x' is no "
+                            "date as 2024-02-29"));
+}
+
+TEST(BackupCheck, ANumberOfMoreThanNineCharactersIsCutWhereItIsRead) {
+    EXPECT_THAT(checked(module("<attenuation>123456789</attenuation>")), IsEmpty());
+    EXPECT_THAT(checked(module("<attenuation>-12345678</attenuation>")), IsEmpty());
+    EXPECT_THAT(checked(module("<attenuation>00000000012</attenuation>")), IsEmpty());
+    EXPECT_THAT(checked(module("<attenuation>1234567890</attenuation>")),
+                ElementsAre(std::string("warning: ") + kModule +
+                            "attenuation: '1234567890' is too long; '123456789' is stored"));
+    EXPECT_THAT(checked(module("<attenuation>-123456789</attenuation>")),
+                ElementsAre(HasSubstr("'-123456789' is too long; '-12345678' is stored")));
+    EXPECT_THAT(checked(module("<attenuation>99999999999</attenuation>")),
+                ElementsAre(HasSubstr("'99999999999' is too long; '214748364' is stored")));
+    EXPECT_THAT(checked(service("<lcn>1234567890</lcn>")),
+                ElementsAre(HasSubstr("'1234567890' is too long; '123456789' is stored")));
+    EXPECT_THAT(checked(input("0", "<streamID>1234567890</streamID>")),
+                ElementsAre(HasSubstr("'1234567890' is too long; '123456789' is stored")));
+}
+
+TEST(BackupCheck, ANumberThatIsStoredAsItStandsHas32Bits) {
+    const auto frequency = [](const std::string& text) {
+        return checked(input("0", "<frequency>" + text + "</frequency>"));
+    };
+    EXPECT_THAT(frequency("2147483647"), IsEmpty());
+    EXPECT_THAT(frequency("-2147483648"), IsEmpty());
+    for (const char* text : {"2147483648", "-2147483649", "99999999999999999999"}) {
+        EXPECT_THAT(frequency(text), ElementsAre(HasSubstr("/frequency: '" + std::string(text) +
+                                                           "' is beyond numbers of 32 bits")));
+    }
+    EXPECT_THAT(checked(input("0", "<scramblingID>1234567890</scramblingID>")), IsEmpty());
+    EXPECT_THAT(checked("<lnb><oscLowFreq>10000000000</oscLowFreq></lnb>"),
+                ElementsAre("warning: lnb/oscLowFreq: '10000000000' is beyond numbers of 32 bits"));
+    // Row ids are longer, and what is not read may be anything.
+    EXPECT_THAT(checked("<homeChannels><homechannel><id>10000000000</id><onid>10000000000</onid>"
+                        "</homechannel></homeChannels>"),
+                IsEmpty());
 }
 
 TEST(BackupCheck, TheBytesAreTakenAsTheyAreWhateverEncodingIsDeclared) {
