@@ -9,6 +9,7 @@
 
 #include "backup/findings.h"
 #include "backup/forms.h"
+#include "backup/references_check.h"
 #include "backup/similar_name.h"
 #include "backup/text_check.h"
 #include "backup/values.h"
@@ -77,7 +78,7 @@ constexpr ParticularForm kParticularForms[] = {
 class TreeCheck {
   public:
     TreeCheck(const Document& document, Findings& findings)
-        : document_(document), findings_(findings) {}
+        : document_(document), findings_(findings), walk_(findings) {}
 
     void run() {
         const XmlNode* configuration = document_.configuration();
@@ -90,7 +91,7 @@ class TreeCheck {
         }
         checkOutermost();
         checkMembers(mapping::kConfiguration, *configuration);
-        checkReferences(*configuration);
+        checkReferences(*configuration, findings_);
     }
 
   private:
@@ -99,14 +100,12 @@ class TreeCheck {
     // Inside what the import does not read, nothing is worse than a warning.
     [[nodiscard]] Severity error() const { return isRead_ ? Severity::error : Severity::warning; }
     void add(Severity severity, const XmlNode& node, const std::string& message) {
-        findings_.add(severity, node, path_, message);
+        walk_.add(severity, node, message);
     }
 
     template <class Check>
     void within(const Step& step, Check check) {
-        path_.push_back(step);
-        check();
-        path_.pop_back();
+        walk_.within(step, check);
     }
 
     template <class Check>
@@ -508,90 +507,9 @@ class TreeCheck {
                [&] { add(error(), node, inQuotes(textOf(node)) + " is not allowed; " + rule); });
     }
 
-    // --- References ------------------------------------------------------------------------------
-
-    using Numbers = std::set<int>;
-
-    // The numbers of the entries of a list; `name` is the child that holds them.
-    static Numbers numbersIn(const XmlNode* list, const char* name) {
-        Numbers numbers;
-        if (list != nullptr) {
-            for (const XmlNode& entry : childrenOf(*list)) {
-                if (const XmlNode* number = document::lastChildNamed(entry, name)) {
-                    numbers.insert(numberOf(*number));
-                }
-            }
-        }
-        return numbers;
-    }
-
-    void checkReferences(const XmlNode& configuration) {
-        const XmlNode* modules = document::lastChildNamed(configuration, "modules");
-        if (modules == nullptr) {
-            return;
-        }
-        const XmlNode* networkList = document::lastChildNamed(configuration, "dvbNetworks");
-        const XmlNode* positionList = document::lastChildNamed(configuration, "diseqcs");
-        const Numbers networks = numbersIn(networkList, "id");
-        const Numbers positions = numbersIn(positionList, "position");
-        const Element& list = *rowOf(&mapping::kConfiguration, *modules);
-        const Element& module = list.children[0];
-        std::size_t place = 0;
-        for (const XmlNode& node : childrenOf(*modules)) {
-            place += isElement(node) ? 1U : 0U;
-            const std::string identity = identityOf(module, node);
-            within({.name = list.name}, [&] {
-                within({.name = module.name, .identity = &identity, .place = place}, [&] {
-                    const XmlNode* inputs = document::lastChildNamed(node, "inputs");
-                    if (networkList != nullptr) {
-                        checkReference(node, "dvbNetworkId", networks, "DVB network");
-                    }
-                    if (positionList != nullptr) {
-                        checkEach(module, node, "inputs", "diseqc", positions, "DiSEqC position");
-                    }
-                    if (inputs != nullptr) {
-                        checkEach(module, node, "services", "inputId", numbersIn(inputs, "inputId"),
-                                  "input");
-                    }
-                });
-            });
-        }
-    }
-
-    // In each entry of a module's list.
-    void checkEach(const Element& module, const XmlNode& node, const char* listName,
-                   const char* name, const Numbers& known, const char* what) {
-        const XmlNode* entries = document::lastChildNamed(node, listName);
-        if (entries == nullptr) {
-            return;
-        }
-        const Element& list = *rowOf(&module, *entries);
-        std::size_t place = 0;
-        for (const XmlNode& entry : childrenOf(*entries)) {
-            place += isElement(entry) ? 1U : 0U;
-            const std::string identity = identityOf(list.children[0], entry);
-            within({.name = list.name}, [&] {
-                within({.name = list.children[0].name, .identity = &identity, .place = place},
-                       [&] { checkReference(entry, name, known, what); });
-            });
-        }
-    }
-
-    // 0 refers to nothing.
-    void checkReference(const XmlNode& parent, const char* name, const Numbers& known,
-                        const char* what) {
-        const XmlNode* node = document::lastChildNamed(parent, name);
-        if (node != nullptr && numberOf(*node) != 0 && !known.contains(numberOf(*node))) {
-            within({.name = name}, [&] {
-                add(Severity::warning, *node,
-                    std::string("there is no ") + what + " " + inQuotes(textOf(*node)));
-            });
-        }
-    }
-
     const Document& document_;
     Findings& findings_;
-    Path path_;
+    Walk walk_;
     bool isRead_ = true;
 };
 

@@ -455,6 +455,26 @@ TEST(BackupCheck, AnAmpersandBeginsAReference) {
     EXPECT_EQ(findings.at(0).position, (Position{2, 13}));
 }
 
+TEST(BackupCheck, OfTwoDiseqcEntriesOnePositionTheFirstCounts) {
+    const auto positions = [](const std::vector<std::string>& contents) {
+        std::string entries;
+        for (const std::string& content : contents) {
+            entries +=
+                "<diseqc><id>" + std::to_string(entries.size()) + "</id>" + content + "</diseqc>";
+        }
+        return checked("<diseqcs>" + entries + "</diseqcs>");
+    };
+    EXPECT_THAT(positions({"<position>1</position>", "<position>2</position>"}), IsEmpty());
+    EXPECT_THAT(positions({"<position>0</position>", "<position>0</position>", "", ""}), IsEmpty());
+    EXPECT_THAT(positions({"<position>3</position>", "<position>03</position>"}),
+                ElementsAre("warning: diseqcs/diseqc[id=49]/position: '03' is that of "
+                            "diseqcs/diseqc[id=0] too"));
+    // Of each the last counts.
+    EXPECT_THAT(checked("<diseqcs><diseqc><id>1</id><position>1</position></diseqc></diseqcs>"
+                        "<diseqcs><diseqc><id>2</id><position>1</position></diseqc></diseqcs>"),
+                IsEmpty());
+}
+
 TEST(BackupCheck, AModuleHasAHardwareAddress) {
     const auto mac = [](const std::string& text) {
         return checked("<modules><module><mac>" + text + "</mac></module></modules>");
@@ -564,6 +584,75 @@ TEST(BackupCheck, ANumberThatIsStoredAsItStandsHas32Bits) {
     EXPECT_THAT(checked("<homeChannels><homechannel><id>10000000000</id><onid>10000000000</onid>"
                         "</homechannel></homeChannels>"),
                 IsEmpty());
+}
+
+namespace {
+
+// A module of a number and a network with the services that are given as {output, sid, rest}.
+struct Channel {
+    int output;
+    int sid;
+    std::string rest;
+};
+std::string channels(int number, const std::string& content, const std::vector<Channel>& services) {
+    std::string text = "<module><mac>02:00:00:00:00:0" + std::to_string(number) + "</mac>" +
+                       content + "<services>";
+    for (const Channel& each : services) {
+        text += "<service><outputId>" + std::to_string(each.output) + "</outputId><outputSid>" +
+                std::to_string(each.sid) + "</outputSid>" + each.rest + "</service>";
+    }
+    return text + "</services></module>";
+}
+
+}  // namespace
+
+TEST(BackupCheck, AChannelNumberOfANetworkIsOneServices) {
+    const std::string network1 = "<dvbNetworkId>1</dvbNetworkId>";
+    const std::string network2 = "<dvbNetworkId>2</dvbNetworkId>";
+    const Channel five{1, 7, "<lcn>5</lcn>"};
+    const Channel otherFive{2, 8, "<lcn>05</lcn>"};
+    const auto warning = [](int module, const char* service) {
+        return "warning: modules/module[mac=02:00:00:00:00:0" + std::to_string(module) +
+               "]/services/service[" + service +
+               "]/lcn: '05' is that of "
+               "modules/module[mac=02:00:00:00:00:01]/services/service[outputId=1,outputSid=7] too";
+    };
+    const auto found = [](const std::string& modules) {
+        return checked("<modules>" + modules + "</modules>");
+    };
+    EXPECT_THAT(found(channels(1, network1, {five, otherFive})),
+                ElementsAre(warning(1, "outputId=2,outputSid=8")));
+    EXPECT_THAT(found(channels(1, network1, {five}) + channels(2, network1, {otherFive})),
+                ElementsAre(warning(2, "outputId=2,outputSid=8")));
+    EXPECT_THAT(found(channels(1, network1, {five}) + channels(2, network2, {otherFive})),
+                IsEmpty());
+    // Nothing tells that modules without a network share one.
+    EXPECT_THAT(found(channels(1, "", {five, otherFive})),
+                ElementsAre(warning(1, "outputId=2,outputSid=8")));
+    EXPECT_THAT(found(channels(1, "", {five}) + channels(2, "", {otherFive})), IsEmpty());
+}
+
+TEST(BackupCheck, AChannelNumberMayBeThereTwiceWhereNoTvSetSeesIt) {
+    const auto found = [](const std::string& content, const std::vector<Channel>& services) {
+        return checked("<modules>" + channels(1, content, services) + "</modules>");
+    };
+    const std::string lcn = "<lcn>5</lcn>";
+    const std::string outputs =
+        "<outputs><output><outputId>1</outputId><active>0</active></output>"
+        "<output><outputId>2</outputId><active>1</active></output></outputs>";
+    EXPECT_THAT(
+        found("", {{1, 7, ""}, {1, 8, ""}, {1, 9, "<lcn>0</lcn>"}, {1, 10, "<lcn>0</lcn>"}}),
+        IsEmpty());
+    EXPECT_THAT(found(outputs, {{1, 7, lcn}, {2, 8, lcn}}), IsEmpty());
+    EXPECT_THAT(found(outputs, {{2, 7, lcn}, {2, 8, lcn}}), ElementsAre(HasSubstr("/lcn: '5'")));
+    const std::string radio = lcn + "<serviceTypeDVB>2</serviceTypeDVB>";
+    const std::string newerRadio = lcn + "<serviceTypeDVB>10</serviceTypeDVB>";
+    const std::string television = lcn + "<serviceTypeDVB>25</serviceTypeDVB>";
+    EXPECT_THAT(found("", {{1, 7, television}, {1, 8, radio}}), IsEmpty());
+    EXPECT_THAT(found("", {{1, 7, newerRadio}, {1, 8, radio}}),
+                ElementsAre(HasSubstr("/lcn: '5'")));
+    EXPECT_THAT(found("", {{1, 7, television}, {1, 8, lcn}}), ElementsAre(HasSubstr("/lcn: '5'")));
+    EXPECT_THAT(found("", {{1, 7, lcn}, {1, 7, lcn}}), ElementsAre(HasSubstr("is there twice")));
 }
 
 TEST(BackupCheck, TheBytesAreTakenAsTheyAreWhateverEncodingIsDeclared) {
