@@ -39,6 +39,14 @@ class CompletionTest(unittest.TestCase):
         path = str(REPOSITORY / "READM")
         self.assertEqual([path + "E.md"], completed("check", path))
 
+    def test_files_are_offered_only_where_one_is_taken(self) -> None:
+        path = str(REPOSITORY / "READM")
+        for words in (("save",), ("save", "--output"), ("show", "--html"), ("plan", "--json")):
+            self.assertEqual([path + "E.md"], completed(*words, path), words)
+        for words in (("confirm",), ("undo",), ("undo", "--json"), ("save", "--keep"),
+                      ("restore", "--confirm")):  # fmt: skip
+            self.assertEqual([], completed(*words, path), words)
+
     def test_the_manual_has_every_verb_and_option(self) -> None:
         page = (REPOSITORY / "docs/tarvo-backup.8").read_text().replace("\\-", "-")
         for verb in completed(""):
