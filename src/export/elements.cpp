@@ -1,5 +1,7 @@
 #include "export/elements.h"
 
+#include <string>
+
 #include "device/device_identity.h"
 #include "document/coded_texts.h"
 
@@ -28,7 +30,12 @@ bool isExported(const Element& element) {
 }
 
 void writeLeaf(document::Writer& out, const Element& element, const tarvodb::Row& record) {
-    out.leaf(element.name, exportedText(element, record.value(element.column.index)));
+    const char* text = exportedText(element, record.value(element.column.index));
+    if (element.rnbPrefix != nullptr && *text != '\0' && DeviceIdentity::instance().isRNB()) {
+        out.leaf(element.name, (std::string(element.rnbPrefix) + text).c_str());
+    } else {
+        out.leaf(element.name, text);
+    }
 }
 
 void writeLeaves(document::Writer& out, mapping::Elements elements, const tarvodb::Row& record) {

@@ -1,14 +1,12 @@
 // The modules of the headend with their hardware, CAM and firmware.
 #include "mapping/modules.h"
 
-#include <string>
 #include <utility>
 
 #include "db/clauses.h"
 #include "db/operations.h"
 #include "db/record.h"
 #include "db/schema.h"
-#include "device/device_identity.h"
 #include "document/coded_texts.h"
 #include "document/writer.h"
 #include "export/elements.h"
@@ -37,11 +35,6 @@ CardRights cardRights(int hours) {
         return CardRights::lessThan48Hours;
     }
     return hours == 24 || hours == 0 ? CardRights::none : CardRights::lessThan24Hours;
-}
-
-std::string cardSerialNumber(const Record<CAMInfoGlobal>& cam) {
-    const std::string number = cam[CAMInfoGlobal::cardSerialNumber].asString();
-    return DeviceIdentity::instance().isRNB() && !number.empty() ? "000" + number : number;
 }
 
 // Writes one `module` element.
@@ -80,18 +73,12 @@ class ModuleExport {
     }
 
     void writeCam(const Element& element) {
-        switch (element.column.index) {
-            case CAMInfoGlobal::cardSerialNumber:
-                command_.out().leaf(element.name, cardSerialNumber(cam_).c_str());
-                break;
-            case CAMInfoGlobal::rightsHours: {
-                const auto rights = cardRights(cam_[CAMInfoGlobal::rightsHours].asInt());
-                command_.out().leaf(element.name,
-                                    document::codeText(element.texts, static_cast<int>(rights)));
-                break;
-            }
-            default:
-                writeLeaf(command_.out(), element, cam_);
+        if (element.column.index == CAMInfoGlobal::rightsHours) {
+            const auto rights = cardRights(cam_[CAMInfoGlobal::rightsHours].asInt());
+            command_.out().leaf(element.name,
+                                document::codeText(element.texts, static_cast<int>(rights)));
+        } else {
+            writeLeaf(command_.out(), element, cam_);
         }
     }
 

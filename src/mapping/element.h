@@ -184,6 +184,8 @@ struct Element {
     const char* constant = nullptr;
     // Exported as 1 for any number above 0, as 0 for the others.
     bool exportedAsOnOff = false;
+    // On RNB-K408 exported with this in front of it, unless it is empty.
+    const char* rnbPrefix = nullptr;
     // Exported as the section's writer says: more than a column's text.
     bool writtenSpecially = false;
     // Once for each row of its table, instead of exactly once.

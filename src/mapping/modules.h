@@ -21,8 +21,8 @@ constexpr Element camText(const char* name, tarvodb::CAMInfoGlobal::Column colum
             .liveState = true};
 }
 
-constexpr Element writtenSpecially(Element element) {
-    element.writtenSpecially = true;
+constexpr Element withRnbPrefix(const char* prefix, Element element) {
+    element.rnbPrefix = prefix;
     return element;
 }
 
@@ -56,8 +56,7 @@ inline constexpr Element kModule[] = {
     {"serialNumber", tarvodb::RedesModulos::NumeroSerie, Take::ignored},
     camText("CAMSerialNumber", tarvodb::CAMInfoGlobal::camSerialNumber),
     camText("CAMVersion", tarvodb::CAMInfoGlobal::camVersion),
-    // With "000" in front of it on RNB-K408.
-    writtenSpecially(camText("CardSerialNumber", tarvodb::CAMInfoGlobal::cardSerialNumber)),
+    withRnbPrefix("000", camText("CardSerialNumber", tarvodb::CAMInfoGlobal::cardSerialNumber)),
     // By the hours that they still last.
     {.name = "CardRights",
      .column = tarvodb::CAMInfoGlobal::rightsHours,

@@ -106,7 +106,10 @@ std::string exportOf(const Element& element) {
     const bool byAll = models.size() == std::size(tarvo_remote_control::model::kAll);
     const std::string how =
         (element.constant == nullptr ? "" : " as " + std::string(element.constant)) +
-        (byAll ? "" : " by " + joined(models, ", ")) + conditionOf(element.when);
+        (byAll ? "" : " by " + joined(models, ", ")) + conditionOf(element.when) +
+        (element.rnbPrefix == nullptr
+             ? ""
+             : ", on RNB-K408 with \"" + std::string(element.rnbPrefix) + "\" in front");
     return how.empty() ? "" : "Exported" + how + ".";
 }
 
