@@ -42,6 +42,12 @@ void addOutputOptions(CLI::App& verb, OutputOptions& options) {
         ->option_text("WHEN");
 }
 
+// An empty name is a variable of a script that was not set, and would count as none given.
+CLI::Option* notEmpty(CLI::Option* option) {
+    return option->check(
+        [](const std::string& name) { return name.empty() ? "the name is empty" : ""; }, "");
+}
+
 // A verb whose options the caller adds to the returned command.
 template <class Options>
 CLI::App& addVerb(CLI::App& app, const char* name, const char* description, Session& session,
@@ -73,8 +79,8 @@ void addShow(CLI::App& app, Session& session) {
     CLI::App& verb =
         addVerb(app, "show", "What is in a document, for people", session, options, runShow);
     verb.add_option("FILE", options.path, "The document")->required();
-    CLI::Option* html =
-        verb.add_option("--html", options.htmlPath, "Write a web page")->option_text("PAGE");
+    CLI::Option* html = notEmpty(
+        verb.add_option("--html", options.htmlPath, "Write a web page")->option_text("PAGE"));
     CLI::Option* redact =
         verb.add_flag("--redact", options.redact, "Print the document itself, its secrets masked");
     CLI::Option* secrets =
@@ -95,11 +101,13 @@ void addSave(CLI::App& app, Session& session) {
     options.folder = kBackupFolder;
     CLI::App& verb = addVerb(app, "save", "A verified backup, kept with the ones before", session,
                              options, runSave);
-    auto* folder = verb.add_option("DIR", options.folder, "The folder; " + options.folder);
+    auto* folder =
+        notEmpty(verb.add_option("DIR", options.folder, "The folder; " + options.folder));
     auto* keep = verb.add_option("--keep", options.keep, "How many backups to keep")
                      ->check(CLI::Range(1, INT_MAX))
                      ->option_text("N");
-    verb.add_option("--output", options.outputPath, "A file instead; - is standard output")
+    notEmpty(
+        verb.add_option("--output", options.outputPath, "A file instead; - is standard output"))
         ->excludes(folder)
         ->excludes(keep)
         ->option_text("FILE");

@@ -46,6 +46,21 @@ TEST(BackupCommandLine, TellsWhichNumbersAnOptionTakes) {
                 StartsWith("--confirm: Value 1441 not in range 1 to 1440\n"));
 }
 
+TEST(BackupCommandLine, AnEmptyNameIsNotTakenForNone) {
+    for (const auto& [told, arguments] : {
+             std::pair<const char*, std::vector<const char*>>{"DIR: the name is empty\n",
+                                                              {"save", ""}},
+             {"--output: the name is empty\n", {"save", "--output", ""}},
+             {"--output: 1 required TEXT missing\n", {"save", "--output="}},
+             {"--html: the name is empty\n", {"show", "--html", "", "-"}},
+         }) {
+        const Ran refused = ran(arguments);
+        EXPECT_EQ(refused.status, ExitStatus::usage);
+        EXPECT_EQ(refused.out, "");
+        EXPECT_THAT(refused.err, StartsWith(told));
+    }
+}
+
 TEST(BackupCommandLine, AFileThatCannotBeReadHasAStatusOfItsOwn) {
     const Ran refused = ran({"diff", "/nonexistent/a.xml", "-"});
     EXPECT_EQ(refused.status, ExitStatus::cannotRead);
