@@ -30,23 +30,34 @@ namespace {
 constexpr const char* kSuffix = ".xml";
 
 [[noreturn]] void failReading(const std::string& reason) {
-    throw Fault(ExitStatus::cannotRead, std::string(tarvodb::kConfigDatabase) + ": " + reason);
+    throw Fault(ExitStatus::cannotRead, std::string(tarvodb::kConfigDatabase) +
+                                            ": the configuration database is " + reason);
+}
+
+bool hasRows(sqlite3* db, const std::string& table) {
+    const bool isThere =
+        !query(db, "SELECT 1 FROM sqlite_master WHERE name = '" + table + "'").empty();
+    return isThere && !query(db, "SELECT 1 FROM " + table + " LIMIT 1").empty();
 }
 
 // An export of a database that was lost succeeds too, and is empty.
 void checkConfiguration(const Sandbox& sandbox) {
     const std::string copy = sandbox.mapped(tarvodb::kConfigDatabase);
     if (!fs::exists(copy)) {
-        failReading("the configuration database is not there");
+        failReading("not there");
     }
-    const Connection db = openConnection(copy, Access::readOnly);
-    if (query(db.get(), "PRAGMA quick_check") != std::vector<Cells>{{"ok"}}) {
-        failReading("the configuration database is damaged");
-    }
-    for (const char* table : {"configuracionWebGlobal", "RedesModulos"}) {
-        if (query(db.get(), std::string("SELECT 1 FROM ") + table + " LIMIT 1").empty()) {
-            failReading(std::string("the configuration database is empty (") + table + ")");
+    try {
+        const Connection db = openConnection(copy, Access::readOnly);
+        if (query(db.get(), "PRAGMA quick_check") != std::vector<Cells>{{"ok"}}) {
+            failReading("damaged");
         }
+        for (const char* table : {"configuracionWebGlobal", "RedesModulos"}) {
+            if (!hasRows(db.get(), table)) {
+                failReading(std::string("empty: nothing is in the table ") + table);
+            }
+        }
+    } catch (const DatabaseFault& fault) {
+        failReading(std::string("damaged: ") + fault.what());
     }
 }
 
@@ -139,16 +150,27 @@ void makeFolder(const std::string& folder) {
     }
 }
 
+// A copy of the headend with a sound configuration.
+void takeVerifiedCopy(std::optional<Sandbox>& sandbox) {
+    beginStep("Copying the databases");
+    sandbox.emplace();
+    beginStep("Checking the databases");
+    checkConfiguration(*sandbox);
+}
+
 }  // namespace
 
+void verifyConfiguration() {
+    std::optional<Sandbox> sandbox;
+    takeVerifiedCopy(sandbox);
+}
+
 std::string verifiedExport() {
-    beginStep("Copying the databases");
-    Sandbox sandbox;
-    beginStep("Checking the databases");
-    checkConfiguration(sandbox);
+    std::optional<Sandbox> sandbox;
+    takeVerifiedCopy(sandbox);
     loadIdentity();
     beginStep("Exporting the headend");
-    std::string document = exportIn(sandbox);
+    std::string document = exportIn(*sandbox);
     if (!readsBack(document)) {
         throw Fault(ExitStatus::cannotRead, "the document cannot be read back as it is written");
     }

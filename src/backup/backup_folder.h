@@ -16,6 +16,9 @@ inline constexpr const char* kBackupFolder = "/tarvo/backup";
 // is there, sound and not empty, and the document can be read back.
 std::string verifiedExport();
 
+// Throws Fault (cannotRead) unless the configuration database is there, sound and not empty.
+void verifyConfiguration();
+
 struct Saved {
     std::string path;
     bool isUnchanged = false;  // `path` is an earlier backup with the same content

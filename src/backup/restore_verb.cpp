@@ -63,6 +63,7 @@ RestoreReport restoreAndTell(const RestoreOptions& options, const Console& conso
     {
         const Progress progress(console, "Undoing an earlier restore");
         report.undidEarlier = makeWay();
+        verifyConfiguration();
         report.plan = makePlan(document);
     }
     if (report.undidEarlier) {

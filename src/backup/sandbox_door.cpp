@@ -1,6 +1,8 @@
 // The door of tarvo-backup: open to the device, or leading into a sandbox while there is one.
 #include <sqlite3.h>
 
+#include <cerrno>
+#include <cstring>
 #include <iostream>
 
 #include "backup/sandbox.h"
@@ -171,7 +173,7 @@ void logLine(int priority, const std::string& line) {
 
 void printSystemError(const char* message) {
     if (Sandbox::active() == nullptr) {
-        os::printSystemError(message);
+        printError(std::string(message) + ": " + std::strerror(errno) + '\n');
     }
 }
 

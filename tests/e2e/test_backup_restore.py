@@ -369,6 +369,33 @@ class RestoreTest(EndToEndTest):
         self.assertRegex(result.stderr, rb"the import ended with status \d+ and was undone")
         self.assertEqual(before, contents(device))
 
+    def test_without_a_configuration_a_restore_is_not_begun_and_an_undo_is_done(self) -> None:
+        damages = (
+            ("lost", None, "not there"),
+            ("emptied", b"", "empty: nothing is in the table configuracionWebGlobal"),
+        )
+        for name, content, reason in damages:
+            with self.subTest(name):
+                device = self.made()
+                before = contents(device)
+                self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+                database = device.path(CONFIG_DB)
+                database.unlink()
+                if content is not None:
+                    database.write_bytes(content)
+                undone = self.backup(device, "undo")
+                self.assertEqual((0, b""), (undone.status, undone.stderr))
+                self.assertEqual(before, contents(device))
+                database.unlink()
+                if content is not None:
+                    database.write_bytes(content)
+                result = self.backup(device, "restore", "--yes", DOCUMENT)
+                self.assertEqual((3, b""), (result.status, result.stdout))
+                self.assertEqual(
+                    f"tarvo-backup: {CONFIG_DB}: the configuration database is {reason}\n",
+                    result.stderr.decode(),
+                )
+
     def test_killed_at_any_moment_it_is_before_or_after(self) -> None:
         template = self.made()
         before = contents(template)

@@ -141,12 +141,44 @@ class SaveTest(EndToEndTest):
         self.each(
             check,
             (
-                ("lost", None, "not there"),
-                ("empty", "DELETE FROM configuracionWebGlobal", "empty"),
-                ("no modules", "DELETE FROM RedesModulos", "empty"),
+                ("lost", None, "the configuration database is not there"),
+                (
+                    "empty",
+                    "DELETE FROM configuracionWebGlobal",
+                    "the configuration database is empty: nothing is in the table"
+                    " configuracionWebGlobal",
+                ),
+                (
+                    "no modules",
+                    "DELETE FROM RedesModulos",
+                    "the configuration database is empty: nothing is in the table RedesModulos",
+                ),
+                (
+                    "no table of modules",
+                    "DROP TABLE RedesModulos",
+                    "the configuration database is empty: nothing is in the table RedesModulos",
+                ),
                 ("a table is missing", "DROP TABLE DiSEqCGlobal", "DiSEqCGlobal"),
             ),
         )
+
+    def test_a_file_in_the_place_of_the_configuration_is_no_backup(self) -> None:
+        device = self.device("QRA-310")
+        whole = device.path(CONFIG_DB).read_bytes()
+        torn = whole[:8192] + b"\xff" * 8192 + whole[16384:]
+        uncounted = whole[:36] + b"\0\0\0\5" + whole[40:]  # pages that are free
+        for content, reason in (
+            (b"", "empty: nothing is in the table configuracionWebGlobal"),
+            (b"no database" * 1000, "damaged: file is not a database"),
+            (torn, "damaged: database disk image is malformed"),
+            (uncounted, "damaged"),
+        ):
+            device.path(CONFIG_DB).write_bytes(content)
+            result = self.save(device)
+            self.assertEqual(
+                (3, f"tarvo-backup: {CONFIG_DB}: the configuration database is {reason}\n"),
+                (result.status, result.stderr.decode()),
+            )
 
     def test_what_others_put_beside_the_backups_is_not_taken_for_one(self) -> None:
         device = self.device("WVX-BQ4")
