@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <string_view>
+#include <tuple>
 
 #include "backup/device_run.h"
 #include "backup/diff.h"
@@ -16,6 +18,7 @@
 #include "backup/output_file.h"
 #include "backup/progress.h"
 #include "backup/sqlite.h"
+#include "backup/utc_time.h"
 #include "command/result_document.h"
 #include "db/database.h"
 #include "device/device_identity.h"
@@ -28,6 +31,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kSuffix = ".xml";
+constexpr std::string_view kMinuteForm = "0000-00-00T0000Z";
 
 [[noreturn]] void failReading(const std::string& reason) {
     throw Fault(ExitStatus::cannotRead, std::string(tarvodb::kConfigDatabase) +
@@ -81,46 +85,64 @@ std::string stemOfHost() {
 
 // Another host whose name goes on with a digit may keep its backups in the same folder.
 bool isBackupName(const std::string& name, const std::string& stem) {
-    constexpr std::string_view kTime = "0000-00-00T0000Z";
     if (!name.starts_with(stem) || !name.ends_with(kSuffix)) {
         return false;
     }
     std::string rest = name.substr(stem.size());
     std::replace_if(
         rest.begin(), rest.end(), [](unsigned char c) { return std::isdigit(c) != 0; }, '0');
-    if (!rest.starts_with(kTime)) {
+    if (!rest.starts_with(kMinuteForm)) {
         return false;
     }
     // A second one of a minute has a number.
-    rest = rest.substr(kTime.size());
+    rest = rest.substr(kMinuteForm.size());
     return rest == kSuffix || (rest.starts_with("-0") && rest.find_first_not_of('0', 1) ==
                                                              rest.size() - std::strlen(kSuffix));
 }
 
-// The host's backups, oldest first.
-std::vector<fs::path> backupsIn(const std::string& folder, const std::string& stem) {
-    std::vector<fs::path> backups;
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        // Somebody else may have put a pipe there, or a link.
-        if (isBackupName(entry.path().filename().string(), stem) &&
-            fs::is_regular_file(entry.symlink_status())) {
-            backups.push_back(entry.path());
-        }
+struct Backup {
+    std::string path;
+    std::string minute;
+    unsigned long long number = 1;  // within the minute; the first one's name has none
+};
+
+Backup backupNamed(const std::string& folder, const std::string& name, const std::string& stem) {
+    const std::size_t end = stem.size() + kMinuteForm.size();
+    Backup backup{.path = folder + "/" + name,
+                  .minute = name.substr(stem.size(), end - stem.size())};
+    if (name[end] == '-') {
+        backup.number = std::strtoull(&name[end + 1], nullptr, 10);
     }
-    // Without the suffix, so that a second one of a minute comes after the first.
-    std::sort(backups.begin(), backups.end(), [](const fs::path& a, const fs::path& b) {
-        return a.stem().string() < b.stem().string();
+    return backup;
+}
+
+// The host's backups, oldest first.
+std::vector<Backup> backupsIn(const std::string& folder, const std::string& stem) {
+    std::vector<Backup> backups;
+    try {
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            const std::string name = entry.path().filename().string();
+            // A pipe or a link of that name is none.
+            if (isBackupName(name, stem) && fs::is_regular_file(entry.symlink_status())) {
+                backups.push_back(backupNamed(folder, name, stem));
+            }
+        }
+    } catch (const fs::filesystem_error& error) {
+        throw Fault(ExitStatus::cannotWrite, folder + ": " + error.code().message());
+    }
+    std::sort(backups.begin(), backups.end(), [](const Backup& a, const Backup& b) {
+        return std::tie(a.minute, a.number) < std::tie(b.minute, b.number);
     });
     return backups;
 }
 
-bool hasSameSettings(const fs::path& older, const std::string& document) {
-    const auto text = platform::files::read(older.string());
+bool hasSameSettings(const std::string& older, const std::string& document) {
+    const auto text = platform::files::read(older);
     if (!text) {
         return false;
     }
     try {
-        const Document before(older.string(), *text);
+        const Document before(older, *text);
         // Without a configuration it is no backup, and one that is redacted cannot be restored.
         return before.configuration() != nullptr && !before.isRedacted() &&
                diff(before, Document("new", document)).empty();
@@ -129,18 +151,23 @@ bool hasSameSettings(const fs::path& older, const std::string& document) {
     }
 }
 
-std::string freePath(const std::string& folder, const std::string& stem) {
-    const std::time_t now = std::time(nullptr);
-    std::tm utc{};
-    gmtime_r(&now, &utc);
-    char minute[32];
-    std::strftime(minute, sizeof minute, "%Y-%m-%dT%H%MZ", &utc);
-    const std::string start = folder + "/" + stem + minute;
-    std::string path = start + kSuffix;
-    for (int number = 2; fs::exists(path); ++number) {
-        path = start + "-" + std::to_string(number) + kSuffix;
+// After all others of its minute, also where the first of them were removed.
+Backup newBackup(const std::string& folder, const std::string& stem,
+                 const std::vector<Backup>& backups) {
+    Backup backup{.path = {}, .minute = utcText(std::time(nullptr), "%Y-%m-%dT%H%MZ")};
+    for (const Backup& other : backups) {
+        if (other.minute == backup.minute) {
+            backup.number = other.number + 1;
+        }
     }
-    return path;
+    const std::string start = folder + "/" + stem + backup.minute;
+    for (;; ++backup.number) {
+        backup.path =
+            start + (backup.number == 1 ? "" : "-" + std::to_string(backup.number)) + kSuffix;
+        if (!fs::exists(fs::symlink_status(backup.path))) {
+            return backup;
+        }
+    }
 }
 
 void makeFolder(const std::string& folder) {
@@ -183,19 +210,17 @@ Saved saveInto(const std::string& folder, const std::string& document,
     const std::string stem = stemOfHost();
     auto backups = backupsIn(folder, stem);
     Saved saved;
-    if (!backups.empty() && hasSameSettings(backups.back(), document)) {
-        saved.path = backups.back().string();
-        saved.isUnchanged = true;
-    } else {
-        saved.path = freePath(folder, stem);
-        writeForOwner(saved.path, document);
+    saved.isUnchanged = !backups.empty() && hasSameSettings(backups.back().path, document);
+    if (!saved.isUnchanged) {
         // The newest, whatever the clock says.
-        backups.emplace_back(saved.path);
+        backups.push_back(newBackup(folder, stem, backups));
+        writeForOwner(backups.back().path, document);
     }
+    saved.path = backups.back().path;
     for (std::size_t place = 0; keep && place + *keep < backups.size(); ++place) {
         std::error_code failed;
-        if (fs::remove(backups[place], failed)) {
-            saved.removed.push_back(backups[place].string());
+        if (fs::remove(backups[place].path, failed)) {
+            saved.removed.push_back(backups[place].path);
         }
     }
     return saved;

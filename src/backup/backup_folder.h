@@ -26,8 +26,9 @@ struct Saved {
 };
 
 // Writes the document into the folder, which is made when it is not there, as
-// HOST-2026-11-21T0315Z.xml, unless the newest backup of the host holds the same settings. Keeps
-// the newest `keep` backups of the host, all of them without a number. Throws Fault.
+// HOST-2026-11-21T0315Z.xml, unless the newest backup of the host holds the same settings; further
+// ones of that minute are HOST-2026-11-21T0315Z-2.xml and so on. Keeps the newest `keep` backups of
+// the host, all of them without a number. Throws Fault.
 Saved saveInto(const std::string& folder, const std::string& document,
                std::optional<std::size_t> keep);
 

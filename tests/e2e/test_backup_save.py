@@ -96,6 +96,30 @@ class SaveTest(EndToEndTest):
         self.assertEqual([f"{FOLDER}/{path.name}" for path in own], saved["removed"])
         self.assertEqual([True] * len(others), [path.exists() for path in others])
 
+    def test_the_backups_of_a_minute_are_in_the_order_of_their_numbers(self) -> None:
+        device = self.device("WVX-BQ4")
+        stem = self.stem(device) + "2020-01-01T0000Z"
+        names = [f"{stem}{number}.xml" for number in ("", "-2", "-9", "-10", "-11")]
+        for name in names:
+            self.place(device, name, golden("WVX-BQ4").decode())
+        saved = json.loads(self.save(device, "--keep", "2", "--json").stdout)
+        self.assertEqual(f"{FOLDER}/{names[-1]}", saved["file"])
+        self.assertEqual([f"{FOLDER}/{name}" for name in names[:-2]], saved["removed"])
+
+    def test_a_backup_comes_after_all_others_of_its_minute(self) -> None:
+        device = self.device("WVX-BQ4")
+        for value in range(12):
+            self.change(device, f"v{value}")
+            saved = json.loads(self.save(device, "--keep", "1", "--json").stdout)
+            path = device.path(saved["file"])
+            self.assertEqual([path], self.kept(device))
+            # The first of a minute has no number; what went before has not given its name back.
+            number = re.search(r"Z(?:-(\d+))?\.xml$", path.name)[1]
+            minute = path.name[: path.name.index("Z")]
+            if value > 0 and minute == before[0]:
+                self.assertEqual(before[1] + 1, int(number or 1))
+            before = (minute, int(number or 1))
+
     def test_what_was_just_saved_stays_whatever_the_clock_says(self) -> None:
         device = self.device("WVX-BQ4")
         later = self.place(device, self.stem(device) + "2999-01-01T0000Z.xml", "<configuration/>")
