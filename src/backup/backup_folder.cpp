@@ -1,6 +1,7 @@
 #include "backup/backup_folder.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -170,13 +171,6 @@ Backup newBackup(const std::string& folder, const std::string& stem,
     }
 }
 
-void makeFolder(const std::string& folder) {
-    constexpr mode_t kOwner = 0700;
-    if (mkdir(folder.c_str(), kOwner) != 0 && errno != EEXIST) {
-        throw Fault(ExitStatus::cannotWrite, folder + ": " + std::strerror(errno));
-    }
-}
-
 // A copy of the headend with a sound configuration.
 void takeVerifiedCopy(std::optional<Sandbox>& sandbox) {
     beginStep("Copying the databases");
@@ -204,9 +198,30 @@ std::string verifiedExport() {
     return document;
 }
 
+void makeOwnFolder(const std::string& folder) {
+    constexpr mode_t kOwner = 0700;
+    constexpr mode_t kWrittenByOthers = 022;
+    const auto fail = [&folder](const std::string& reason) {
+        throw Fault(ExitStatus::cannotWrite, folder + ": " + reason);
+    };
+    if (mkdir(folder.c_str(), kOwner) != 0 && errno != EEXIST) {
+        fail(std::strerror(errno));
+    }
+    const auto found = platform::files::status(folder);
+    if (!found || !found->isFolder) {
+        fail("is no folder");
+    }
+    if ((found->owner != geteuid() && found->owner != 0) || (found->mode & kWrittenByOthers) != 0) {
+        fail("must be a folder that nobody else owns or may write to");
+    }
+}
+
 Saved saveInto(const std::string& folder, const std::string& document,
                std::optional<std::size_t> keep) {
-    makeFolder(folder);
+    // The caller may name a link.
+    std::error_code failed;
+    const fs::path target = fs::canonical(folder, failed);
+    makeOwnFolder(failed ? folder : target.string());
     const std::string stem = stemOfHost();
     auto backups = backupsIn(folder, stem);
     Saved saved;
@@ -218,7 +233,6 @@ Saved saveInto(const std::string& folder, const std::string& document,
     }
     saved.path = backups.back().path;
     for (std::size_t place = 0; keep && place + *keep < backups.size(); ++place) {
-        std::error_code failed;
         if (fs::remove(backups[place].path, failed)) {
             saved.removed.push_back(backups[place].path);
         }

@@ -19,6 +19,11 @@ std::string verifiedExport();
 // Throws Fault (cannotRead) unless the configuration database is there, sound and not empty.
 void verifyConfiguration();
 
+// Makes the folder when it is not there. Throws Fault (cannotWrite) unless it is a folder then that
+// nobody but this user and root owns or may write to, and no link to one: whoever else could, would
+// choose what is read there and removed as this program's own.
+void makeOwnFolder(const std::string& folder);
+
 struct Saved {
     std::string path;
     bool isUnchanged = false;  // `path` is an earlier backup with the same content

@@ -32,20 +32,6 @@ constexpr std::array kPhases{"importing", "unconfirmed", "undoing"};
 
 std::string stateFile() { return stateFolder() + "/state"; }
 
-// Whoever else could write there would choose what an undo puts back.
-void makeOwnFolder(const std::string& folder) {
-    constexpr unsigned kWrittenByOthers = 022;
-    if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
-        throw Fault(ExitStatus::cannotWrite, folder + ": " + std::strerror(errno));
-    }
-    const auto found = platform::files::status(folder);
-    if (!found || !found->isFolder || found->owner != geteuid() ||
-        (found->mode & kWrittenByOthers) != 0) {
-        throw Fault(ExitStatus::cannotWrite,
-                    folder + ": must be a folder that nobody else owns or may write to");
-    }
-}
-
 void makeStateFolder() {
     makeOwnFolder(kBackupFolder);
     makeOwnFolder(stateFolder());

@@ -246,7 +246,12 @@ class RestoreTest(EndToEndTest):
                     for words in (["restore", "--yes", DOCUMENT], ["undo"], ["confirm"]):
                         result = self.backup(device, *words)
                         self.assertEqual(4, result.status, result.stderr)
-                        self.assertIn(b"nobody else owns or may write to", result.stderr)
+                        reason = b"is no folder"
+                        if planted == "folder":
+                            reason = b"must be a folder that nobody else owns or may write to"
+                        self.assertEqual(
+                            b"tarvo-backup: %s: %s\n" % (place.encode(), reason), result.stderr
+                        )
                     self.assertEqual(before, contents(device))
 
     def test_copies_of_a_restore_that_was_killed_before_it_began_are_never_put_back(self) -> None:

@@ -204,6 +204,38 @@ class SaveTest(EndToEndTest):
                 (result.status, result.stderr.decode()),
             )
 
+    def test_a_folder_that_is_none_or_others_may_write_to_is_refused(self) -> None:
+        device = self.device("WVX-BQ4")
+        device.path("/tmp/file").write_text("kept")
+        device.path("/tmp/away").symlink_to("/tmp/nowhere")
+        for name, mode in (("group", 0o770), ("all", 0o757), ("sticky", 0o1777)):
+            device.path(f"/tmp/{name}").mkdir()
+            device.path(f"/tmp/{name}").chmod(mode)
+        shared = "must be a folder that nobody else owns or may write to"
+        for place, reason in (
+            ("/tmp/file", "is no folder"),
+            ("/tmp/away", "is no folder"),
+            ("/tmp/file/below", "Not a directory"),
+            ("/tmp/group", shared),
+            ("/tmp/all", shared),
+            ("/tmp/sticky", shared),
+        ):
+            result = self.save(device, place)
+            self.assertEqual(
+                (4, f"tarvo-backup: {place}: {reason}\n", b""),
+                (result.status, result.stderr.decode(), result.stdout),
+            )
+        self.assertEqual("kept", device.path("/tmp/file").read_text())
+        self.assertEqual([], list(device.path("/tmp").glob("*/*.xml")))
+
+    def test_a_folder_of_the_owners_may_be_read_by_others_and_be_led_to_by_a_link(self) -> None:
+        device = self.device("WVX-BQ4")
+        device.path("/tmp/read").mkdir()
+        device.path("/tmp/read").chmod(0o755)
+        device.path("/tmp/link").symlink_to("/tmp/read")
+        self.assertEqual(0, self.save(device, "/tmp/link").status)
+        self.assertEqual(1, len(list(device.path("/tmp/read").glob("*.xml"))))
+
     def test_what_others_put_beside_the_backups_is_not_taken_for_one(self) -> None:
         device = self.device("WVX-BQ4")
         self.assertEqual(0, self.save(device).status)
