@@ -10,8 +10,10 @@ enum class ExitStatus : int {
     cannotRead = 3,
     cannotWrite = 4,
     failure = 5,  // whatever has no status of its own
-    refused = 6,  // the import takes the document with errors, or not at all
-    busy = 7,     // another restore is under way
+    // The import takes the document with errors, or not at all; or what it did was undone before it
+    // was confirmed.
+    refused = 6,
+    busy = 7,  // another restore is under way
 };
 
 }  // namespace tarvo_backup

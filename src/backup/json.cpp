@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "backup/utc_time.h"
+
 namespace tarvo_backup {
 
 using Json = nlohmann::ordered_json;
@@ -127,8 +129,11 @@ std::string toJson(const RestoreReport& report) {
 
 std::string toJson(const Ending& ending) {
     static constexpr const char* kOutcomes[] = {"nothing", "confirmed", "undone"};
-    return printed({{"outcome", kOutcomes[static_cast<int>(ending.outcome)]},
-                    {"document", ending.document.empty() ? Json(nullptr) : Json(ending.document)}});
+    return printed(
+        {{"outcome", kOutcomes[static_cast<int>(ending.outcome)]},
+         {"document", ending.document.empty() ? Json(nullptr) : Json(ending.document)},
+         {"undoneAt", ending.undoneAt ? Json(utcText(*ending.undoneAt, "%Y-%m-%dT%H:%M:%SZ"))
+                                      : Json(nullptr)}});
 }
 
 std::string toJson(const Overview& overview) {

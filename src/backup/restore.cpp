@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <ctime>
 #include <filesystem>
 #include <thread>
 
@@ -225,6 +226,7 @@ Restored restore(const Document& document, const Plan& plan,
     try {
         copyDevice(state);
         writeState(state);
+        forgetUndone();
     } catch (...) {
         removeCopies();
         throw;
@@ -250,7 +252,7 @@ Restored restore(const Document& document, const Plan& plan,
     return restored;
 }
 
-void undo(RestoreState state) {
+Undone undo(RestoreState state) {
     const SignalsNoted signals;
     try {
         checkCopies(state);
@@ -268,16 +270,15 @@ void undo(RestoreState state) {
     beginStep("Running the scripts again");
     const OutputMuted muted;
     runAgain(state.scripts);
+    const Undone undone{.document = state.document, .moment = std::time(nullptr)};
+    rememberUndone(undone);
     removeState();
+    return undone;
 }
 
-bool undoAbandoned() {
+std::optional<Undone> undoAbandoned() {
     const auto state = readState();
-    if (!state || !isAbandoned(*state)) {
-        return false;
-    }
-    undo(*state);
-    return true;
+    return state && isAbandoned(*state) ? std::optional(undo(*state)) : std::nullopt;
 }
 
 }  // namespace tarvo_backup

@@ -27,10 +27,9 @@ Restored restore(const Document& document, const Plan& plan,
 // Puts the databases and files back, and runs again what the restore had run. What is undone of a
 // restore that had succeeded is saved among the backups before, as far as that can be done. The
 // caller holds the lock. Throws Fault, which says so when it is still to be undone.
-void undo(RestoreState state);
+Undone undo(RestoreState state);
 
-// Undoes what an ended process has left. Gives whether there was something. The caller holds the
-// lock.
-bool undoAbandoned();
+// Undoes what an ended process has left, if there is something. The caller holds the lock.
+std::optional<Undone> undoAbandoned();
 
 }  // namespace tarvo_backup

@@ -1,6 +1,7 @@
 // What the verbs restore, confirm and undo tell.
 #pragma once
 
+#include <ctime>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +37,7 @@ struct Ending {
 
     Outcome outcome = Outcome::nothing;
     std::string document;  // empty for nothing
+    std::optional<std::time_t> undoneAt;
 };
 
 }  // namespace tarvo_backup

@@ -28,9 +28,11 @@ namespace {
 
 constexpr unsigned kOwnerOnly = 0600;
 constexpr const char* kLock = "lock";
+constexpr const char* kUndone = "undone";
 constexpr std::array kPhases{"importing", "unconfirmed", "undoing"};
 
 std::string stateFile() { return stateFolder() + "/state"; }
+std::string undoneFile() { return stateFolder() + "/" + kUndone; }
 
 void makeStateFolder() {
     makeOwnFolder(kBackupFolder);
@@ -94,12 +96,20 @@ RestorePhase phaseNamed(const std::string& name) {
     return static_cast<RestorePhase>(found - kPhases.begin());
 }
 
-long long deadlineFrom(const std::string& text) {
+std::optional<long long> numberFrom(const std::string& text) {
     if (text.empty() || text.size() > std::numeric_limits<long long>::digits10 ||
         text.find_first_not_of("0123456789") != std::string::npos) {
-        failUnderstanding("the deadline '" + text + "'");
+        return std::nullopt;
     }
     return std::stoll(text);
+}
+
+long long deadlineFrom(const std::string& text) {
+    const auto number = numberFrom(text);
+    if (!number) {
+        failUnderstanding("the deadline '" + text + "'");
+    }
+    return *number;
 }
 
 }  // namespace
@@ -203,11 +213,34 @@ void removeState() {
 void removeCopies() {
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(stateFolder(), ignored)) {
-        if (entry.path().filename() != kLock) {
+        if (entry.path().filename() != kLock && entry.path().filename() != kUndone) {
             fs::remove(entry.path(), ignored);
         }
     }
 }
+
+std::optional<Undone> lastUndone() {
+    Undone undone;
+    for (const auto& [word, rest] :
+         linesOf(platform::files::read(undoneFile()).value_or(std::string()))) {
+        if (word == "document") {
+            undone.document = rest;
+        } else if (word == "moment") {
+            undone.moment = numberFrom(rest).value_or(0);
+        }
+    }
+    return undone.document.empty() ? std::nullopt : std::optional(undone);
+}
+
+void rememberUndone(const Undone& undone) {
+    const std::string text =
+        "document " + escaped(undone.document) + "\nmoment " + std::to_string(undone.moment) + '\n';
+    if (!platform::files::replace(undoneFile(), text, {.mode = kOwnerOnly})) {
+        forgetUndone();  // an earlier restore's
+    }
+}
+
+void forgetUndone() { unlink(undoneFile().c_str()); }
 
 long long secondsUp() {
     std::timespec time{};

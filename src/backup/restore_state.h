@@ -8,13 +8,15 @@
 //
 // Each arrow is one rename of the state's file (or its removal), after what it relies on is on the
 // disk: the copies of the databases before "importing". The copies go last, when the removal is on
-// the disk. Whoever finds a state whose owner is gone undoes it, which can be done any number of
-// times:
+// the disk. An undo leaves word of itself before the removal, in a file of its own that counts
+// where there is no state; the next restore takes it away once it has one. Whoever finds a state
+// whose owner is gone undoes it, which can be done any number of times:
 //   importing    the restore was killed, or failed and could not be undone
 //   undoing      an undo was killed
 //   unconfirmed  the time is over, or the headend was started anew
 #pragma once
 
+#include <ctime>
 #include <optional>
 #include <string>
 #include <vector>
@@ -70,6 +72,18 @@ void writeState(const RestoreState& state);
 void removeState();
 // Removes what a restore that was killed before it had a state has left of copies.
 void removeCopies();
+
+// A restore that was undone.
+struct Undone {
+    std::string document;
+    std::time_t moment = 0;
+};
+// The last restore, when it was undone. Nothing also when there was no room on the disk to keep it.
+std::optional<Undone> lastUndone();
+// Before the state is removed.
+void rememberUndone(const Undone& undone);
+// Once the next restore has a state.
+void forgetUndone();
 
 // Seconds since the headend was started, and what tells this start from others.
 long long secondsUp();

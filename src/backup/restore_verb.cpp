@@ -9,6 +9,7 @@
 #include "backup/restore.h"
 #include "backup/restore_report.h"
 #include "backup/restore_state.h"
+#include "backup/utc_time.h"
 #include "backup/verbs.h"
 
 namespace tarvo_backup {
@@ -25,7 +26,7 @@ bool isAgreedTo(const Console& console) {
 // Neither an abandoned restore, which is undone, nor one that is to be confirmed may be in the way.
 // Gives whether one was undone.
 bool makeWay() {
-    const bool wasUndone = undoAbandoned();
+    const bool wasUndone = undoAbandoned().has_value();
     if (const auto state = readState()) {
         throw Fault(ExitStatus::busy, "the restore of " + state->document +
                                           " waits for tarvo-backup confirm or undo");
@@ -99,6 +100,17 @@ RestoreReport restoreAndTell(const RestoreOptions& options, const Console& conso
     return report;
 }
 
+Ending endingOf(const Undone& undone) {
+    return {
+        .outcome = Ending::Outcome::undone, .document = undone.document, .undoneAt = undone.moment};
+}
+
+// In a sentence.
+std::string told(const Undone& undone) {
+    return "the restore of " + undone.document + " was undone " +
+           utcText(undone.moment, "on %Y-%m-%d at %H:%M UTC");
+}
+
 void printEnding(const Ending& ending, const OutputOptions& output, const Console& console) {
     if (output.json) {
         console.out << toJson(ending) << '\n';
@@ -142,17 +154,25 @@ ExitStatus runRestore(const RestoreOptions& options, const Console& console) {
 ExitStatus runConfirm(const ConfirmOptions& options, const Console& console) {
     const RestoreLock lock("confirm");
     const Progress progress(console, "Undoing a restore that nobody can confirm any more");
-    if (undoAbandoned()) {
-        throw Fault(ExitStatus::failure, "too late: the restore was undone");
+    auto undone = undoAbandoned();
+    if (const auto state = readState()) {
+        removeState();
+        printEnding({.outcome = Ending::Outcome::confirmed,
+                     .document = state->document,
+                     .undoneAt = std::nullopt},
+                    options.output, console);
+        return ExitStatus::done;
     }
-    const auto state = readState();
-    if (!state) {
+    if (!undone) {
+        undone = lastUndone();
+    }
+    if (!undone) {
         throw Fault(ExitStatus::failure, "there is no restore to confirm");
     }
-    removeState();
-    printEnding({.outcome = Ending::Outcome::confirmed, .document = state->document},
-                options.output, console);
-    return ExitStatus::done;
+    if (options.output.json) {
+        printEnding(endingOf(*undone), options.output, console);
+    }
+    throw Fault(ExitStatus::refused, "too late: " + told(*undone));
 }
 
 ExitStatus runUndo(const UndoOptions& options, const Console& console) {
@@ -160,13 +180,14 @@ ExitStatus runUndo(const UndoOptions& options, const Console& console) {
     const auto state = readState();
     const bool hasWork = state && (!options.abandonedOnly || isAbandoned(*state));
     if (!hasWork && !options.abandonedOnly) {
-        throw Fault(ExitStatus::failure, "there is no restore to undo");
+        const auto undone = lastUndone();
+        throw Fault(ExitStatus::failure,
+                    "there is no restore to undo" + (undone ? "; " + told(*undone) : ""));
     }
     Ending ending;
     if (hasWork) {
         const Progress progress(console, "Saving a backup of what is undone");
-        undo(*state);
-        ending = {.outcome = Ending::Outcome::undone, .document = state->document};
+        ending = endingOf(undo(*state));
     }
     printEnding(ending, options.output, console);
     return ExitStatus::done;

@@ -3,9 +3,11 @@
 import json
 import random
 import re
+import stat
 import sys
 import time
 from contextlib import closing
+from datetime import datetime
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
@@ -79,6 +81,66 @@ class RestoreTest(EndToEndTest):
         )
         self.assertEqual(6, self.backup(device, "restore", "--yes", DOCUMENT).status)
         self.assertEqual(before, contents(device))
+
+    def assertTooLate(self, result: Result) -> None:
+        self.assertEqual(6, result.status)
+        self.assertRegex(
+            result.stderr,
+            rb"^tarvo-backup: too late: the restore of /tmp/document\.xml was undone"
+            rb" on \d{4}-\d\d-\d\d at \d\d:\d\d UTC\n$",
+        )
+
+    def over(self, device: Device) -> None:
+        """The time to confirm is over."""
+        self.edit_state(device, "^deadline .*", "deadline 0")
+
+    def test_whoever_confirms_what_was_undone_is_told_when(self) -> None:
+        device = self.made()
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.over(device)
+        start = int(time.time())
+        # As a start of the headend does, or the process that waits.
+        undone = self.backup(device, "undo", "--abandoned")
+        self.assertEqual((0, b""), (undone.status, undone.stderr))
+        self.assertFalse(device.path(STATE).exists())
+        for _ in range(2):
+            self.assertTooLate(self.backup(device, "confirm"))
+        told = self.json(device, "confirm", "--json")
+        moment = datetime.fromisoformat(told.pop("undoneAt")).timestamp()
+        self.assertTrue(start <= moment <= time.time(), moment)
+        self.assertEqual({"status": 6, "outcome": "undone", "document": DOCUMENT}, told)
+        again = self.backup(device, "undo")
+        self.assertEqual(5, again.status)
+        self.assertRegex(
+            again.stderr,
+            rb"^tarvo-backup: there is no restore to undo; the restore of /tmp/document\.xml was"
+            rb" undone on [^\n]+ UTC\n$",
+        )
+
+    def test_an_undo_that_no_restore_came_after_is_remembered_until_one_does(self) -> None:
+        device = self.made()
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.backup(device, "undo")
+        self.assertTooLate(self.backup(device, "confirm"))
+        # Neither begins.
+        self.assertEqual(5, self.backup(device, "restore", DOCUMENT).status)
+        self.assertEqual(3, self.backup(device, "restore", "--yes", "/tmp/no.xml").status)
+        self.assertTooLate(self.backup(device, "confirm"))
+        self.assertEqual(0, self.backup(device, "restore", "--yes", DOCUMENT).status)
+        nothing = self.backup(device, "confirm")
+        self.assertEqual(
+            (5, b"tarvo-backup: there is no restore to confirm\n"),
+            (nothing.status, nothing.stderr),
+        )
+
+    def test_what_was_remembered_is_nothing_when_it_cannot_be_read(self) -> None:
+        device = self.made()
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.backup(device, "undo")
+        word = device.path("/tarvo/backup/.restore/undone")
+        self.assertEqual(0o600, stat.S_IMODE(word.stat().st_mode))
+        word.write_text("\0\nmoment 1\n")
+        self.assertEqual(5, self.backup(device, "confirm").status)
 
     def test_a_confirmed_restore_stays(self) -> None:
         device = self.made()
@@ -166,8 +228,7 @@ class RestoreTest(EndToEndTest):
         self.assertNotEqual(before, contents(device))
         self.killed_in(device, "undoing", "undo")
         result = self.backup(device, "confirm")
-        self.assertEqual((5, b"tarvo-backup: too late: the restore was undone\n"),
-                         (result.status, result.stderr))
+        self.assertTooLate(result)
         self.assertEqual(before, contents(device))
 
     def test_a_second_restore_at_the_same_time_is_told_who_holds_it(self) -> None:
@@ -335,18 +396,17 @@ class RestoreTest(EndToEndTest):
             done,
         )
         self.assertEqual(
-            {"status": 0, "outcome": "nothing", "document": None},
+            {"status": 0, "outcome": "nothing", "document": None, "undoneAt": None},
             self.json(device, "undo", "--json", "--abandoned"),
         )
         self.assertEqual(
-            {"status": 0, "outcome": "confirmed", "document": DOCUMENT},
+            {"status": 0, "outcome": "confirmed", "document": DOCUMENT, "undoneAt": None},
             self.json(device, "confirm", "--json"),
         )
         self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
-        self.assertEqual(
-            {"status": 0, "outcome": "undone", "document": DOCUMENT},
-            self.json(device, "undo", "--json"),
-        )
+        undone = self.json(device, "undo", "--json")
+        self.assertRegex(undone.pop("undoneAt"), r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ$")
+        self.assertEqual({"status": 0, "outcome": "undone", "document": DOCUMENT}, undone)
         device.path(DOCUMENT).write_bytes(
             b"<configuration><homeChannels><x/></homeChannels></configuration>"
         )
