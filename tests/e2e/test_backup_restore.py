@@ -12,7 +12,17 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 
-from e2e import BACKUP_PROGRAM, CONFIG_DB, Device, EndToEndTest, Result, golden, main, tables
+from e2e import (
+    BACKUP_PROGRAM,
+    CONFIG_DB,
+    Device,
+    EndToEndTest,
+    Result,
+    golden,
+    installed,
+    main,
+    tables,
+)
 
 DOCUMENT = "/tmp/document.xml"
 STATE = "/tarvo/backup/.restore/state"
@@ -44,15 +54,7 @@ class RestoreTest(EndToEndTest):
 
     def in_shell(self, device: Device, script: str) -> Result:
         """The program is "$PROGRAM"; it lives as long as the shell does."""
-        program = Path(BACKUP_PROGRAM).resolve()
-        copy = device.path("/tarvo/bin/program")
-        if not copy.exists():
-            (copy / "bin").mkdir(parents=True)
-            (copy / "lib").mkdir()
-            for name in ("bin/tarvo-backup", "lib/libtarvocommon.so"):
-                (copy / name).write_bytes((program.parents[1] / name).read_bytes())
-                (copy / name).chmod(0o755)
-        environment = {"TZ": "UTC", "PROGRAM": "/tarvo/bin/program/bin/tarvo-backup"}
+        environment = {"TZ": "UTC", "PROGRAM": installed(device)}
         return device.run("sh", ["-c", script], env=environment, timeout=240)
 
     def test_a_restore_does_what_tarvo_config_does_and_keeps_a_backup(self) -> None:

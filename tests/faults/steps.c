@@ -6,9 +6,12 @@
 //               fail: the step fails, once
 //               full: the step fails, and every later one that needs room on the disk
 //   STEP_COUNT  a file for the number of steps that there were
+//   STEP_FORKED if it is set, the steps are those of the process that the program forks, and what
+//               that one sleeps takes a hundredth of the time
 //
-// Reading files, and standard output and error, are no steps. Programs that this one starts, and
-// processes that it forks, are left alone.
+// Reading files, and standard output and error, are no steps. Programs that this one starts are left
+// alone, and so are processes that it forks, unless they are asked for: there a disk that stays full
+// for ten sleeps is the end.
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -23,16 +26,18 @@
 #include <string.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 // What a function of this name does without this library.
 #define REAL(name) ((__typeof__(&name))dlsym(RTLD_NEXT, #name))
 
-static bool isCounting;
+static bool isCounting, isForked;
 static long steps, faultAt;
 static char fault;
 
 static void stopCounting(void) { isCounting = false; }
+static void startCounting(void) { isCounting = isForked = true; }
 
 __attribute__((constructor)) static void begin(void) {
     const char* at = getenv("STEP_AT");
@@ -40,8 +45,8 @@ __attribute__((constructor)) static void begin(void) {
     faultAt = at == NULL ? 0 : atol(at);
     fault = how == NULL ? '\0' : how[0] == 'f' ? how[1] : how[0];  // 'k', 'a' or 'u'
     unsetenv("LD_PRELOAD");
-    pthread_atfork(NULL, NULL, stopCounting);
-    isCounting = true;
+    isCounting = getenv("STEP_FORKED") == NULL;
+    pthread_atfork(NULL, NULL, isCounting ? stopCounting : startCounting);
 }
 
 __attribute__((destructor)) static void end(void) {
@@ -53,6 +58,12 @@ __attribute__((destructor)) static void end(void) {
     FILE* file = fopen(path, "w");
     fprintf(file, "%ld\n", steps);
     fclose(file);
+}
+
+void _exit(int status) {
+    end();
+    REAL(_exit)(status);
+    __builtin_unreachable();
 }
 
 // Whether the step that begins now must fail.
@@ -70,6 +81,19 @@ static bool fails(bool needsRoom) {
         return true;
     }
     return false;
+}
+
+int nanosleep(const struct timespec* time, struct timespec* rest) {
+    static int sleeps;
+    if (!isForked) {
+        return REAL(nanosleep)(time, rest);
+    }
+    if (fault == 'u' && faultAt > 0 && steps >= faultAt && ++sleeps > 10) {
+        kill(getpid(), SIGKILL);
+    }
+    const long long nanoseconds = (time->tv_sec * 1000000000LL + time->tv_nsec) / 100;
+    const struct timespec shorter = {nanoseconds / 1000000000, nanoseconds % 1000000000};
+    return REAL(nanosleep)(&shorter, rest);
 }
 
 // --- Files -----------------------------------------------------------------------------------

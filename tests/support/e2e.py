@@ -16,6 +16,7 @@ from __future__ import annotations
 import os
 import re
 import shlex
+import shutil
 import sqlite3
 import sys
 import tempfile
@@ -80,6 +81,18 @@ NEWS_NOTICE = 61
 AT_ONCE = 32
 _running = threading.BoundedSemaphore(AT_ONCE)
 _making = threading.Lock()
+
+
+def installed(device: Device) -> str:
+    """A copy of tarvo-backup in the device, for its shell. Its path there."""
+    folder = Path("/tarvo/bin/program")
+    program = Path(BACKUP_PROGRAM).resolve()
+    copy = device.path(str(folder))
+    if not copy.exists():
+        for name in ("bin/tarvo-backup", "lib/libtarvocommon.so"):
+            (copy / name).parent.mkdir(parents=True)
+            shutil.copy(program.parents[1] / name, copy / name)
+    return f"{folder}/bin/tarvo-backup"
 
 
 def golden(model: str) -> bytes:
