@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -46,6 +47,15 @@ class ComparisonTest(unittest.TestCase):
         lines = "\n".join("\t".join(fault.split(" ", 5)) for fault in plan)
         name = f"device-{len(list(self.folder.iterdir()))}"
         return run(self.device(name), self.library, PROGRAM, ["/tmp/document.xml"], lines)
+
+    def test_what_is_no_program_is_told_in_a_sentence(self) -> None:
+        nothing = self.folder / "nothing"
+        for programs in ((self.folder, PROGRAM), (PROGRAM, nothing)):
+            wrong = next(program for program in programs if program != PROGRAM)
+            command = [sys.executable, HERE / "run", *programs]
+            result = subprocess.run(command, capture_output=True, text=True, check=False)
+            self.assertEqual(f"tests/compare/run: {wrong} is not a program\n", result.stderr)
+            self.assertEqual((2, ""), (result.returncode, result.stdout))
 
     def test_a_program_does_not_differ_from_itself(self) -> None:
         found = self.verdicts(set(range(CASES_PER_DEVICE)))
