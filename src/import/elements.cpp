@@ -22,8 +22,10 @@ bool setIfOtherNumber(tarvodb::Row& record, const Element& element, int number) 
 
 // The stored number is another one: the text is stored as it stands.
 bool setTextIfOtherNumber(tarvodb::Row& record, const Element& element, const char* text) {
-    return record.value(element.column.index).asInt() != text::toInt(text) &&
-           setText(record, element, text);
+    if (record.value(element.column.index).asInt() == text::toInt(text)) {
+        return false;
+    }
+    return setText(record, element, text);
 }
 
 bool takeCode(tarvodb::Row& record, const Element& element, const char* text) {
