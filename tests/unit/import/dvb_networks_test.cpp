@@ -229,6 +229,12 @@ TEST_F(DvbNetworks, NamesAreMatchedInAnyLetterCaseAndTheLastOfANameWins) {
     expectChangeLine("name=Second,lcnMode=9,autoBlockPIDsMask=7,");
 }
 
+TEST_F(DvbNetworks, OtherElementsAreIgnored) {
+    importNetwork("<id>1</id><colour>7</colour><nid>200</nid>");
+    expectSuccess();
+    EXPECT_EQ(column("NID"), "200");
+}
+
 TEST_F(DvbNetworks, ALaterZeroOverwritesAnEarlierNumber) {
     importNetwork("<id>1</id><lcnMode>8</lcnMode><lcnMode>0</lcnMode>");
     expectSuccess();

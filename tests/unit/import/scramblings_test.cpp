@@ -228,6 +228,14 @@ TEST_F(Scramblings, NamesAreMatchedInAnyLetterCaseAndTheLastOfANameWins) {
     EXPECT_EQ(cell("SELECT Odd || ' ' || Mode FROM ScramblingKeysGlobal"), "second 0");
 }
 
+TEST_F(Scramblings, OtherElementsAreIgnored) {
+    importScrambling("<colour>2</colour><active>1</active>");
+    expectSuccess();
+    EXPECT_THAT(
+        sectionStatements(),
+        ElementsAre(kSelectSystem, updateOfSystem(" Mode = '1' , Estado = '1' "), kSelectKeys));
+}
+
 TEST_F(Scramblings, AnActiveThatIsNoNumberIsZero) {
     importScrambling("<active>yes</active>");
     expectSuccess();
