@@ -99,6 +99,19 @@ TEST(DeferredDocument, TellsWhatIsMalformedInADeferredPart) {
     EXPECT_EQ(faultOf(good), at(0) + ": unexpected end of data");
 }
 
+TEST(DeferredDocument, IsRefusedWhereADeferredPartIsNestedTooDeeply) {
+    const std::string before = "<list>" + repeated(rows(manyRows()), 10);
+    const auto nested = [&before](std::size_t levels) {
+        return before + rows(repeated("<a>", levels) + repeated("</a>", levels)) + "</list>";
+    };
+    constexpr std::size_t kDeepest = kMaxLevels - 3;  // below list, entry and rows
+    EXPECT_EQ(faultOf(nested(kDeepest)), "");
+    const std::size_t column =
+        (before + "<entry><rows a='1'>").size() + kDeepest * std::string("<a>").size() + 1;
+    EXPECT_EQ(faultOf(nested(kDeepest + 1)),
+              "1:" + std::to_string(column) + ": more than 256 levels of elements");
+}
+
 TEST(DeferredDocument, IsTheDocumentInAnyText) {
     // A text in which much is broken or unusual, around parts that are long enough to be deferred.
     const std::array<std::string, 23> pieces = {"<list>",

@@ -98,8 +98,9 @@ TEST(Nesting, IsFoundBehindWhatIsNoElement) {
 }
 
 TEST(Nesting, OfATextThatEndsTooSoonIsWhatStandsBeforeItsEnd) {
-    for (const char* text : {"<a><!DOCTYPE", "<a><!DOCTYPE ", "<a><!DOCTYPE b [<c>", "<a><!--<b>",
-                             "<a><![CDATA[<b>", "<a><?p <b>", "<a><b", "<a><b c", "<a><b c='"}) {
+    for (const char* text :
+         {"<a><!DOCTYPE", "<a><!DOCTYPE ", "<a><!DOCTYPE b [<c>", "<a><!DOCTYPE b [[<c>",
+          "<a><!--<b>", "<a><![CDATA[<b>", "<a><?p <b>", "<a><b", "<a><b c", "<a><b c='"}) {
         EXPECT_EQ(firstElementBelow(text, 2), std::nullopt) << text;
         EXPECT_EQ(levelsOf(text), std::nullopt) << text;
     }

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <csignal>
+
 #include "platform/os.h"
 
 namespace platform {
@@ -28,6 +30,11 @@ TEST(CommandLines, OfACommandThatCannotBeStartedAreNone) {
     const Lines lines = os::readCommandLines("echo one", 2);
     setrlimit(RLIMIT_NOFILE, &before);
     EXPECT_EQ(lines, Lines{});
+}
+
+TEST(Shell, AScriptThatASignalEndsIsNotTheProgramsEnd) {
+    EXPECT_EQ(os::runShell("exit 3"), 3 << 8);
+    EXPECT_EQ(os::runShell("kill -KILL $$"), SIGKILL);
 }
 
 }  // namespace platform
