@@ -19,8 +19,11 @@ EMPTY_LINE = "\r\x1b[K"
 
 
 class ProgressTest(EndToEndTest):
-    def run_while_locked(self, seconds: float, *words: str, at_terminal: bool) -> tuple[int, str]:
-        """The status, and what was written to standard error."""
+    def run_while_locked(
+        self, seconds: float, *words: str, at_terminal: bool, leaving: bool = False
+    ) -> tuple[int, str]:
+        """The status, and what was written to standard error. Whoever is `leaving` closes the
+        terminal at the first line."""
         device = self.device("QRA-310")
         device.path(DOCUMENT).write_bytes(golden("QRA-310"))
         terminal, end = pty.openpty() if at_terminal else os.pipe()
@@ -30,8 +33,11 @@ class ProgressTest(EndToEndTest):
             try:
                 while data := os.read(terminal, 4096):
                     told.extend(data)
+                    if leaving and WAITING.encode() in told:
+                        break
             except OSError:  # the other end of the terminal is closed
                 pass
+            os.close(terminal)
 
         emulator = ["--emulator", " ".join(EMULATOR)] if EMULATOR else []
         command = [REPOSITORY / "sim/run", "--root", device.root, *emulator, "--setenv", "TZ=UTC"]
@@ -50,7 +56,6 @@ class ProgressTest(EndToEndTest):
             writer.execute("ROLLBACK")
         status = running.wait(240)
         reader.join()
-        os.close(terminal)
         return status, told.decode()
 
     def is_told(self, name: str, status: int, *words: str) -> None:
@@ -68,6 +73,11 @@ class ProgressTest(EndToEndTest):
                 ("restore", 0, "restore", "--yes", DOCUMENT),
             ),
         )
+
+    def test_a_terminal_that_is_closed_meanwhile_ends_nothing(self) -> None:
+        status, told = self.run_while_locked(4, "save", at_terminal=True, leaving=True)
+        self.assertEqual(0, status, told)
+        self.assertIn(WAITING, told)
 
     def test_nothing_is_told_where_nobody_looks(self) -> None:
         self.assertEqual((0, ""), self.run_while_locked(3, "save", at_terminal=False))
