@@ -70,10 +70,9 @@ std::optional<std::string> codedText(const Element& row, const XmlNode& node, co
 
 // 0 is DVB-T, any other DVB-C. It counts for the outputs that come after it.
 int rfOutputModeAt(const XmlNode& outputChild) {
-    const XmlNode* output = outputChild.parent();
-    const XmlNode* outputs = output == nullptr ? nullptr : output->parent();
-    for (const XmlNode* before = outputs == nullptr ? nullptr : outputs->previous_sibling();
-         before != nullptr; before = before->previous_sibling()) {
+    const XmlNode& outputs = *outputChild.parent()->parent();
+    for (const XmlNode* before = outputs.previous_sibling(); before != nullptr;
+         before = before->previous_sibling()) {
         if (document::hasName(*before, "modoSalidaRF")) {
             return document::numberOf(*before);
         }
