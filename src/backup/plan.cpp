@@ -20,18 +20,16 @@ using tarvo_remote_control::ErrorCode;
 
 namespace {
 
-const XmlNode* nodeAt(const XmlNode& tree, const Place& place) {
+// The import has read the same text into the same tree.
+const XmlNode& nodeAt(const XmlNode& tree, const Place& place) {
     const XmlNode* node = &tree;
     for (const std::size_t index : place) {
         node = node->first_node();
-        for (std::size_t skipped = 0; node != nullptr && skipped < index; ++skipped) {
+        for (std::size_t skipped = 0; skipped < index; ++skipped) {
             node = node->next_sibling();
         }
-        if (node == nullptr) {
-            return nullptr;
-        }
     }
-    return node;
+    return *node;
 }
 
 // Errors that are of all modules, not of the one that was read last.
@@ -44,8 +42,8 @@ const XmlNode* elementOfError(const Document& document, const RecordedError& err
     if (!error.place || error.code == ErrorCode::setConfiguration) {
         return nullptr;
     }
-    const XmlNode* node = nodeAt(document.tree(), *error.place);
-    while (isOfAllModules(error.code) && node != nullptr && !document::hasName(*node, "modules")) {
+    const XmlNode* node = &nodeAt(document.tree(), *error.place);
+    while (isOfAllModules(error.code) && !document::hasName(*node, "modules")) {
         node = node->parent();
     }
     return node;

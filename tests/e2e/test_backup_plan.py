@@ -15,6 +15,7 @@ from e2e import (
     BACKUP_PROGRAM,
     CONFIG_DB,
     Device,
+    VSEC_DB,
     EndToEndTest,
     Result,
     document,
@@ -115,6 +116,83 @@ class PlanTest(EndToEndTest):
         self.assertEqual([("02:FF:FF:FF:FF:FF", mac, "kind")],
                          [(m["mac"], m["headendMac"], m["by"]) for m in bound])
         self.assertEqual([], plan["leftOverModules"])
+
+    def test_an_error_of_all_modules_is_told_of_their_list(self) -> None:
+        device = self.device("QRA-310")
+        whole = golden("QRA-310")
+        module = whole[whole.index(b"<module>") : whole.index(b"</module>") + len(b"</module>")]
+        kind = re.sub(rb"<family>\d+", b"<family>99", module).replace(b"<mac>", b"<mac>x", 1)
+        for code, text in ((503, whole.replace(module, b"", 1)), (501, whole.replace(module, kind, 1))):
+            with self.subTest(code):
+                plan = self.plan(device, text)
+                found = {error["code"]: error["element"] for error in plan["errors"]}
+                self.assertEqual("modules", found[code]["path"])
+                self.assertEqual([], plan["notTaken"])
+
+    def test_what_the_log_tells_besides_errors_is_told_once(self) -> None:
+        device = self.device("QRA-310")
+        with closing(device.database(CONFIG_DB)) as database:
+            database.execute("DROP TABLE AudioLanguageListGlobal")
+        plan = self.plan(
+            device, document("<colour/><colour/><preferredLanguages><language/></preferredLanguages>")
+        )
+        self.assertEqual(
+            [
+                "Unknown configuration setting: colour",
+                "[ERROR_DB]deleteAll: Error eliminando la tabla AudioLanguageListGlobal",
+                "[ERROR_DB]deleteAll: no such table: AudioLanguageListGlobal",
+            ],
+            plan["complaints"],
+        )
+
+    def test_an_error_that_is_of_no_element_has_none(self) -> None:
+        device = self.device("QRA-310")
+        plan = self.plan(device, b"<unfinished/>")
+        self.assertEqual([], [error for error in plan["errors"] if error["element"]])
+
+    def test_what_cannot_be_exported_is_told_with_the_reason(self) -> None:
+        device = self.device("QRA-310")
+        text = document("<identification><location>Roof</location></identification>")
+        with closing(device.database(CONFIG_DB)) as database:
+            # Rows that can be read until the location is another one.
+            database.executescript(
+                "ALTER TABLE AudioLanguageListGlobal RENAME TO Languages;"
+                "CREATE VIEW AudioLanguageListGlobal AS SELECT idALLG,"
+                " CASE WHEN EXISTS (SELECT * FROM configuracionWebGlobal WHERE valor = 'Roof')"
+                " THEN abs(-9223372036854775807 - 1) ELSE AudioCode END AS AudioCode FROM Languages;"
+            )
+        after = self.plan(device, text)
+        self.assertEqual((0, None, []), tuple(after[k] for k in ("status", "changes", "notTaken")))
+        self.assertNotEqual([], after["rows"])
+        shown = self.backup(device, "plan", DOCUMENT)
+        self.assertIn(b"What would change cannot be told\nthe configuration cannot be read as a whole"
+                      b"\n  [ERROR_DB]", shown.stdout)
+        with closing(device.database(CONFIG_DB)) as database:
+            database.execute("DROP VIEW AudioLanguageListGlobal")
+        before = self.plan(device, text)
+        self.assertEqual((0, None), (before["status"], before["changes"]))
+
+    def test_a_database_that_is_none_has_no_rows_that_change(self) -> None:
+        device = self.device("RNB-K408")
+        text = golden("RNB-K408")
+        path = device.path(VSEC_DB)
+        for content in (None, b"This is no database. " * 100):
+            with self.subTest(content):
+                path.unlink(missing_ok=True)
+                if content is not None:
+                    path.write_bytes(content)
+                plan = self.plan(device, text)
+                self.assertNotIn("VSecure", {row["table"] for row in plan["rows"]})
+
+    def test_a_database_that_is_damaged_ends_the_plan(self) -> None:
+        device = self.device("RNB-K408")
+        path = device.path(VSEC_DB)
+        content = path.read_bytes()
+        path.write_bytes(content[:4096] + b"\xff" * (len(content) - 4096))
+        device.path(DOCUMENT).write_bytes(golden("RNB-K408"))
+        result = self.backup(device, "plan", DOCUMENT)
+        self.assertEqual((3, b""), (result.status, result.stdout))
+        self.assertIn(b"malformed", result.stderr)
 
     def folders(self, device: Device) -> list[Path]:
         return list(device.path("/tmp").glob("tarvo-backup.*"))
