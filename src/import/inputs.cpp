@@ -134,7 +134,7 @@ Record<EntradasGlobal>* inputNumbered(std::vector<Record<EntradasGlobal>>& input
     return rowWithNumber(inputs, EntradasGlobal::fk_idEntrada, number);
 }
 
-enum class Outcome {
+enum class InputOutcome {
     stored,
     failed,  // the section fails
     // The satellite tuner cannot receive the frequency: the error is recorded and the input's
@@ -156,10 +156,10 @@ class InputImport {
           inputId_(inputId),
           type_(type) {}
 
-    Outcome apply(const XmlNode& element) {
+    InputOutcome apply(const XmlNode& element) {
         for (const XmlNode& child : document::childrenOf(element)) {
             if (!applyChild(child)) {
-                return Outcome::failed;
+                return InputOutcome::failed;
             }
         }
         logChange("New INPUT parameters: " + log_);
@@ -256,16 +256,16 @@ class InputImport {
         return true;
     }
 
-    Outcome save() {
+    InputOutcome save() {
         bool saved = saveIfChanged(command_, input_, EntradasGlobal::Estado, "Could not update eg");
         if (satelliteChanged() && !tune(*tuners_.satellite.change)) {
-            return saved ? Outcome::outOfRange : Outcome::failed;
+            return saved ? InputOutcome::outOfRange : InputOutcome::failed;
         }
         tuners_.all([&](auto& tuner) {
             saved &= tuner.save(command_);
             return true;
         });
-        return saved ? Outcome::stored : Outcome::failed;
+        return saved ? InputOutcome::stored : InputOutcome::failed;
     }
 
     bool tune(Change<NimGlobal>& satellite) {
@@ -305,11 +305,11 @@ class InputsImport {
 
     bool apply(const XmlNode& section) {
         for (const XmlNode& element : document::childrenOf(section)) {
-            const Outcome outcome = applyInput(element);
-            if (outcome == Outcome::failed) {
+            const InputOutcome outcome = applyInput(element);
+            if (outcome == InputOutcome::failed) {
                 return false;
             }
-            if (outcome == Outcome::outOfRange) {
+            if (outcome == InputOutcome::outOfRange) {
                 break;
             }
         }
@@ -317,19 +317,20 @@ class InputsImport {
     }
 
   private:
-    Outcome applyInput(const XmlNode& element) {
+    InputOutcome applyInput(const XmlNode& element) {
         if (!document::hasName(element, mapping::kInputs[0].name)) {
             fail(command_, ErrorCode::invalidCommand, "No input element found");
-            return Outcome::failed;
+            return InputOutcome::failed;
         }
         const auto inputId = requiredNumber(command_, element, kInputId, ErrorCode::moduleInput);
         const auto type = inputId ? requiredNumber(command_, element, kType, ErrorCode::moduleInput)
                                   : std::nullopt;
-        return type ? applyTo(element, *inputId, static_cast<InputType>(*type)) : Outcome::failed;
+        return type ? applyTo(element, *inputId, static_cast<InputType>(*type))
+                    : InputOutcome::failed;
     }
 
     // Writes the element to the input of that number, which must have a tuner of that type.
-    Outcome applyTo(const XmlNode& element, int inputId, InputType type) {
+    InputOutcome applyTo(const XmlNode& element, int inputId, InputType type) {
         auto* input = inputNumbered(inputs_, inputId);
         std::optional<Tuners> tuners;
         if (input != nullptr) {
@@ -337,10 +338,10 @@ class InputsImport {
         }
         if (!tuners || !tuners->has(type)) {
             fail(command_, ErrorCode::moduleInput, "Input could not be found");
-            return Outcome::failed;
+            return InputOutcome::failed;
         }
         InputImport inputImport(command_, inputs_, *input, *tuners, inputId, type);
-        const Outcome outcome = inputImport.apply(element);
+        const InputOutcome outcome = inputImport.apply(element);
         firstInputChanged_ |= inputId == 1 && inputImport.satelliteChanged();
         return outcome;
     }

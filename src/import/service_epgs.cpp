@@ -103,28 +103,28 @@ bool insertList(CmdSetConfiguration& command, const ListTexts& texts, const Elem
     return inserted;
 }
 
-enum class Outcome {
+enum class GuideServiceOutcome {
     stored,
     invalid,  // the section goes on with the next service, but fails
     failed,   // the section ends
 };
 
 // Writes one `serviceEPG` element.
-class ServiceImport {
+class GuideServiceImport {
   public:
-    explicit ServiceImport(CmdSetConfiguration& command) : command_(command) {
+    explicit GuideServiceImport(CmdSetConfiguration& command) : command_(command) {
         service_.set(Service_EPG::fk_idService_EPG_Satellite, 0);
     }
 
     // Of an element that is refused, what was read so far is stored all the same: the caller rolls
     // everything back.
-    Outcome apply(const XmlNode& element) {
+    GuideServiceOutcome apply(const XmlNode& element) {
         bool stored = readChildren(element);
         stored &= insertRecord(command_, service_, "Could not insert ServiceEPG");
         if (!insertLists(service_.key().asInt())) {
-            return Outcome::failed;
+            return GuideServiceOutcome::failed;
         }
-        return stored ? Outcome::stored : Outcome::invalid;
+        return stored ? GuideServiceOutcome::stored : GuideServiceOutcome::invalid;
     }
 
   private:
@@ -185,11 +185,11 @@ bool apply::serviceEPGs(CmdSetConfiguration& command, const XmlNode& section) {
         if (!document::hasName(element, mapping::kServiceEpgs[0].name)) {
             return fail(command, ErrorCode::invalidCommand, "No serviceEPG element found");
         }
-        const Outcome outcome = ServiceImport(command).apply(element);
-        if (outcome == Outcome::failed) {
+        const GuideServiceOutcome outcome = GuideServiceImport(command).apply(element);
+        if (outcome == GuideServiceOutcome::failed) {
             return false;
         }
-        stored &= outcome == Outcome::stored;
+        stored &= outcome == GuideServiceOutcome::stored;
     }
     return stored;
 }
