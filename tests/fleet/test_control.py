@@ -1,15 +1,19 @@
 """What the role does on the control machine, without a headend."""
 
+import json
+import os
 import subprocess
 import sys
 import tempfile
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
+from unittest.mock import patch
 
 HERE = Path(__file__).resolve()
 sys.path.insert(0, str(HERE.parent))
-sys.path.insert(0, str(HERE.parents[2] / "fleet/roles/headend/files/control"))
+CONTROL = HERE.parents[2] / "fleet/roles/headend/files/control"
+sys.path.insert(0, str(CONTROL))
 
 from documents import prove_whole
 from repository import Repository, file_name
@@ -149,6 +153,52 @@ class RepositoryTest(unittest.TestCase):
         self.assertEqual("", self.git("status", "--porcelain"))
         for name in names:
             self.assertEqual(name.encode(), self.repository.document(name))
+
+    def test_what_a_killed_run_has_left_between_commit_and_file_is_mended(self) -> None:
+        file = self.folder / "one.xml"
+        self.repository.keep("one", b"1", ["one"])
+        first = self.git("rev-parse", "HEAD:one.xml").strip()
+
+        def killed_before_the_file() -> None:
+            with patch.object(os, "replace", side_effect=KeyboardInterrupt):
+                self.assertRaises(KeyboardInterrupt, self.repository.keep, "one", b"2", ["two"])
+            self.assertEqual(b"1", file.read_bytes())
+
+        def killed_before_the_index() -> None:
+            self.git("update-index", "--cacheinfo", f"100644,{first},one.xml")
+
+        for damage in (
+            killed_before_the_file,
+            killed_before_the_index,
+            lambda: file.write_bytes(b"3"),
+            file.unlink,
+        ):
+            damage()
+            self.assertNotEqual("", self.git("status", "--porcelain"))
+            self.assertTrue(self.repository.mend("one"))
+            self.assertEqual(b"2", file.read_bytes())
+            self.assertEqual(b"2", self.repository.document("one"))
+            self.assertEqual("", self.git("status", "--porcelain"))
+            self.assertFalse(self.repository.mend("one"))
+        self.assertFalse(self.repository.mend("nobody"))
+
+    def test_locks_and_files_of_killed_runs_are_no_obstacle(self) -> None:
+        self.repository.keep("one", b"1", ["one"])
+        locks = [self.folder / ".git" / name for name in ("index.lock", "HEAD.lock", "refs/heads/main.lock")]
+        stage = self.repository.private / "stage-x"
+        for path in (*locks, stage):
+            path.touch()
+            os.utime(path, (0, 0))
+        self.repository.keep("one", b"2", ["two"])
+        self.assertEqual("two\none\n", self.git("log", "--format=%s"))
+        self.assertEqual([], [path for path in (*locks, stage) if path.exists()])
+        # One of somebody who is at work is his.
+        for lock in locks:
+            lock.touch()
+            with self.assertRaises(Failure) as caught:
+                self.repository.keep("one", b"3", ["three"])
+            self.assertIn(str(lock), caught.exception.lines[0])
+            lock.unlink()
 
     def test_one_at_a_time_works_on_a_host(self) -> None:
         with self.repository.turn("one"), self.repository.turn("two", wait=False):

@@ -1,8 +1,9 @@
 """The git repository of documents: HOST.xml, a commit per changed host.
 
 The last commit is what counts as the last good backup. A commit is made from objects alone, then the
-file takes its place by a rename: whatever fails on the way leaves the commit before and its file.
-Processes that run side by side take turns.
+file takes its place by a rename: whatever fails on the way leaves the commit before and its file. What
+is killed between the two leaves a file that is behind; the next run mends that. Processes that run side
+by side take turns.
 """
 
 from __future__ import annotations
@@ -10,11 +11,13 @@ from __future__ import annotations
 import contextlib
 import datetime
 import fcntl
+import hashlib
 import os
 import re
 import stat
 import subprocess
 import tempfile
+import time
 import urllib.parse
 from collections.abc import Iterator
 from pathlib import Path
@@ -22,6 +25,11 @@ from pathlib import Path
 from words import Failure, clean, decoded, last_line
 
 LONGEST_MESSAGE = 200  # lines
+# No git is at work on an index or a branch for so long; a lock that is older was left by one that was
+# killed.
+STALE_LOCK_SECONDS = 3600
+# The line of git that says why.
+TELLING = r"No space left|Out of diskspace|Disk quota|Unable to create|insufficient permission"
 
 
 class Repository:
@@ -95,22 +103,61 @@ class Repository:
     def keep(self, host: str, document: bytes, message: list[str]) -> None:
         """Commits the document as the host's and puts it into its file."""
         name = file_name(host)
-        with self.turn():
-            handle, stage = tempfile.mkstemp(dir=self.private, prefix="stage-")
-            try:
-                with os.fdopen(handle, "wb") as file:
-                    file.write(document)
-                    file.flush()
-                    os.fsync(file.fileno())
-                self._commit(name, stage, message)
-                os.replace(stage, self.folder / name)
-            except BaseException:
-                with contextlib.suppress(FileNotFoundError):
-                    os.unlink(stage)
-                raise
-            self._git("update-index", "--add", "--", name)
+        with self.turn(), self._staged(document) as stage:
+            self._commit(name, stage, message)
+            self._place(name, stage)
             # In its turn, not in the background of somebody else's; a night can do without it.
             self._try("-c", "gc.auto=6700", "-c", "gc.autoDetach=false", "gc", "--auto", "--quiet")
+
+    def mend(self, host: str) -> bool:
+        """Makes the host's file, and git's index of it, that of the last commit where they are not."""
+        name = file_name(host)
+        last = self.document(host)
+        if last is None or self._is_in_place(name, last):
+            return False
+        with self.turn(), self._staged(last) as stage:
+            self._place(name, stage)
+        return True
+
+    def _is_in_place(self, name: str, document: bytes) -> bool:
+        try:
+            is_in_file = (self.folder / name).read_bytes() == document
+        except FileNotFoundError:
+            is_in_file = False
+        # "100644 ID 0" and a tab before the name.
+        staged = decoded(self._git("ls-files", "-s", "--", name)).split()
+        blob = b"blob %d\0" % len(document) + document
+        ids = [hashlib.new(kind, blob).hexdigest() for kind in ("sha1", "sha256")]
+        return is_in_file and len(staged) > 1 and staged[1] in ids
+
+    @contextlib.contextmanager
+    def _staged(self, document: bytes) -> Iterator[str]:
+        """A file with the document, beside the repository's own. For one whose turn it is."""
+        self._clear()
+        handle, stage = tempfile.mkstemp(dir=self.private, prefix="stage-")
+        try:
+            with os.fdopen(handle, "wb") as file:
+                file.write(document)
+                file.flush()
+                os.fsync(file.fileno())
+            yield stage
+        finally:
+            with contextlib.suppress(FileNotFoundError):
+                os.unlink(stage)
+
+    def _place(self, name: str, stage: str) -> None:
+        os.replace(stage, self.folder / name)
+        self._git("update-index", "--add", "--", name)
+
+    def _clear(self) -> None:
+        """What runs that were killed have left."""
+        for stage in self.private.glob("stage-*"):
+            stage.unlink()
+        git = self.folder / ".git"
+        for lock in (git / "index.lock", git / "HEAD.lock", *(git / "refs/heads").rglob("*.lock")):
+            with contextlib.suppress(FileNotFoundError):
+                if time.time() - lock.stat().st_mtime > STALE_LOCK_SECONDS:
+                    lock.unlink()
 
     def _commit(self, name: str, stage: str, message: list[str]) -> None:
         branch = self._try("symbolic-ref", "-q", "HEAD")
@@ -149,8 +196,9 @@ class Repository:
     def _git(self, *words: str, given: bytes = b"", environment: dict[str, str] | None = None) -> bytes:
         result = self._try(*words, given=given, environment=environment)
         if result.returncode:
+            # The last line of most is advice.
             said = next(
-                (line for line in decoded(result.stderr).splitlines() if "No space left" in line),
+                (line for line in decoded(result.stderr).splitlines() if re.search(TELLING, line)),
                 last_line(result.stderr) or f"status {result.returncode}",
             )
             raise Failure(f"on this machine: git {words[0]} in {self.folder} failed: {said}")

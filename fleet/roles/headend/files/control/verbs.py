@@ -30,9 +30,10 @@ def backup(job: dict) -> dict:
     repository = Repository(job)
     repository.make()
     with repository.turn(job["host"]), Tool(job["tool"]) as tool:
+        mended = _mend(job, repository)
         document, remarks = _fetch(job, tool)
         what, changed = _keep(job, repository, tool, document)
-    return {"changed": changed, "lines": [what, *remarks]}
+    return {"changed": changed, "lines": [what, *mended, *remarks]}
 
 
 def plan(job: dict) -> dict:
@@ -75,11 +76,12 @@ def restore(job: dict) -> dict:
     repository.require()
     with repository.turn(job["host"], wait=False), Tool(job["tool"]) as tool:
         intended, description = _intended(job, repository)
+        mended = _mend(job, repository)
         before, remarks = _fetch(job, tool)
         what, _ = _keep(job, repository, tool, before)
         pending = Pending(repository, job["host"])
         pending.begin(intended, before, description)
-        lines = [f"before the restore: {what}", *remarks]
+        lines = [f"before the restore: {what}", *mended, *remarks]
         return _finish(job, repository, tool, pending, lines, document=intended)
 
 
@@ -119,6 +121,12 @@ class Pending:
     @property
     def before(self) -> bytes:
         return (self._folder / "before.xml").read_bytes()
+
+
+def _mend(job: dict, repository: Repository) -> list[str]:
+    if not repository.mend(job["host"]):
+        return []
+    return [f"{file_name(job['host'])} was not as in its last commit, and is now"]
 
 
 def _fetch(job: dict, tool: Tool) -> tuple[bytes, list[str]]:
