@@ -62,7 +62,7 @@ def steps() -> None:
         headends.start()
         options = f"-F none -o UserKnownHostsFile={headends.folder}/known_hosts"
         job = {
-            "connect_timeout": 15, "ssh_args": options, "key": str(headends.folder / "key"),
+            "connect_timeout": 15, "silence": 60, "ssh_args": options, "key": str(headends.folder / "key"),
             "port": headends.port, "user": "root", "address": "127.0.1.1",
             "repository": str(headends.repository), "author": "bench <bench@localhost>",
         }

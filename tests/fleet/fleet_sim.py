@@ -9,9 +9,11 @@
 from __future__ import annotations
 
 import contextlib
+import fcntl
 import getpass
 import json
 import os
+import pty
 import shlex
 import shutil
 import signal
@@ -19,6 +21,7 @@ import socket
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 from dataclasses import dataclass
 from pathlib import Path
@@ -53,10 +56,11 @@ class Headends:
         self.variables: dict[str, dict[str, object]] = {}
         self._addresses: dict[str, str] = {}
         self._sshds: list[subprocess.Popen[bytes]] = []
-        self.port = _free_port()
-        for name in ("host_key", "key", "other_key"):
-            self._key(name)
-        shutil.copy(self.folder / "key.pub", self.folder / "authorized_keys")
+        self.port = free_port()
+        for name, password in (("host_key", ""), ("key", ""), ("other_key", ""), ("locked_key", "open")):
+            self._key(name, password)
+        keys = [(self.folder / f"{name}.pub").read_text() for name in ("key", "locked_key")]
+        (self.folder / "authorized_keys").write_text("".join(keys))
 
     def __enter__(self) -> Headends:
         return self
@@ -99,6 +103,10 @@ class Headends:
         """The connection drops as soon as this file is on the headend; once."""
         self._beside(host, "drop").write_text(path)
 
+    def stall(self, host: str) -> None:
+        """From now on the headend takes a connection and says nothing."""
+        self._beside(host, "stall").touch()
+
     def has_dropped(self, host: str) -> bool:
         return not self._beside(host, "drop").exists()
 
@@ -139,7 +147,7 @@ class Headends:
                     )
                 )
         for address in self._addresses.values():
-            self._wait_for(address)
+            self.wait_for(address, self.port)
         host_key = (self.folder / "host_key.pub").read_text()
         (self.folder / "known_hosts").write_text(
             "".join(f"[{a}]:{self.port} {host_key}" for a in self._addresses.values())
@@ -184,27 +192,33 @@ class Headends:
         under: tuple[str | Path, ...] = (),
         inventory: Path | None = None,
         playbook: str | None = None,
+        typed: dict[str, str] | None = None,
         **environment: str,
     ) -> Run:
-        """ansible-playbook fleet/playbooks/NAME.yml; `extra` are its -e variables."""
+        """ansible-playbook fleet/playbooks/NAME.yml; `extra` are its -e variables. With `typed` somebody
+        sits at a terminal and types each of these answers when its question comes.
+        """
         playbook = playbook or FLEET / f"playbooks/{name}.yml"
         command = [*under, "ansible-playbook", "-i", inventory or self.inventory(), playbook, *words]
         if extra:
             command += ["-e", json.dumps(extra)]
+        environment = {
+            "PATH": os.environ["PATH"],
+            "HOME": str(self.folder),
+            "LANG": "C.UTF-8",
+            "ANSIBLE_CONFIG": str(FLEET / "ansible.cfg"),
+            "ANSIBLE_FORKS": "8",
+            "ANSIBLE_NOCOLOR": "1",
+            **environment,
+        }
+        if typed is not None:
+            return _at_a_terminal(command, environment, typed)
         result = subprocess.run(
             command,
             stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE,
             stderr=subprocess.STDOUT,
-            env={
-                "PATH": os.environ["PATH"],
-                "HOME": str(self.folder),
-                "LANG": "C.UTF-8",
-                "ANSIBLE_CONFIG": str(FLEET / "ansible.cfg"),
-                "ANSIBLE_FORKS": "8",
-                "ANSIBLE_NOCOLOR": "1",
-                **environment,
-            },
+            env=environment,
             check=False,
         )
         return Run(result.returncode, result.stdout.decode("utf-8", "replace"))
@@ -224,14 +238,15 @@ class Headends:
             shutil.copy(program, folder / "device/tarvo/bin")
         return device
 
-    def _key(self, name: str) -> None:
-        command = ["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-C", name, "-f", self.folder / name]
+    def _key(self, name: str, password: str) -> None:
+        command = ["ssh-keygen", "-q", "-t", "ed25519", "-N", password, "-C", name, "-f", self.folder / name]
         subprocess.run(command, check=True)
 
-    def _wait_for(self, address: str) -> None:
+    def wait_for(self, address: str, port: int) -> None:
+        """Until an sshd listens there."""
         while True:
             try:
-                socket.create_connection((address, self.port), 1).close()
+                socket.create_connection((address, port), 1).close()
                 return
             except OSError:
                 if any(sshd.poll() is not None for sshd in self._sshds):
@@ -239,7 +254,31 @@ class Headends:
                 time.sleep(0.02)
 
 
-def _free_port() -> int:
+def _at_a_terminal(command: list[str | Path], environment: dict[str, str], typed: dict[str, str]) -> Run:
+    ours, theirs = pty.openpty()
+    process = subprocess.Popen(
+        command,
+        stdin=theirs,
+        stdout=theirs,
+        stderr=theirs,
+        env=environment,
+        start_new_session=True,
+        preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0),
+    )
+    os.close(theirs)
+    output = b""
+    questions = dict(typed)
+    # The terminal of a program that has ended cannot be read.
+    with contextlib.suppress(OSError):
+        while part := os.read(ours, 1 << 16):
+            output += part
+            for question in [q for q in questions if q.encode() in output]:
+                os.write(ours, questions.pop(question).encode() + b"\r")
+    os.close(ours)
+    return Run(process.wait(), output.decode("utf-8", "replace"))
+
+
+def free_port() -> int:
     with socket.socket() as probe:
         probe.bind(("", 0))
         return probe.getsockname()[1]

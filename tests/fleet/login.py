@@ -3,7 +3,8 @@
 The address that was called says which device it is. Its command runs in sim/run, which is a session
 of its own and stays until the last process in the device has ended: as on a real device, what a
 session leaves in the background outlives it. A file `drop` beside the device holds a path of the
-device: as soon as that is there, the session's command is killed and the connection drops.
+device: as soon as that is there, the session's command is killed and the connection drops. With a file
+`stall` beside it nothing runs and nothing is said, for as long as that is there.
 """
 
 from __future__ import annotations
@@ -44,6 +45,8 @@ while set -- /proc/[0-9]* && [ $# -gt 2 ]; do sleep 0.1; done
 def main() -> int:
     folder = Path(sys.argv[1]) / os.environ["SSH_CONNECTION"].split()[2]
     variables = json.loads((folder / "environment.json").read_text())
+    while (folder / "stall").exists():
+        time.sleep(0.1)
     drop = folder / "drop"
     session = f"/tarvo/sim/session-{os.getpid()}-{time.monotonic_ns()}"
     pipe = folder / "device" / session.lstrip("/")

@@ -32,6 +32,19 @@ class WordsTest(unittest.TestCase):
         self.assertEqual(20, len(clean("x" * 100, 20)))
 
 
+class JobTest(unittest.TestCase):
+    def test_what_is_to_be_a_number_is_one(self) -> None:
+        numbers = ("connect_timeout", "silence", "timeout", "restore_timeout", "tries", "pause", "limit")
+        for value in ("five", "", "-1", "1.5", None):
+            with self.subTest(value):
+                job = {**dict.fromkeys(numbers, "1"), "limit": value}
+                command = [sys.executable, "-B", CONTROL, "backup"]
+                result = subprocess.run(command, input=json.dumps(job).encode(), capture_output=True, check=True)
+                answer = json.loads(result.stdout)
+                self.assertTrue(answer["failed"])
+                self.assertEqual([f"headend_document_limit is no whole number: '{value}'"], answer["lines"])
+
+
 class FileNameTest(unittest.TestCase):
     def test_any_name_of_a_host_is_one_file_of_the_folder(self) -> None:
         for host, expected in (
@@ -107,28 +120,45 @@ class MeaningTest(unittest.TestCase):
         ):
             with self.subTest(said):
                 text = said + "root@10.1.0.17: Permission denied (publickey).\n"
-                [line] = _connection_failure(text.encode(), 255).lines
+                [line] = _connection_failure(text.encode(), 255, list).lines
                 self.assertIn(expected, line)
+
+    def test_the_line_that_says_why_is_told(self) -> None:
+        said = "Warning: Identity file /k not accessible: No such file or directory.\nroot@h: Permission denied.\n"
+        [line] = _connection_failure(said.encode(), 255, list).lines
+        self.assertIn("Identity file /k not accessible: No such file or directory", line)
+        [line] = _connection_failure(b"\n", 255, list).lines
+        self.assertIn("it does not answer any more", line)
+
+    def test_a_name_that_is_not_ascii_is_told_as_it_is(self) -> None:
+        said = rb"ssh: Could not resolve hostname h\303\264tel: Name or service not known"
+        [line] = _connection_failure(said, 255, list).lines
+        self.assertIn("Could not resolve hostname hôtel:", line)
 
 
 class LimitsTest(unittest.TestCase):
     def test_a_program_that_does_not_end_is_ended(self) -> None:
-        self.assertRaises(ConnectionFailure, _run, ["sleep", "600"], b"", 1000, 0.2)
+        self.assertRaises(ConnectionFailure, _run, ["sleep", "600"], b"", 1000, 0.2, 600)
+
+    def test_a_program_that_says_nothing_is_ended(self) -> None:
+        with self.assertRaises(ConnectionFailure) as caught:
+            _run(["sleep", "600"], b"", 1000, 600, 0.2)
+        self.assertIn("said nothing for 0.2 seconds", caught.exception.lines[0])
 
     def test_a_program_that_does_not_stop_talking_is_ended(self) -> None:
         with self.assertRaises(Failure) as caught:
-            _run(["yes"], b"", 1000, 600)
+            _run(["yes"], b"", 1000, 600, 600)
         self.assertIn("it sends more than", caught.exception.lines[0])
 
     def test_of_complaints_the_last_are_kept(self) -> None:
         script = "head -c 1000000 /dev/zero | tr '\\0' x >&2; echo why >&2"
-        _, complaints, _ = _run(["sh", "-c", script], b"", 1000, 600)
+        _, complaints, _ = _run(["sh", "-c", script], b"", 1000, 600, 600)
         self.assertEqual(64 * 1024, len(complaints))
         self.assertTrue(complaints.endswith(b"xwhy\n"))
 
     def test_a_long_document_arrives_whole_whatever_comes_back(self) -> None:
         document = bytes(range(256)) * 20000
-        output, _, status = _run(["cat"], document, len(document), 600)
+        output, _, status = _run(["cat"], document, len(document), 600, 600)
         self.assertEqual((document, 0), (output, status))
 
 

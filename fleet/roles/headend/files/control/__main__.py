@@ -9,6 +9,7 @@ from __future__ import annotations
 
 import json
 import os
+import re
 import sys
 
 import verbs
@@ -16,12 +17,19 @@ from words import Failure, clean
 
 
 # Ansible gives most values as texts.
-NUMBERS = ("connect_timeout", "timeout", "restore_timeout", "tries", "pause", "limit")
+NUMBERS = ("connect_timeout", "silence", "timeout", "restore_timeout", "tries", "pause", "limit")
+NAMES = {"limit": "document_limit"}
 
 
 def read_job() -> dict:
     job = json.load(sys.stdin)
-    return {**job, **{name: int(job[name]) for name in NUMBERS}}
+    for name in NUMBERS:
+        if not re.fullmatch(r"\d{1,9}", str(job[name])):
+            raise Failure(f"headend_{NAMES.get(name, name)} is no whole number: '{job[name]}'")
+        job[name] = int(job[name])
+    for name in ("silence", "timeout", "tries"):
+        job[name] = max(1, job[name])
+    return job
 
 
 def main() -> int:

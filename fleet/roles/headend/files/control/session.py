@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import math
 import os
 import re
 import secrets
@@ -10,13 +11,16 @@ import shlex
 import signal
 import subprocess
 import time
+from collections.abc import Callable
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from words import Failure, decoded, last_line
+from words import Failure, clean, decoded, last_line
 
 SCRIPTS = Path(__file__).resolve().parents[1] / "device"
 LONGEST_COMPLAINT = 64 * 1024
+
+NOT_TAKEN = r"Permission denied|Too many authentication"
 
 # What ssh says, and what that means for whoever reads it in the morning. The first that fits counts.
 MEANINGS = (
@@ -33,7 +37,7 @@ MEANINGS = (
         r"Host key verification failed|host key is known",
         "its host key is not known here: compare it with the device's and add it to known_hosts",
     ),
-    (r"Permission denied|Too many authentication", "it does not take the key or the user"),
+    (NOT_TAKEN, "it does not take the key or the user"),
     (
         r"Could not resolve|Name or service|hostname contains invalid|Bad port",
         "there is no such host: look at its line in the inventory",
@@ -66,17 +70,18 @@ class Answer:
 
 
 def ask(job: dict, script: str, *words: str, document: bytes = b"", limit: int, seconds: float) -> Answer:
-    """Runs a script of files/device; `words` follow the mark. What it says is not trusted."""
+    """Runs a script of files/device; `words` are its arguments. What it says is not trusted."""
     mark = f"tarvo-fleet-{secrets.token_hex(8)}"
+    silence = job["silence"]
     text = "".join((SCRIPTS / name).read_text("utf-8") for name in ("answer.sh", script))
-    command = shlex.join(["sh", "-c", text, "tarvo-fleet", mark, *words])
-    output, complaints, status = _run(_ssh(job) + [command], document, limit + 64 * 1024, seconds)
+    command = shlex.join(["sh", "-c", text, "tarvo-fleet", mark, str(max(1, silence // 6)), *words])
+    output, complaints, status = _run(_ssh(job) + [command], document, limit + 64 * 1024, seconds, silence)
     answer = _parsed(mark.encode(), output)
-    answer.complaints = complaints
+    answer.complaints = complaints.replace(f"{mark} alive\n".encode(), b"")
     if not answer.said:
-        raise _connection_failure(complaints, status)
+        raise _connection_failure(answer.complaints, status, lambda: _locked_keys(job))
     if "over" not in answer.said or ("begins" in answer.said and answer.body is None):
-        said = last_line(complaints) or f"ssh ended with status {status}"
+        said = last_line(answer.complaints) or f"ssh ended with status {status}"
         raise ConnectionFailure(f"the connection was lost in the middle ({said})", again=True)
     if answer.body is not None and len(answer.body) > limit:
         raise Failure(f"it sends more than {limit} bytes: headend_document_limit says how much is taken")
@@ -116,10 +121,13 @@ def _ssh(job: dict) -> list[str]:
 
 
 def _run(
-    command: list[str], document: bytes, limit: int, seconds: float
+    command: list[str], document: bytes, limit: int, seconds: float, silence: float
 ) -> tuple[bytes, bytes, int]:
-    """Standard output, standard error and status; what is over the limits ends the program."""
+    """Standard output, standard error and status; what is over the limits ends the program: so many
+    bytes, and seconds, and seconds in which it prints nothing.
+    """
     deadline = time.monotonic() + seconds
+    heard = time.monotonic()
     outputs = {"stdout": bytearray(), "stderr": bytearray()}
     unsent = memoryview(document)
     process = subprocess.Popen(
@@ -137,10 +145,12 @@ def _run(
             events.register(process.stdout, selectors.EVENT_READ, "stdout")
             events.register(process.stderr, selectors.EVENT_READ, "stderr")
             while events.get_map():
-                left = deadline - time.monotonic()
-                if left <= 0:
-                    raise ConnectionFailure(f"it did not finish in {int(seconds)} seconds", again=True)
-                for key, _ in events.select(left):
+                now = time.monotonic()
+                if now >= deadline:
+                    raise ConnectionFailure(f"it did not finish in {math.ceil(seconds)} seconds")
+                if now >= heard + silence:
+                    raise ConnectionFailure(f"it let the connection be and said nothing for {silence} seconds")
+                for key, _ in events.select(min(deadline, heard + silence) - now):
                     if key.fileobj is process.stdin:
                         try:
                             unsent = unsent[os.write(key.fd, unsent[: 1 << 16]) :] if unsent else unsent
@@ -151,6 +161,7 @@ def _run(
                             process.stdin.close()
                         continue
                     part = os.read(key.fd, 1 << 16)
+                    heard = time.monotonic()
                     if not part:
                         events.unregister(key.fileobj)
                     elif key.data == "stdout":
@@ -194,11 +205,56 @@ def _parsed(mark: bytes, output: bytes) -> Answer:
     return answer
 
 
-def _connection_failure(complaints: bytes, status: int) -> ConnectionFailure:
+def _locked_keys(job: dict) -> list[str]:
+    """The private keys that ssh cannot use, because they have a password and no agent holds them."""
+    settings = [line.partition(" ") for line in decoded(_said(["ssh", "-G", *_ssh(job)[1:]])).splitlines()]
+    agent = next((value for name, _, value in settings if name == "identityagent"), "SSH_AUTH_SOCK")
+    sockets = {} if agent == "SSH_AUTH_SOCK" else {"SSH_AUTH_SOCK": os.path.expanduser(agent)}
+    held = decoded(_said(["ssh-add", "-l"], **sockets)).split()
+    locked = []
+    for name, _, value in settings:
+        path = os.path.expanduser(value)
+        if name != "identityfile" or not os.path.exists(path):
+            continue
+        # An empty password opens a key that has none.
+        if b"incorrect passphrase" in _said(["ssh-keygen", "-y", "-P", "", "-f", path]):
+            fingerprint = decoded(_said(["ssh-keygen", "-l", "-f", path])).split()[1:2]
+            if not set(fingerprint) & set(held):
+                locked.append(path)
+    return locked
+
+
+def _said(command: list[str], **variables: str) -> bytes:
+    """What a program of this machine prints."""
+    result = subprocess.run(
+        command,
+        stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        env={**os.environ, **variables},
+        check=False,
+    )
+    return result.stdout
+
+
+def _connection_failure(
+    complaints: bytes, status: int, locked_keys: Callable[[], list[str]]
+) -> ConnectionFailure:
+    # ssh says what is not ASCII in octal numbers.
+    complaints = re.sub(rb"\\([0-3][0-7]{2})", lambda found: bytes([int(found[1], 8)]), complaints)
     text = decoded(complaints)
     said = last_line(complaints) or f"ssh ended with status {status}"
     if status == 255:
         for pattern, meaning in MEANINGS:
-            if re.search(pattern, text, re.IGNORECASE):
-                return ConnectionFailure(f"{meaning} ({said})")
+            fitting = re.search(f"(?im)^.*(?:{pattern}).*$", text)
+            if not fitting:
+                continue
+            if pattern == NOT_TAKEN and (locked := locked_keys()):
+                meaning = (
+                    f"the private key {' and '.join(locked)} has a password, and no agent gives it to this"
+                    " run (SSH_AUTH_SOCK, ssh-add): add it to one, or take a key without a password"
+                )
+            return ConnectionFailure(f"{meaning} ({clean(fitting[0])})")
+        if not complaints.strip():
+            return ConnectionFailure("it does not answer any more: ssh gave it up without a word")
     return ConnectionFailure(f"no answer from its shell: {said}")

@@ -130,20 +130,22 @@ def _mend(job: dict, repository: Repository) -> list[str]:
 
 
 def _fetch(job: dict, tool: Tool) -> tuple[bytes, list[str]]:
-    """The headend's configuration, proved to be whole, and remarks."""
-    for turn in range(job["tries"]):
-        if turn:
-            time.sleep(job["pause"])
+    """The headend's configuration, proved to be whole, and remarks. All tries share the time for one,
+    so that a headend in trouble does not hold up the others.
+    """
+    deadline = time.monotonic() + job["timeout"]
+    for left in reversed(range(job["tries"])):
         try:
-            return _fetched(job, tool)
+            return _fetched(job, tool, deadline - time.monotonic())
         except Failure as failure:
-            if not failure.again or turn + 1 == job["tries"]:
+            if not failure.again or not left or time.monotonic() + job["pause"] >= deadline:
                 raise
+        time.sleep(job["pause"])
     raise AssertionError("no try")
 
 
-def _fetched(job: dict, tool: Tool) -> tuple[bytes, list[str]]:
-    answer = ask(job, "backup.sh", job["log_command"], limit=job["limit"], seconds=job["timeout"])
+def _fetched(job: dict, tool: Tool, seconds: float) -> tuple[bytes, list[str]]:
+    answer = ask(job, "backup.sh", job["log_command"], limit=job["limit"], seconds=seconds)
     if "missing" in answer.said:
         raise Failure("there is neither tarvo-backup nor tarvo-config on it")
     if answer.body is None:

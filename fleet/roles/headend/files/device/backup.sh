@@ -1,7 +1,7 @@
 # Prints the configuration of the headend between two lines that begin with the mark, and what
 # proves that it is whole. Anything else on standard output is the login's and is skipped.
-# $1 the mark, $2 a command that prints the system log, or nothing
-logCommand=$2
+# $1 a command that prints the system log, or nothing
+logCommand=$1
 exec </dev/null
 
 # The log in which this run's own second line stands; nothing where there is none.

@@ -1,6 +1,6 @@
 # Prints what restoring the document on standard input would do; nothing on the headend changes.
-# $1 the mark, $2 the document's size in bytes
-size=$2
+# $1 the document's size in bytes
+size=$1
 
 if ! tarvo-backup plan --help >/dev/null 2>&1 </dev/null; then
     say cannot

@@ -1,13 +1,13 @@
 # Restores the document on standard input, or looks after a restore that was begun before. The
 # restore is a process of its own, in a session of its own: it goes on when the connection ends, and
 # what it printed and how it ended stays in a private folder until it has been fetched.
-# $1 the mark, $2 the folder, $3 start, wait, forget or undo, $4 the restore's id,
-# $5 the document's size in bytes, $6 how many seconds to wait
-folder=$2
-verb=$3
-id=$4
-size=$5
-seconds=$6
+# $1 the folder, $2 start, wait, forget or undo, $3 the restore's id, $4 the document's size in bytes,
+# $5 how many seconds to wait
+folder=$1
+verb=$2
+id=$3
+size=$4
+seconds=$5
 job=$folder/restore
 
 mkdir "$folder" 2>/dev/null
