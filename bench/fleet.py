@@ -79,8 +79,8 @@ def steps() -> None:
                 ),
                 "proof that the document is whole": lambda: prove_whole(document),
                 "tarvo-backup check": lambda: tool.faults(document),
-                "comparison, nothing changed": lambda: tool.differences(document, document),
-                "comparison, a change": lambda: tool.differences(document, other),
+                "comparison, nothing changed": lambda: tool.changes(document, document),
+                "comparison, a change": lambda: tool.changes(document, other),
                 "commit": lambda: repository.keep("host", document + b" " * next(number), ["x"]),
             }
             for name, call in cases.items():

@@ -25,6 +25,12 @@ def name_of(device: Device) -> str:
         return database.execute(sql).fetchone()[0]
 
 
+def rename(device: Device, name: str) -> None:
+    with closing(device.database(CONFIG_DB)) as database:
+        sql = "UPDATE configuracionWebGlobal SET valor = ? WHERE nombre = 'identificacion_cabecera'"
+        database.execute(sql, (name,))
+
+
 class RestoreTest(unittest.TestCase):
     maxDiff = 4000
 
@@ -63,11 +69,7 @@ class RestoreTest(unittest.TestCase):
 
     def test_a_replaced_device_gets_the_configuration_of_a_date(self) -> None:
         device = self.started()
-        with closing(device.database(CONFIG_DB)) as database:
-            database.execute(
-                "UPDATE configuracionWebGlobal SET valor = 'Villa Aurora'"
-                " WHERE nombre = 'identificacion_cabecera'"
-            )
+        rename(device, "Villa Aurora")
         self.good(self.headends.play("backup"))
         today = datetime.date.today().isoformat()
         replaced = self.headends.replace("hotel", "LMV-502")
@@ -108,6 +110,106 @@ class RestoreTest(unittest.TestCase):
         run = self.bad(self.restore(document=document))
         self.assertIn("This would restore 2 headends, so nothing was done", run.output)
         self.assertEqual("Hotel Atlântico", name_of(device))
+
+    def named(self, *hosts: str) -> dict[str, Device]:
+        """Headends that have another name since their first backup."""
+        devices = {host: self.headends.add(host, "LMV-502") for host in hosts}
+        self.headends.start()
+        self.good(self.headends.play("backup"))
+        self.first = self.headends.git("rev-parse", "HEAD").strip()
+        for device in devices.values():
+            rename(device, "Villa Aurora")
+        return devices
+
+    def test_several_are_restored_one_after_the_other_when_told_to(self) -> None:
+        devices = self.named("hotel", "inn")
+        self.assertIn("would restore 2 headends, so nothing", self.bad(self.restore(commit=self.first)).output)
+        self.assertEqual(["Villa Aurora"] * 2, [name_of(device) for device in devices.values()])
+        run = self.good(self.restore(commit=self.first, several=True))
+        self.assertEqual(2, run.output.count("After: the headend is as the document says."), run.output)
+        self.assertEqual(["Hotel Atlântico"] * 2, [name_of(device) for device in devices.values()])
+
+    def test_of_several_none_is_restored_after_one_that_fails(self) -> None:
+        devices = self.named("a", "b", "c")
+        self.headends.variables["b"]["ansible_host"] = "127.0.2.1"
+        run = self.bad(self.restore(commit=self.first, several=True))
+        self.assertIn("it does not answer", run.output)
+        self.assertEqual(
+            ["Hotel Atlântico", "Villa Aurora", "Villa Aurora"], [name_of(device) for device in devices.values()]
+        )
+        self.assertNotIn("[c]", run.output)
+
+    def test_who_sits_at_the_terminal_is_asked_for_each(self) -> None:
+        devices = self.named("hotel", "inn")
+        new, old = "Villa Aurora", "Hotel Atlântico"
+        for answers, names, status in (
+            (("no", "yes"), (new, new), 2),
+            (("yes", "no"), (old, new), 2),
+            (("yes", "yes"), (old, old), 0),
+        ):
+            with self.subTest(answers=answers):
+                questions = [f"Restore this on {host}? yes or no" for host in devices]
+                run = self.headends.play(
+                    "restore",
+                    extra={"commit": self.first, "several": True},
+                    typed=dict(zip(questions, answers)),
+                )
+                self.assertEqual(status, run.status, run.output)
+                self.assertEqual(names, tuple(name_of(device) for device in devices.values()))
+                # Who is asked has seen what for.
+                question = next(q for q in questions if q in run.output)
+                plan = run.output.split(question)[0]
+                self.assertIn(f"identification/headendName: {new} -> {old}", plan)
+
+    def refusing(self, *, named_meanwhile: str) -> tuple[Device, str]:
+        """A headend that refuses a document, while somebody gives it this name."""
+        device = self.started(with_backup=False)
+        program = device.path("/tarvo/bin/tarvo-config")
+        program.rename(program.with_name("real"))
+        program.write_text(
+            "#!/bin/sh\n"
+            "[ $# -gt 0 ] || exec /tarvo/bin/real\n"
+            "/tarvo/bin/real /tmp/other.xml\n"
+            "exit 1\n"
+        )
+        program.chmod(0o755)
+        other = Path(self.edited("Hotel Atlântico", named_meanwhile))
+        device.path("/tmp/other.xml").write_bytes(other.read_bytes())
+        return device, self.edited("Hotel Atlântico", "Villa Aurora")
+
+    def test_a_refused_restore_is_not_taken_for_done_when_somebody_changes_the_headend(self) -> None:
+        device, document = self.refusing(named_meanwhile="Pension Seeblick")
+        run = self.bad(self.restore(document=document))
+        self.assertNotIn("After:", run.output)
+        self.assertIn("Neither before nor after: nothing of the document is in the headend", run.output)
+        self.assertIn("somebody else has changed 1 item meanwhile", run.output)
+        self.assertIn("identification/headendName: Hotel Atlântico -> Pension Seeblick", run.output)
+        self.assertIn("The headend refused the document", run.output)
+        self.assertEqual("Pension Seeblick", name_of(device))
+        self.assertEqual(
+            ["hotel: first backup", "hotel: 1 change in identification, after a restore"], self.subjects()
+        )
+
+    def test_a_refused_restore_is_not_taken_for_done_when_somebody_does_a_part_of_it(self) -> None:
+        _, document = self.refusing(named_meanwhile="Villa Aurora")
+        path = Path(document)
+        path.write_text(path.read_text("utf-8").replace("<band>low<", "<band>high<", 1), "utf-8")
+        run = self.bad(self.restore(document=document))
+        self.assertNotIn("After:", run.output)
+        self.assertIn("Neither before nor after: the headend says that the restore was not done", run.output)
+        self.assertIn("1 of the 2 items that the document changes", run.output)
+        self.assertRegex(run.output, r"1 item otherwise than in the document(.|\n)*/band: high -> low")
+
+    def test_a_power_cut_and_a_change_by_somebody_is_not_taken_for_done(self) -> None:
+        device = self.started()
+        self.drop(device, then=lambda: self.headends.power_cut("hotel"))
+        rename(device, "Pension Seeblick")
+        again = self.good(self.restore(document=self.document))
+        first, second = again.output.split("somebody else has changed 1 item meanwhile", 1)
+        self.assertIn("Neither before nor after", first)
+        self.assertIn("Run this again", second)
+        self.assertIn("After: the headend is as the document says.", second)
+        self.assertEqual("Villa Aurora", name_of(device))
 
     def test_a_refused_document_says_why_and_what_to_do(self) -> None:
         device = self.started()

@@ -7,6 +7,7 @@ import resource
 import subprocess
 import tempfile
 from collections import Counter
+from dataclasses import dataclass
 from pathlib import Path
 from xml.parsers import expat
 
@@ -54,6 +55,26 @@ def prove_whole(document: bytes) -> None:
         raise Failure("the document is empty: there is no module in it", again=True)
 
 
+@dataclass(frozen=True)
+class Change:
+    """A setting that is otherwise in one document than in another."""
+
+    path: str
+    new: str | None
+    line: str  # for people, secrets masked
+
+    def is_like(self, other: Change) -> bool:
+        """Whether both say the same. Of two new entries that has been seen when both are there: a
+        restore does not bring back every item of one."""
+        if self.new is None or other.new is None:
+            return self.new is other.new
+        return self.new == other.new or (self.new[:1] == "<" and other.new[:1] == "<")
+
+
+def lines_of(changes: list[Change]) -> list[str]:
+    return [change.line for change in changes]
+
+
 class Tool:
     """tarvo-backup on this machine, in a private folder that lasts as long as this object is used."""
 
@@ -76,8 +97,8 @@ class Tool:
         found = [fault for fault in json.loads(output) if fault["severity"] == "error"]
         return [f"{fault['path']}: {fault['message']}".removeprefix(": ") for fault in found]
 
-    def differences(self, old: bytes, new: bytes) -> list[str]:
-        """What is different in the settings, a line each, secrets masked; empty when nothing is."""
+    def changes(self, old: bytes, new: bytes) -> list[Change]:
+        """What is different in the settings; empty when nothing is."""
         if old == new:
             return []
         files = [self._file(old), self._file(new)]
@@ -88,7 +109,11 @@ class Tool:
         _, open_output = self._run("diff", "--json", *redacted, good=(0, 1))
         shown = {change["path"]: change for change in json.loads(open_output)}
         return [
-            _line(shown.get(change["path"], {**change, "old": None, "new": None}))
+            Change(
+                change["path"],
+                change["new"],
+                _line(shown.get(change["path"], {**change, "old": None, "new": None})),
+            )
             for change in json.loads(output)
         ]
 
@@ -137,8 +162,8 @@ def _line(change: dict) -> str:
     return f"{path}: {clean(old, 120) or 'nothing'} -> {clean(new, 120) or 'nothing'}"
 
 
-def summary(differences: list[str]) -> str:
+def summary(changes: list[Change]) -> str:
     """'3 changes in modules (2), network': for a line's worth of attention."""
-    parts = Counter(line.split(":")[0].split("/")[0].split("[")[0] for line in differences)
+    parts = Counter(change.path.split("/")[0].split("[")[0] for change in changes)
     names = [name + (f" ({count})" if count > 1 and len(parts) > 1 else "") for name, count in parts.items()]
-    return f"{plural(len(differences), 'change')} in {', '.join(names)}"
+    return f"{plural(len(changes), 'change')} in {', '.join(names)}"

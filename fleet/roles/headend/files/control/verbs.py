@@ -7,9 +7,10 @@ import re
 import secrets
 import shutil
 import time
+from dataclasses import dataclass
 from pathlib import Path
 
-from documents import Tool, prove_whole, summary
+from documents import Change, Tool, lines_of, prove_whole, summary
 from repository import Repository, file_name
 from session import Answer, ConnectionFailure, ask
 from words import Failure, clean, decoded, last_line, plural
@@ -63,7 +64,7 @@ def plan(job: dict) -> dict:
             raise Failure("the document did not arrive whole: nothing was done, try again", again=True)
         current, _ = _fetch(job, tool)
         faults = tool.faults(intended)
-        differences = tool.differences(current, intended)
+        differences = lines_of(tool.changes(current, intended))
         lines.append("The headend has no tarvo-backup, so this is what is different, not what an import would do:")
         lines += [f"  {line}" for line in differences] or ["  nothing"]
         if faults:
@@ -216,10 +217,10 @@ def _keep(
     if last is None:
         what, details = "first backup", []
     else:
-        details = tool.differences(last, document)
-        if not details:
+        changes = tool.changes(last, document)
+        if not changes:
             return "unchanged", False
-        what = summary(details)
+        what, details = summary(changes), lines_of(changes)
     message = [f"{clean(host, 100)}: {what}" + (", after a restore" if reason else "")]
     if reason or details:
         message += ["", *([reason, ""] if reason else []), *details]
@@ -255,7 +256,7 @@ def _settle(
     is_same = pending.intended == intended
     begun = f"a restore was begun on {pending.about['begun']} ({pending.about['document']})"
     result = _finish(job, repository, tool, pending, [begun + ", and its end was not seen"])
-    return result["lines"], is_same and result["is_after"]
+    return result["lines"], is_same and result["is_done"]
 
 
 def _job_script(job: dict, verb: str, pending: Pending, document: bytes = b"") -> Answer:
@@ -293,22 +294,78 @@ def _finish(
     what, _ = _keep(job, repository, tool, now, f"Restored was {about['document']}.")
     _job_script(job, "forget", pending)
     pending.end()
-    missing = tool.differences(intended, now)
-    is_after = not missing or (answer.body is not None and answer.status == 0)
-    is_after = is_after or bool(tool.differences(before, now))
-    if not missing:
-        lines.append("After: the headend is as the document says.")
-    elif is_after:
-        lines.append(f"After: the restore was done; {plural(len(missing), 'item')} otherwise than in the document:")
-        lines += [f"  {line}" for line in missing]
-        lines.append("docs/known-asymmetries.md says which items no restore brings back, and what to do.")
-    else:
-        lines.append("Before: the headend is as it was before the restore; nothing of the document is in it.")
+    told = answer.status if answer.body is not None else None
+    outcome = _outcome(tool, intended, before, now, told)
+    lines += outcome.lines
+    if outcome.name != "After":
         lines.append(_what_next(answer))
-        if document is not None:
-            raise Failure(*lines)
     lines.append(f"the backup afterwards: {what}")
-    return {"changed": True, "lines": lines, "is_after": is_after}
+    if outcome.name != "After" and document is not None:
+        raise Failure(*lines)
+    return {"changed": True, "lines": lines, "is_done": outcome.is_sure}
+
+
+@dataclass(frozen=True)
+class Outcome:
+    """What has become of a restore: Before, After or Neither; sure when there is nothing left to do."""
+
+    name: str
+    is_sure: bool
+    lines: list[str]
+
+
+def _outcome(tool: Tool, intended: bytes, before: bytes, now: bytes, told: int | None) -> Outcome:
+    """Told from the three documents, and from the status that the headend's program ended with, if
+    that is known. That the headend is otherwise than before is no proof: somebody else may have
+    changed something.
+    """
+    missing = tool.changes(intended, now)
+    if not missing:
+        return Outcome("After", True, ["After: the headend is as the document says."])
+    missing_lines = [
+        f"{plural(len(missing), 'item')} otherwise than in the document:",
+        *(f"  {change.line}" for change in missing),
+    ]
+    asymmetries = "docs/known-asymmetries.md says which items no restore brings back, and what to do."
+    if told == 0:
+        first, *others = missing_lines
+        return Outcome("After", True, [f"After: the restore was done; {first}", *others, asymmetries])
+    since = tool.changes(before, now)
+    if not since:
+        said = "Before: the headend is as it was before the restore; nothing of the document is in it."
+        return Outcome("Before", False, [said])
+    wanted = tool.changes(before, intended)
+    came, others = _sorted_by(since, wanted)
+    if told is None and came:
+        said = (
+            f"After: of the {plural(len(wanted), 'item')} that the document changes, the headend has {len(came)},"
+            " so the restore was done, though nobody saw its end;"
+        )
+        first, *rest = missing_lines
+        return Outcome("After", False, [f"{said} {first}", *rest, asymmetries])
+    if came:
+        said = (
+            "Neither before nor after: the headend says that the restore was not done, and yet it has"
+            f" {len(came)} of the {plural(len(wanted), 'item')} that the document changes. Look at it;"
+        )
+        first, *rest = missing_lines
+        return Outcome("Neither", False, [f"{said} {first}", *rest])
+    return Outcome(
+        "Neither",
+        False,
+        [
+            "Neither before nor after: nothing of the document is in the headend, so the restore was not"
+            f" done, and somebody else has changed {plural(len(others), 'item')} meanwhile:",
+            *(f"  {change.line}" for change in others),
+        ],
+    )
+
+
+def _sorted_by(since: list[Change], wanted: list[Change]) -> tuple[list[Change], list[Change]]:
+    """Of the changes since, those that were wanted, and the others."""
+    by_path = {change.path: change for change in wanted}
+    came = [change for change in since if change.path in by_path and change.is_like(by_path[change.path])]
+    return came, [change for change in since if change not in came]
 
 
 def _fetched_after(job: dict, tool: Tool, lines: list[str]) -> bytes:
