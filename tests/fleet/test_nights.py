@@ -1,10 +1,14 @@
 """playbooks/backup.yml: what is kept of which headend, and what the run says."""
 
+import contextlib
 import os
 import re
+import socket
 import stat
 import subprocess
 import sys
+import threading
+import time
 import unittest
 from contextlib import closing
 from pathlib import Path
@@ -58,7 +62,9 @@ class NightsTest(unittest.TestCase):
         """Three nights of headends that do well and headends that do not."""
         headends = self.headends()
         add = headends.add
-        for host in ("same", "changed", "state", "down", "stranger", "key", "fast", "lost"):
+        for host in ("same", "changed", "state", "down", "stranger", "key", "fast", "lost", "slow"):
+            add(host, "LMV-502")
+        for host in ("behind", "gone", "password", "silent", "busy"):
             add(host, "LMV-502")
         add("secret", "RNB-K408")
         for host in ("locked", "old", "endless", "cut", "mute", "empty"):
@@ -73,7 +79,7 @@ class NightsTest(unittest.TestCase):
         subjects = headends.git("log", "--format=%s").splitlines()
         self.assertEqual(len(hosts), len(subjects))
         self.assertEqual({f"{host}: first backup" for host in hosts}, set(subjects))
-        self.assertIn("16 headends: 16 changed, 0 unchanged, 0 failed", first.output)
+        self.assertIn("22 headends: 22 changed, 0 unchanged, 0 failed", first.output)
         self.assertEqual("", headends.git("status", "--porcelain"))
         files = {path.name for path in headends.repository.glob("*.xml")}
         expected = {f"{host}.xml" for host in hosts if host != odd}
@@ -88,10 +94,16 @@ class NightsTest(unittest.TestCase):
         self.assertIn(b"</configuration>", contents.pop())
 
         last = headends.git("rev-parse", "HEAD")
+        # Their runs have ended between the commit and the file, and somebody has been at work.
+        (headends.repository / "behind.xml").write_text("from the night before")
+        (headends.repository / "gone.xml").unlink()
         second = headends.play("backup")
         self.assertEqual(0, second.status, second.output)
-        self.assertIn("16 headends: 0 changed, 16 unchanged, 0 failed", second.output)
+        self.assertIn("22 headends: 0 changed, 22 unchanged, 0 failed", second.output)
         self.assertEqual(last, headends.git("rev-parse", "HEAD"))
+        for host in ("behind", "gone"):
+            self.assertIn(f"unchanged; {host}.xml was not as in its last commit, and is now", second.output)
+        self.assertEqual("", headends.git("status", "--porcelain"))
 
         devices = headends.devices
         rename(devices["changed"], "Pension Seeblick {{ lookup('pipe', 'touch pwned') }} \033[2J")
@@ -108,6 +120,15 @@ class NightsTest(unittest.TestCase):
         )
         headends.environment("fast", LD_PRELOAD=str(FAKETIME), FAKETIME="+400d")
         rename(devices["fast"], "Fast")
+        headends.environment("slow", LD_PRELOAD=str(FAKETIME), FAKETIME="-3d")
+        headends.variables["password"]["ansible_ssh_private_key_file"] = str(headends.folder / "locked_key")
+        headends.stall("silent")
+        headends.variables["silent"]["headend_silence"] = 3
+        # One that takes its time is not silent.
+        backup = devices["busy"].path("/tarvo/bin/tarvo-backup")
+        backup.rename(backup.with_name("real"))
+        program(devices["busy"], "tarvo-backup", '[ $# -lt 3 ] || sleep 15; exec /tarvo/bin/real "$@"\n')
+        headends.variables["busy"]["headend_silence"] = 12
         for host, text in SCRIPTS.items():
             program(devices[host], "tarvo-config", text)
         program(devices["mute"], "logger", ":")
@@ -119,7 +140,7 @@ class NightsTest(unittest.TestCase):
         lock.close()
 
         self.assertEqual(2, third.status, third.output)
-        self.assertIn("16 headends: 3 changed, 4 unchanged, 9 failed", third.output)
+        self.assertIn("22 headends: 3 changed, 8 unchanged, 11 failed", third.output)
         messages = headends.git("log", "--format=%B", f"{last.strip()}..HEAD")
         self.assertEqual(
             sorted(
@@ -139,10 +160,13 @@ class NightsTest(unittest.TestCase):
         self.assertNotIn("\033", third.output)
         self.assertEqual([], list(headends.folder.rglob("pwned")))
         self.assertIn("its clock is 400 days fast", third.output)
+        self.assertIn("unchanged; its clock is 3 days slow", third.output)
         for host, why in (
             ("down", "it does not answer"),
             ("lost", "no such host: look at its line in the inventory"),
             ("key", "it does not take the key"),
+            ("password", "locked_key has a password, and no agent gives it to this run"),
+            ("silent", "it let the connection be and said nothing for 3 seconds"),
             ("stranger", "its host key is not known here"),
             ("locked", "tarvo-config could not read everything"),
             ("endless", "it sends more than"),
@@ -158,6 +182,12 @@ class NightsTest(unittest.TestCase):
         headends.git("fsck", "--strict")
 
     def test_a_full_disk_leaves_what_is_there(self) -> None:
+        self.check_full_disk(is_home=False)
+
+    def test_nor_does_one_that_ansible_works_on_itself(self) -> None:
+        self.check_full_disk(is_home=True)
+
+    def check_full_disk(self, *, is_home: bool) -> None:
         headends = self.headends()
         device = headends.add("hotel", "LMV-502")
         headends.start()
@@ -165,11 +195,11 @@ class NightsTest(unittest.TestCase):
         place = headends.folder / "small"
         place.mkdir()
         headends.repository = place / "headends"
-        # A disk of its own, of one megabyte, that is there as long as this shell is.
-        inside = ("bwrap", "--dev-bind", "/", "/", "--size", "1000000", "--tmpfs", place)
+        # A disk of its own, of three megabytes, that is there as long as this shell is.
+        inside = ("bwrap", "--dev-bind", "/", "/", "--size", "3000000", "--tmpfs", place)
         script = (
             '"$@"; echo "status $?"; cd small/headends; git log --format="commit %s"; sha256sum *.xml;'
-            " head -c 2000000 /dev/zero >../full 2>/dev/null;"
+            " head -c 9000000 /dev/zero >../full 2>/dev/null;"
             ' cd ../..; python3 -c "$RENAME"; "$@"; echo "status $?"; cd small/headends;'
             ' git log --format="commit %s"; sha256sum *.xml; rm ../full;'
             " git status --porcelain; git fsck --strict 2>&1"
@@ -182,6 +212,7 @@ class NightsTest(unittest.TestCase):
             "backup",
             under=(*inside, "--chdir", headends.folder, "sh", "-c", script, "sh"),
             RENAME=change,
+            **({"HOME": str(place)} if is_home else {}),
         )
         lines = run.output.splitlines()
         self.assertEqual(["status 0", "status 2"], [line for line in lines if "status " in line[:7]])
@@ -189,7 +220,7 @@ class NightsTest(unittest.TestCase):
         sums = [line for line in lines if line.endswith("  hotel.xml")]
         self.assertEqual(2, len(sums))
         self.assertEqual(1, len(set(sums)))
-        self.assertIn("No space left on device", self.said(run.output, "hotel"))
+        self.assertRegex(run.output, r"fatal: \[hotel.*No space left on device")
         self.assertEqual(sums[-1], lines[-1], "git status and git fsck have nothing to say")
 
     def test_an_inventory_that_names_nobody_is_an_error(self) -> None:
@@ -204,9 +235,85 @@ class NightsTest(unittest.TestCase):
                 self.assertRegex(run.output, "The inventory names no host|parse")
                 self.assertFalse(headends.repository.exists())
         headends.add("hotel", "LMV-502")
-        run = headends.play("backup", extra={"tarvo_hosts": "headens"})
+        misspelt = {"tarvo_hosts": "headens"}
+        for name in ("backup", "plan", "restore"):
+            for words, extra, why in (
+                ((), misspelt, "The inventory names no host in headens, so nothing was done"),
+                # Which leaves no host to say so on, where there is no check of its own.
+                (("-l", "hotel"), misspelt, "The inventory names no host in headens that is in -l hotel"),
+                (("-l", "hotle"), None, "Could not match supplied host pattern.*hotle"),
+                (("-l", "hotel,hotle"), None, "Could not match supplied host pattern.*hotle"),
+            ):
+                with self.subTest(name, words=words):
+                    run = headends.play(name, *words, extra=extra)
+                    self.assertNotEqual(0, run.status, run.output)
+                    self.assertRegex(run.output, why)
+        # Without ansible.cfg as well.
+        nothing = headends.folder / "ansible.cfg"
+        nothing.touch()
+        run = headends.play(
+            "restore", "-l", "hotel", inventory=headends.folder / "empty.yml", ANSIBLE_CONFIG=str(nothing)
+        )
         self.assertNotEqual(0, run.status, run.output)
-        self.assertIn("The inventory names no host in headens, so nothing was backed up", run.output)
+        self.assertIn("The inventory names no host", run.output)
+        self.assertFalse(headends.repository.exists())
+
+    def test_a_key_with_a_password_needs_its_agent(self) -> None:
+        headends = self.headends()
+        headends.add("hotel", "LMV-502", ansible_ssh_private_key_file=str(headends.folder / "locked_key"))
+        headends.start()
+        agent = {"SSH_AUTH_SOCK": str(headends.folder / "agent")}
+        process = subprocess.Popen(
+            ["ssh-agent", "-D", "-a", agent["SSH_AUTH_SOCK"]], stdout=subprocess.DEVNULL
+        )
+        self.addCleanup(process.wait)
+        self.addCleanup(process.terminate)
+        while not Path(agent["SSH_AUTH_SOCK"]).exists():
+            self.assertIsNone(process.poll())
+            time.sleep(0.02)
+        run = headends.play("backup", **agent)
+        self.assertIn("locked_key has a password, and no agent gives it", self.said(run.output, "hotel"))
+        answer = headends.folder / "answer"
+        answer.write_text("#!/bin/sh\necho open\n")
+        answer.chmod(0o700)
+        subprocess.run(
+            ["ssh-add", "-q", headends.folder / "locked_key"],
+            env={**os.environ, **agent, "SSH_ASKPASS": str(answer), "SSH_ASKPASS_REQUIRE": "force"},
+            check=True,
+        )
+        run = headends.play("backup", **agent)
+        self.assertEqual(0, run.status, run.output)
+        self.assertIn("1 headend: 1 changed, 0 unchanged, 0 failed", run.output)
+        # A key that is offered and not taken is not blamed on its password.
+        (headends.folder / "authorized_keys").write_text("")
+        run = headends.play("backup", **agent)
+        self.assertIn("it does not take the key or the user", self.said(run.output, "hotel"))
+
+    def test_a_headend_that_takes_the_connection_and_no_more_is_given_up(self) -> None:
+        headends = self.headends()
+        for greeting, why in ((b"", "it does not answer"), (b"SSH-2.0-x\r\n", "said nothing for 4 seconds")):
+            with self.subTest(why), socket.create_server(("127.0.0.1", 0)) as server:
+                peers = []
+
+                def greet(server: socket.socket = server, greeting: bytes = greeting) -> None:
+                    with contextlib.suppress(OSError):
+                        while True:
+                            peers.append(server.accept()[0])
+                            peers[-1].sendall(greeting)
+
+                threading.Thread(target=greet, daemon=True).start()
+                headends.variables["hotel"] = {
+                    "ansible_host": "127.0.0.1",
+                    "ansible_port": server.getsockname()[1],
+                    "headend_connect_timeout": 2,
+                    "headend_silence": 4,
+                    "headend_tries": 3,
+                    "headend_pause": 0,
+                }
+                run = headends.play("backup")
+                self.assertIn(why, self.said(run.output, "hotel"))
+                self.assertEqual(1, len(peers), "it is not tried again")
+                peers[0].close()
 
     def test_the_playbooks_and_the_collection_are_what_ansible_takes(self) -> None:
         headends = self.headends()
