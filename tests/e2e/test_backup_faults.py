@@ -10,7 +10,6 @@ import os
 import random
 import shutil
 import stat
-import subprocess
 import sys
 import tempfile
 import unittest
@@ -22,7 +21,7 @@ from pathlib import Path
 TESTS = Path(__file__).resolve().parents[1]
 sys.path.insert(0, str(TESTS / "support"))
 
-from e2e import BACKUP_PROGRAM, Device, Result, golden, installed, main, tables  # noqa: E402
+from e2e import BACKUP_PROGRAM, Device, Result, golden, installed, main, preloaded, tables  # noqa: E402
 
 STEPS = int(os.environ.get("TARVO_STEPS", "12"))
 SEED = os.environ.get("TARVO_SEED", "1")
@@ -88,12 +87,6 @@ class FaultsTest(unittest.TestCase):
         )
         self.addCleanup(folder.cleanup)
         self.folder = Path(folder.name)
-        self.library = self.folder / "steps.so"
-        subprocess.run(
-            ["cc", "-std=gnu17", "-O1", "-Wall", "-Wextra", "-Werror", "-fPIC", "-shared"]
-            + ["-o", self.library, TESTS / "faults/steps.c"],
-            check=True,
-        )
         device = self.made("template")
         self.before = contents(device)
         self.assertEqual(0, self.run_verb(device, VERBS["restore"].words).status)
@@ -105,7 +98,7 @@ class FaultsTest(unittest.TestCase):
     def made(self, name: str) -> Device:
         device = Device.create(MODEL, self.folder / name)
         device.path(DOCUMENT).write_bytes(changed(golden(MODEL)))
-        shutil.copy(self.library, device.path(LIBRARY))
+        preloaded(device, "steps")
         return device
 
     def run_verb(self, device: Device, words: tuple[str, ...], **steps: object) -> Result:

@@ -5,6 +5,9 @@
 //   STEP_FAULT  kill: the program dies by SIGKILL instead
 //               fail: the step fails, once
 //               full: the step fails, and every later one that needs room on the disk
+//               lose: a write is said to be done, and is not
+//   STEP_NAME   only functions are steps whose name begins like this
+//   STEP_PATH   only what has this in its path is a step
 //   STEP_COUNT  a file for the number of steps that there were
 //   STEP_FORKED if it is set, the steps are those of the process that the program forks, and what
 //               that one sleeps takes a hundredth of the time
@@ -35,6 +38,7 @@
 static bool isCounting, isForked;
 static long steps, faultAt;
 static char fault;
+static const char *onlyName, *onlyPath;
 
 static void stopCounting(void) { isCounting = false; }
 static void startCounting(void) { isCounting = isForked = true; }
@@ -43,7 +47,9 @@ __attribute__((constructor)) static void begin(void) {
     const char* at = getenv("STEP_AT");
     const char* how = getenv("STEP_FAULT");
     faultAt = at == NULL ? 0 : atol(at);
-    fault = how == NULL ? '\0' : how[0] == 'f' ? how[1] : how[0];  // 'k', 'a' or 'u'
+    fault = how == NULL ? '\0' : how[0] == 'f' ? how[1] : how[0];  // 'k', 'a', 'u' or 'l'
+    onlyName = getenv("STEP_NAME");
+    onlyPath = getenv("STEP_PATH");
     unsetenv("LD_PRELOAD");
     isCounting = getenv("STEP_FORKED") == NULL;
     pthread_atfork(NULL, NULL, isCounting ? stopCounting : startCounting);
@@ -66,9 +72,10 @@ void _exit(int status) {
     __builtin_unreachable();
 }
 
-// Whether the step that begins now must fail.
-static bool fails(bool needsRoom) {
-    if (!isCounting) {
+// Whether the step that begins now must fail. `path` is NULL for one that has none.
+static bool fails(const char* name, const char* path, bool needsRoom) {
+    if (!isCounting || (onlyName != NULL && strncmp(name, onlyName, strlen(onlyName)) != 0) ||
+        (onlyPath != NULL && (path == NULL || strstr(path, onlyPath) == NULL))) {
         return false;
     }
     ++steps;
@@ -106,7 +113,7 @@ static bool makesFile(int flags) { return (flags & O_CREAT) != 0; }
         va_start(rest, flags);                                \
         const mode_t mode = va_arg(rest, mode_t);             \
         va_end(rest);                                         \
-        if (makesFile(flags) && fails(true)) {                \
+        if (makesFile(flags) && fails(#name, path, true)) {                \
             return -1;                                        \
         }                                                     \
         return REAL(name)(path, flags, mode);                 \
@@ -114,13 +121,16 @@ static bool makesFile(int flags) { return (flags & O_CREAT) != 0; }
 OPEN(open)
 OPEN(open64)
 
-#define STEP(type, name, parameters, arguments, needsRoom)     \
-    type name parameters {                                     \
-        return fails(needsRoom) ? (type)-1 : REAL(name) arguments; \
+#define STEP(type, name, parameters, arguments, path, needsRoom)                              \
+    type name parameters {                                                                    \
+        return fails(#name, path, needsRoom) ? (type)-1 : REAL(name) arguments;               \
     }
-#define WRITE(type, name, parameters, arguments)               \
-    type name parameters {                                     \
-        return file > STDERR_FILENO && fails(true) ? (type)-1 : REAL(name) arguments; \
+#define WRITE(type, name, parameters, arguments)                                              \
+    type name parameters {                                                                    \
+        if (file > STDERR_FILENO && fails(#name, NULL, true)) {                               \
+            return fault == 'l' ? (type)size : (type)-1;                                      \
+        }                                                                                     \
+        return REAL(name) arguments;                                                          \
     }
 
 WRITE(ssize_t, write, (int file, const void* from, size_t size), (file, from, size))
@@ -129,18 +139,24 @@ WRITE(ssize_t, pwrite64, (int file, const void* from, size_t size, off64_t at),
       (file, from, size, at))
 WRITE(ssize_t, sendfile, (int file, int from, off_t* at, size_t size), (file, from, at, size))
 WRITE(ssize_t, sendfile64, (int file, int from, off64_t* at, size_t size), (file, from, at, size))
-STEP(int, mkdir, (const char* path, mode_t mode), (path, mode), true)
-STEP(int, mkostemp, (char* path, int flags), (path, flags), true)
-STEP(int, mkostemp64, (char* path, int flags), (path, flags), true)
-STEP(int, ftruncate, (int file, off_t size), (file, size), false)
-STEP(int, ftruncate64, (int file, off64_t size), (file, size), false)
-STEP(int, fsync, (int file), (file), false)
-STEP(int, fdatasync, (int file), (file), false)
-STEP(int, rename, (const char* from, const char* to), (from, to), false)
-STEP(int, unlink, (const char* path), (path), false)
-STEP(int, fchmod, (int file, mode_t mode), (file, mode), false)
+STEP(int, mkdir, (const char* path, mode_t mode), (path, mode), path, true)
+STEP(int, mkostemp, (char* path, int flags), (path, flags), path, true)
+STEP(int, mkostemp64, (char* path, int flags), (path, flags), path, true)
+STEP(int, ftruncate, (int file, off_t size), (file, size), NULL, false)
+STEP(int, ftruncate64, (int file, off64_t size), (file, size), NULL, false)
+STEP(int, fsync, (int file), (file), NULL, false)
+STEP(int, fdatasync, (int file), (file), NULL, false)
+STEP(int, rename, (const char* from, const char* to), (from, to), to, false)
+STEP(int, unlink, (const char* path), (path), path, false)
+STEP(int, remove, (const char* path), (path), path, false)
+STEP(int, chmod, (const char* path, mode_t mode), (path, mode), path, false)
+STEP(int, fchmod, (int file, mode_t mode), (file, mode), NULL, false)
+STEP(int, chdir, (const char* path), (path), path, false)
+STEP(pid_t, fork, (void), (), NULL, false)
 
-char* mkdtemp(char* path) { return fails(true) ? NULL : REAL(mkdtemp)(path); }
+char* mkdtemp(char* path) {
+    return fails("mkdtemp", path, true) ? NULL : REAL(mkdtemp)(path);
+}
 
 // --- Statements ------------------------------------------------------------------------------
 
@@ -149,7 +165,7 @@ static _Thread_local int inside;
 
 int sqlite3_exec(sqlite3* db, const char* sql, int (*row)(void*, int, char**, char**), void* data,
                  char** message) {
-    if (inside == 0 && fails(false)) {
+    if (inside == 0 && fails("sqlite3_exec", NULL, false)) {
         if (message != NULL) {
             *message = sqlite3_mprintf("database or disk is full");
         }
@@ -163,7 +179,7 @@ int sqlite3_exec(sqlite3* db, const char* sql, int (*row)(void*, int, char**, ch
 
 int sqlite3_get_table(sqlite3* db, const char* sql, char*** cells, int* rows, int* columns,
                       char** message) {
-    if (fails(false)) {
+    if (fails("sqlite3_get_table", NULL, false)) {
         *cells = NULL;
         *rows = 0;
         *columns = 0;
@@ -179,7 +195,7 @@ int sqlite3_get_table(sqlite3* db, const char* sql, char*** cells, int* rows, in
 }
 
 int sqlite3_step(sqlite3_stmt* statement) {
-    if (inside == 0 && fails(false)) {
+    if (inside == 0 && fails("sqlite3_step", NULL, false)) {
         return SQLITE_IOERR;
     }
     ++inside;
@@ -189,5 +205,7 @@ int sqlite3_step(sqlite3_stmt* statement) {
 }
 
 int sqlite3_backup_step(sqlite3_backup* backup, int pages) {
-    return fails(false) ? SQLITE_FULL : REAL(sqlite3_backup_step)(backup, pages);
+    return fails("sqlite3_backup_step", NULL, false)
+               ? SQLITE_FULL
+               : REAL(sqlite3_backup_step)(backup, pages);
 }

@@ -13,11 +13,13 @@ what a run left behind.
 
 from __future__ import annotations
 
+import functools
 import os
 import re
 import shlex
 import shutil
 import sqlite3
+import subprocess
 import sys
 import tempfile
 import threading
@@ -93,6 +95,26 @@ def installed(device: Device) -> str:
             (copy / name).parent.mkdir(parents=True)
             shutil.copy(program.parents[1] / name, copy / name)
     return f"{folder}/bin/tarvo-backup"
+
+
+_libraries = tempfile.TemporaryDirectory(prefix="e2e-libraries-", ignore_cleanup_errors=True)
+
+
+@functools.cache
+def _compiled(name: str) -> Path:
+    library = Path(_libraries.name) / f"{name}.so"
+    source = REPOSITORY / f"tests/faults/{name}.c"
+    options = ["-std=gnu17", "-O1", "-Wall", "-Wextra", "-Werror", "-fPIC", "-shared"]
+    subprocess.run(["cc", *options, "-o", library, source], check=True)
+    return library
+
+
+def preloaded(device: Device, name: str) -> str:
+    """A library of tests/faults in the device, for LD_PRELOAD. Its path there."""
+    path = f"/tarvo/sim/{name}.so"
+    with _making:
+        shutil.copy(_compiled(name), device.path(path))
+    return path
 
 
 def golden(model: str) -> bytes:

@@ -1,0 +1,250 @@
+"""tarvo-backup where one certain call of the system fails, or another program comes between."""
+
+import os
+import re
+import sys
+from fcntl import LOCK_EX, flock
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+
+from e2e import (
+    BACKUP_PROGRAM,
+    CONFIG_DB,
+    Device,
+    EndToEndTest,
+    Result,
+    golden,
+    installed,
+    main,
+    preloaded,
+    tables,
+)
+
+MODEL = "QRA-310"
+DOCUMENT = "/tmp/document.xml"
+FOLDER = "/tarvo/backup"
+STATE = f"{FOLDER}/.restore/state"
+SI_FOLDER = "/tarvo/datosWeb/tablasSI"
+FULL = "No space left on device"
+
+
+def contents(device: Device) -> dict[str, object]:
+    """What a restore changes, but for what scripts write."""
+    files = {p.name: p.read_bytes() for p in device.path(SI_FOLDER).iterdir()}
+    return {**tables(device), "SI tables": files}
+
+
+class FailingCallsTest(EndToEndTest):
+    def made(self) -> Device:
+        device = self.device(MODEL)
+        text = re.sub(rb"<gateway>[^<]*", b"<gateway>10.9.9.9", golden(MODEL))
+        text = re.sub(rb"<nid>[^<]*", b"<nid>4242", text, count=1)
+        device.path(DOCUMENT).write_bytes(text)
+        return device
+
+    def backup(self, device: Device, *words: str, env: dict[str, str] | None = None) -> Result:
+        return device.run(BACKUP_PROGRAM, words, env={"TZ": "UTC", **(env or {})}, timeout=240)
+
+    def failing(
+        self, device: Device, name: str, path: str, *words: str, fault: str = "fail"
+    ) -> Result:
+        """The first call of a function whose name and path are like these fails."""
+        env = {"LD_PRELOAD": preloaded(device, "steps"), "STEP_AT": "1", "STEP_FAULT": fault}
+        paths = {"STEP_PATH": path} if path else {}
+        return self.backup(device, *words, env={**env, "STEP_NAME": name, **paths})
+
+    def beside(self, device: Device, what: str, path: str, *words: str) -> Result:
+        env = {"LD_PRELOAD": preloaded(device, "others"), what: path}
+        return self.backup(device, *words, env=env)
+
+    def restored(self, device: Device) -> None:
+        result = self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.assertEqual((0, b""), (result.status, result.stderr))
+
+    def assertFails(self, result: Result, status: int, message: str) -> None:
+        self.assertEqual(
+            (status, f"tarvo-backup: {message}\n"), (result.status, result.stderr.decode())
+        )
+
+    def private(self, device: Device) -> list[Path]:
+        return list(device.path("/tmp").glob("tarvo-backup.*"))
+
+    # Private copies.
+
+    def test_without_a_private_folder_nothing_is_done(self) -> None:
+        device = self.made()
+        result = self.failing(device, "mkdtemp", "", "save")
+        self.assertFails(result, 4, f"/tmp: cannot make a folder: {FULL}")
+
+    def test_without_a_private_copy_nothing_is_done(self) -> None:
+        device = self.made()
+        result = self.failing(device, "open", "/tmp/tarvo-backup.", "save")
+        self.assertFails(result, 3, f"{CONFIG_DB}: unable to open database file")
+        self.assertEqual([], self.private(device))
+
+    def test_folders_of_others_and_in_use_are_not_taken_for_left_ones(self) -> None:
+        device = self.made()
+        for name in ("others", "used", "left"):
+            device.path(f"/tmp/tarvo-backup.{name}").mkdir()
+        device.path("/tmp/tarvo-backup.file").touch()
+        used = os.open(device.path("/tmp/tarvo-backup.used"), os.O_RDONLY)
+        flock(used, LOCK_EX)
+        result = self.beside(device, "OTHERS_OWN", "/tarvo-backup.others", "save")
+        os.close(used)
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(
+            ["tarvo-backup.file", "tarvo-backup.others", "tarvo-backup.used"],
+            sorted(path.name for path in self.private(device)),
+        )
+
+    # Backups.
+
+    def test_a_folder_of_another_user_is_refused(self) -> None:
+        device = self.made()
+        result = self.beside(device, "OTHERS_OWN", "/tmp/mine", "save", "/tmp/mine")
+        self.assertFails(
+            result, 4, "/tmp/mine: must be a folder that nobody else owns or may write to"
+        )
+
+    def test_a_backup_that_cannot_be_read_is_not_taken_for_the_same(self) -> None:
+        device = self.made()
+        self.assertEqual(0, self.backup(device, "save").status)
+        [first] = device.path(FOLDER).glob("*.xml")
+        result = self.beside(device, "DISK_UNREADABLE", first.name, "save")
+        self.assertEqual(0, result.status, result.stderr)
+        self.assertEqual(2, len(list(device.path(FOLDER).glob("*.xml"))))
+
+    def test_a_backup_that_cannot_be_removed_is_not_told_to_be(self) -> None:
+        device = self.made()
+        device.path(FOLDER).mkdir(mode=0o700)
+        self.assertEqual(0, self.backup(device, "save").status)
+        [first] = device.path(FOLDER).glob("*.xml")
+        old = first.with_name(re.sub(r"\d{4}-\d\d-\d\dT", "2020-01-01T", first.name))
+        old.write_text("<configuration/>")
+        result = self.failing(device, "remove", old.name, "save", "--keep", "1")
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertNotIn(b"removed", result.stdout)
+        self.assertTrue(old.exists())
+
+    def test_a_file_keeps_what_it_held_when_it_cannot_be_written(self) -> None:
+        device = self.made()
+        file = device.path("/tmp/one.xml")
+        file.write_text("earlier")
+        result = self.failing(device, "mkostemp", "/tmp/one.xml", "save", "--output", "/tmp/one.xml")
+        self.assertFails(result, 4, f"/tmp/one.xml: {FULL}")
+        self.assertEqual("earlier", file.read_text())
+        self.assertEqual(0, self.backup(device, "save", "--output", "/tmp/one.xml").status)
+        self.assertEqual(golden(MODEL), file.read_bytes())
+
+    def test_a_disk_that_loses_what_was_written_is_found_out(self) -> None:
+        device = self.made()
+        result = self.failing(device, "write", "", "save", "--output", "/tmp/one.xml", fault="lose")
+        self.assertFails(result, 4, "/tmp/one.xml: does not hold what was written")
+
+    # Restores.
+
+    def assertNotBegun(self, name: str, path: str, status: int, message: str) -> None:
+        device = self.made()
+        before = contents(device)
+        result = self.failing(device, name, path, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.assertFails(result, status, message)
+        self.assertEqual(before, contents(device))
+        undone = self.backup(device, "undo", "--abandoned")
+        self.assertEqual((0, b""), (undone.status, undone.stderr))
+        self.assertEqual(before, contents(device))
+        self.assertEqual([], list(device.path(f"{FOLDER}/.restore").glob("before*")))
+
+    def test_a_restore_without_what_undoes_it_is_not_begun(self) -> None:
+        restore = f"{FOLDER}/.restore"
+        copy = f"{restore}/before_tarvo_datosWeb_tablasSI_NIT_table_12345"
+        self.each(
+            self.assertNotBegun,
+            (
+                ("chmod", restore, 4, f"{restore}: {FULL}"),
+                ("sendfile", "", 4, f"{copy}: {FULL}"),
+                ("mkostemp", STATE, 4, f"{STATE}: {FULL}"),
+                ("fork", "", 5, "cannot start the process that would undo the restore"),
+                (
+                    "mkostemp",
+                    f"{restore}/document.xml",
+                    4,
+                    f"{restore}/document.xml: cannot be written",
+                ),
+            ),
+        )
+
+    def test_a_lock_without_a_name_is_one(self) -> None:
+        device = self.made()
+        result = self.failing(device, "pwrite", "", "restore", "--yes", DOCUMENT)
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(b"", device.path(f"{FOLDER}/.restore/lock").read_bytes())
+
+    def test_a_restore_whose_state_stays_is_not_confirmed(self) -> None:
+        device = self.made()
+        self.restored(device)
+        result = self.failing(device, "unlink", STATE, "confirm")
+        self.assertFails(result, 4, f"{STATE}: {FULL}")
+        self.assertEqual(0, self.backup(device, "confirm").status)
+
+    def test_an_undo_that_cannot_be_remembered_is_done(self) -> None:
+        device = self.made()
+        before = contents(device)
+        for name in ("before", "now"):
+            self.restored(device)
+            result = self.failing(device, "mkostemp", f"{FOLDER}/.restore/undone", "undo")
+            self.assertEqual((0, b""), (result.status, result.stderr))
+            self.assertEqual(before, contents(device), name)
+            self.assertFails(self.backup(device, "confirm"), 5, "there is no restore to confirm")
+
+    def test_a_state_that_somebody_removes_in_an_undo_is_no_failure(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.restored(device)
+        device.path("/tarvo/script/WAN_from_DB.sh").write_text(f"#!/bin/sh\nrm {STATE}\n")
+        result = self.backup(device, "undo")
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(before, contents(device))
+
+    # The process that waits for the confirmation.
+
+    def watched(self, device: Device, change: str, **steps: str) -> None:
+        """A restore whose state is changed then, until that process has ended."""
+        environment = {"TZ": "UTC", "PROGRAM": installed(device), **steps}
+        script = f"""
+        {{
+            LD_PRELOAD={preloaded(device, "steps")} \\
+                "$PROGRAM" restore --yes --confirm 9 {DOCUMENT} 9>&1 >/dev/null
+            sed -i '{change}' {STATE}
+        }} | cat
+        """
+        result = device.run("sh", ["-c", script], env={**environment, "STEP_FORKED": "1"})
+        self.assertEqual(b"", result.stderr)
+        with device.path(f"{FOLDER}/.restore/lock").open() as lock:
+            flock(lock, LOCK_EX)
+
+    def test_where_it_is_does_not_matter(self) -> None:
+        device = self.made()
+        before = contents(device)
+        count = device.path("/tarvo/sim/steps")
+        self.watched(
+            device,
+            "s/^deadline .*/deadline 0/",
+            STEP_AT="1",
+            STEP_FAULT="fail",
+            STEP_NAME="chdir",
+            STEP_COUNT="/tarvo/sim/steps",
+        )
+        self.assertEqual("1\n", count.read_text())
+        self.assertEqual(before, contents(device))
+
+    def test_it_leaves_another_restore_alone(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.watched(device, "s/^id .*/id another/; s/^deadline .*/deadline 0/")
+        self.assertTrue(device.path(STATE).exists())
+        self.assertNotEqual(before, contents(device))
+
+
+if __name__ == "__main__":
+    main()
