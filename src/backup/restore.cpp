@@ -66,6 +66,14 @@ void copyFile(const std::string& from, const std::string& to) {
     }
 }
 
+void removeFile(const std::string& path) {
+    std::error_code failed;
+    fs::remove(path, failed);
+    if (failed) {
+        throw Fault(ExitStatus::cannotWrite, path + ": " + failed.message());
+    }
+}
+
 void copyDevice(const RestoreState& state) {
     beginStep("Copying the databases");
     removeCopies();
@@ -113,10 +121,9 @@ void putAllBack(const RestoreState& state) {
             copyFile(copyOf(path), path);
         }
     }
-    std::error_code ignored;
     for (const std::string& path : state.absent) {
         if (!isDatabase(path)) {
-            fs::remove(path, ignored);
+            removeFile(path);
         }
     }
     platform::syncFiles();

@@ -187,6 +187,21 @@ class FailingCallsTest(EndToEndTest):
         self.assertFails(result, 4, f"{STATE}: {FULL}")
         self.assertEqual(0, self.backup(device, "confirm").status)
 
+    def test_an_undo_that_leaves_a_file_is_not_done(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.restored(device)
+        file = f"{SI_FOLDER}/NIT_table_4242"
+        result = self.failing(device, "remove", file, "undo")
+        self.assertFails(
+            result,
+            4,
+            f"the restore of {DOCUMENT} is not undone yet; tarvo-backup undo tries again:"
+            f" {file}: {FULL}",
+        )
+        self.assertEqual(0, self.backup(device, "undo").status)
+        self.assertEqual(before, contents(device))
+
     def test_an_undo_that_cannot_be_remembered_is_done(self) -> None:
         device = self.made()
         before = contents(device)
