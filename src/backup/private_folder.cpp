@@ -27,9 +27,10 @@ int locked(const std::string& folder) {
     if (handle < 0) {
         return -1;
     }
+    // Another run may have removed it before it was locked here.
     struct stat status {};
-    const bool isOurs = fstat(handle, &status) == 0 && status.st_uid == geteuid() &&
-                        status.st_nlink > 0 && flock(handle, LOCK_EX | LOCK_NB) == 0;
+    const bool isOurs = flock(handle, LOCK_EX | LOCK_NB) == 0 && fstat(handle, &status) == 0 &&
+                        status.st_uid == geteuid() && status.st_nlink > 0;
     if (!isOurs) {
         close(handle);
         return -1;

@@ -98,6 +98,12 @@ class FailingCallsTest(EndToEndTest):
             sorted(path.name for path in self.private(device)),
         )
 
+    def test_a_new_folder_that_another_run_takes_for_a_left_one_is_made_again(self) -> None:
+        device = self.made()
+        result = self.beside(device, "OTHERS_REMOVE", "/tmp/tarvo-backup.", "save")
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual([], self.private(device))
+
     # Backups.
 
     def test_a_folder_of_another_user_is_refused(self) -> None:
