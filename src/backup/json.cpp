@@ -119,7 +119,7 @@ std::string toJson(const RestoreReport& report) {
     return printed(
         {{"outcome", kOutcomes[static_cast<int>(report.outcome)]},
          {"undidEarlier", report.undidEarlier},
-         {"plan", report.plan ? jsonOf(*report.plan) : Json(nullptr)},
+         {"plan", jsonOf(report.plan)},
          {"backup", report.backup.empty() ? Json(nullptr) : Json(report.backup)},
          {"importStatus",
           report.importStatus ? Json(static_cast<int>(*report.importStatus)) : Json(nullptr)},

@@ -23,7 +23,7 @@ struct RestoreReport {
     RestoreOutcome outcome = RestoreOutcome::refused;
     // An earlier restore that had not come to its end was undone first.
     bool undidEarlier = false;
-    std::optional<Plan> plan;  // always, in the end
+    Plan plan;
     // The backup from before. Empty when nothing was begun, as what follows.
     std::string backup;
     std::optional<app::ExitStatus> importStatus;

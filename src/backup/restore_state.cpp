@@ -142,11 +142,7 @@ RestoreLock::RestoreLock(const std::string& holder) {
 
 RestoreLock::~RestoreLock() { leave(); }
 
-void RestoreLock::leave() {
-    if (handle_ >= 0) {
-        close(std::exchange(handle_, -1));
-    }
-}
+void RestoreLock::leave() { close(std::exchange(handle_, -1)); }
 
 std::optional<RestoreState> readState() {
     const auto text = platform::files::read(stateFile());

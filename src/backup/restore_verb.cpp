@@ -71,9 +71,9 @@ RestoreReport restoreAndTell(const RestoreOptions& options, const Console& conso
         tell("An earlier restore that had not come to its end was undone.");
     }
     if (isForPeople) {
-        printPlan(*report.plan, document, Painter(console, options.output.color), console.out);
+        printPlan(report.plan, document, Painter(console, options.output.color), console.out);
     }
-    if (report.plan->status != app::ExitStatus::success) {
+    if (report.plan.status != app::ExitStatus::success) {
         return report;
     }
     if (!options.yes && !isAgreedTo(console)) {
@@ -92,7 +92,7 @@ RestoreReport restoreAndTell(const RestoreOptions& options, const Console& conso
         report.confirmMinutes = options.confirmMinutes;
     }
     const Progress progress(console, "Copying the databases");
-    Restored restored = restore(document, *report.plan, toConfirm, lock);
+    Restored restored = restore(document, report.plan, toConfirm, lock);
     report.importStatus = restored.status;
     report.notTaken = std::move(restored.notTaken);
     report.outcome = restored.status == app::ExitStatus::success ? RestoreOutcome::restored

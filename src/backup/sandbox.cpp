@@ -59,12 +59,7 @@ Sandbox* Sandbox::active() { return current; }
 void Sandbox::setDocument(const std::string& text) { traffic_.files[kDocument] = text; }
 
 std::string Sandbox::mapped(const std::string& path) const {
-    for (const std::string_view database : kDatabases) {
-        if (path.starts_with(database)) {
-            return folder_.path() + path.substr(path.rfind('/'));
-        }
-    }
-    return path;
+    return folder_.path() + path.substr(path.rfind('/'));
 }
 
 std::string Sandbox::keepConfiguration(const char* name) const {

@@ -69,7 +69,7 @@ class Sandbox {
     static constexpr const char* kDocument = "document";
     void setDocument(const std::string& text);
 
-    // The path in the copy of a database's file or of what SQLite puts beside it; other paths stay.
+    // The path in the copy of a database's file.
     [[nodiscard]] std::string mapped(const std::string& path) const;
 
     // A further copy of the configuration database as it is now. Gives its path, in the private

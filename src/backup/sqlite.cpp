@@ -40,7 +40,7 @@ int whileBusy(Work work, BetweenTries betweenTries) {
         if (step != nullptr) {
             beginStep(step);
         }
-        if ((code != SQLITE_BUSY && code != SQLITE_LOCKED) || Clock::now() >= end) {
+        if (code != SQLITE_BUSY || Clock::now() >= end) {
             return code;
         }
         betweenTries();
