@@ -211,7 +211,7 @@ void makeOwnFolder(const std::string& folder) {
     if (!found || !found->isFolder) {
         fail("is no folder");
     }
-    if ((found->owner != geteuid() && found->owner != 0) || (found->mode & kWrittenByOthers) != 0) {
+    if (found->owner != geteuid() || (found->mode & kWrittenByOthers) != 0) {
         fail("must be a folder that nobody else owns or may write to");
     }
 }

@@ -20,8 +20,8 @@ std::string verifiedExport();
 void verifyConfiguration();
 
 // Makes the folder when it is not there. Throws Fault (cannotWrite) unless it is a folder then that
-// nobody but this user and root owns or may write to, and no link to one: whoever else could, would
-// choose what is read there and removed as this program's own.
+// nobody but this user owns or may write to, and no link to one: whoever else could, would choose
+// what is read there and removed as this program's own.
 void makeOwnFolder(const std::string& folder);
 
 struct Saved {
