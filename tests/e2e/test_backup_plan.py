@@ -106,6 +106,18 @@ class PlanTest(EndToEndTest):
                                  (plan["tries"],
                                   {k: plan["errors"][-1][k] for k in ("code", "element")}))
 
+    def test_an_error_without_a_place_is_told(self) -> None:
+        device = self.device("QRA-310")
+        device.path(CONFIG_DB).unlink()
+        device.path(DOCUMENT).write_bytes(golden("QRA-310"))
+        plan = json.loads(self.backup(device, "plan", "--json", DOCUMENT).stdout)
+        self.assertEqual(3, plan["status"])
+        self.assertIn(
+            {"code": 102, "text": "Could not access database: Could not open DB", "element": None},
+            plan["errors"],
+        )
+        self.assertIsNone(plan["changes"])
+
     def test_a_module_of_another_address_replaces_one_of_its_kind(self) -> None:
         device = self.device("QRA-310")
         [mac] = self.query(device, "SELECT MAC FROM RedesModulos ORDER BY MAC LIMIT 1")[0]

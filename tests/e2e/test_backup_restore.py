@@ -75,6 +75,32 @@ class RestoreTest(EndToEndTest):
         self.assertEqual(5, self.backup(device, "restore", DOCUMENT).status)
         self.assertEqual(before, contents(device))
 
+    def test_a_yes_is_an_answer_and_what_is_not_taken_is_told(self) -> None:
+        device = self.made()
+        text = golden("QRA-310").replace(b">QM210400117<", b">4711<", 1)
+        device.path(DOCUMENT).write_bytes(text)
+        told = (
+            "Restored.\n"
+            "The headend is not as the document in:\n"
+            "modules/module[mac=02:1E:31:0A:00:01]: 1 difference\n"
+            "modules/module[mac=02:1E:31:0A:00:01]/serialNumber: 4711 -> QM210400117\n"
+        )
+        for answer, status in (("y", 0), ("Y", 0), ("yes", 0), ("n", 5), ("yeah", 5)):
+            result = self.in_shell(device, f'echo {answer} | "$PROGRAM" restore {DOCUMENT}')
+            self.assertEqual((status, b""), (result.status, result.stderr), answer)
+            rest = result.stdout.decode().partition("\nRestore it? [y/N] ")[2]
+            if status == 0:
+                self.assertEqual(told, rest.partition(".xml\n")[2])
+            else:
+                self.assertEqual("Nothing was done.\n", rest)
+
+    def test_a_document_from_standard_input_needs_yes(self) -> None:
+        result = self.backup(self.made(), "restore", "-")
+        self.assertEqual(
+            (2, b"tarvo-backup: a document from standard input needs --yes\n"),
+            (result.status, result.stderr),
+        )
+
     def test_a_document_that_the_import_refuses_is_not_begun(self) -> None:
         device = self.made()
         before = contents(device)
@@ -223,6 +249,18 @@ class RestoreTest(EndToEndTest):
         self.assertEqual((0, b""), (result.status, result.stderr))
         self.assertEqual(before, contents(device))
 
+    def test_a_restore_undoes_one_that_was_killed_and_says_so(self) -> None:
+        device = self.made()
+        self.killed_in(device, "importing", "restore", "--yes", DOCUMENT)
+        result = self.backup(device, "restore", "--yes", DOCUMENT)
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertTrue(
+            result.stdout.startswith(
+                b"An earlier restore that had not come to its end was undone.\n"
+            ),
+            result.stdout,
+        )
+
     def test_killed_in_the_undo_it_is_undone_by_the_next_call(self) -> None:
         device = self.made()
         before = contents(device)
@@ -265,6 +303,72 @@ class RestoreTest(EndToEndTest):
                       result.stderr)  # fmt: skip
         self.assertEqual(after, contents(device))
 
+    def test_a_state_without_a_serial_number_is_put_back(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.edit_state(device, "^serial .*\n", "")
+        self.edit_state(device, "^document .*", r"document by hand\\")
+        result = self.backup(device, "undo")
+        self.assertEqual(
+            (0, b"The restore of by hand\\ was undone.\n"), (result.status, result.stdout)
+        )
+        self.assertEqual(before, contents(device))
+
+    def test_files_of_any_names_are_put_back(self) -> None:
+        def check(name: str, first: bytes, second: bytes) -> None:
+            device = self.made()
+            numbers = iter((first, second))
+            text = re.sub(rb"(?<=<nid>)[^<]*", lambda _: next(numbers), golden("QRA-310"))
+            device.path(DOCUMENT).write_bytes(text)
+            before = contents(device)
+            result = self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+            self.assertEqual((0, b""), (result.status, result.stderr))
+            self.assertNotEqual(before["SI tables"], contents(device)["SI tables"])
+            self.assertEqual(0, self.backup(device, "undo").status)
+            self.assertEqual(before, contents(device))
+
+        self.each(
+            check,
+            (
+                ("of one network to the next", b"12346", b"77"),
+                ("two lines", b"42&#10;1", b"12346"),
+                ("backslashes", b"4\\n2\\", b"12346"),
+            ),
+        )
+
+    def test_an_undo_makes_the_scrambling_keys_again(self) -> None:
+        device = self.device("RNB-K408")
+        device.path(DOCUMENT).write_bytes(
+            b"<configuration><scramblings><scrambling><name>other</name><active>0</active>"
+            b"<mode>Even</mode><frequency>5</frequency><oddKey>00FF</oddKey><date>today</date>"
+            b"</scrambling></scramblings></configuration>"
+        )
+        done = self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        undone = self.backup(device, "undo")
+        self.assertEqual((0, 0), (done.status, undone.status))
+        keys = "VSecKey /tarvo/datosWeb/ScramblingKeys/vseckeys.txt"
+        self.assertEqual([1, 1], [result.actions.count(keys) for result in (done, undone)])
+
+    def test_where_nothing_was_restored_nothing_is_undone(self) -> None:
+        result = self.backup(self.made(), "undo")
+        self.assertEqual(
+            (5, b"tarvo-backup: there is no restore to undo\n"), (result.status, result.stderr)
+        )
+
+    def test_a_link_in_the_place_of_the_lock_is_not_followed(self) -> None:
+        device = self.made()
+        folder = device.path("/tarvo/backup/.restore")
+        folder.mkdir(mode=0o700, parents=True)
+        folder.parent.chmod(0o700)
+        (folder / "lock").symlink_to("/tmp/lock")
+        result = self.backup(device, "confirm")
+        self.assertEqual(
+            (4, b"tarvo-backup: /tarvo/backup/.restore/lock: Too many levels of symbolic links\n"),
+            (result.status, result.stderr),
+        )
+        self.assertFalse(device.path("/tmp/lock").exists())
+
     def test_a_lost_copy_keeps_everything_from_being_half_undone(self) -> None:
         device = self.made()
         self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
@@ -277,7 +381,9 @@ class RestoreTest(EndToEndTest):
         self.assertEqual(after, contents(device))
 
     def test_a_state_that_is_not_understood_is_said_and_kept(self) -> None:
-        for text in ("", "phase flying\n", "phase unconfirmed\ndeadline soon\n", "\0" * 100):
+        deadlines = ("", "soon", "1" * 19)
+        texts = [f"phase unconfirmed\ndeadline {deadline}\n" for deadline in deadlines]
+        for text in ("", "phase flying\n", "\0" * 100, *texts):
             with self.subTest(text):
                 device = self.made()
                 before = contents(device)

@@ -3,11 +3,13 @@
 import json
 import os
 import re
+import socket
 import stat
 import sys
 import threading
 import time
 from contextlib import closing
+from datetime import datetime, timedelta, timezone
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
@@ -86,7 +88,14 @@ class SaveTest(EndToEndTest):
         stem = self.stem(device)
         others = [
             self.place(device, stem + name, "<configuration/>")
-            for name in ("2-2020-01-01T0000Z.xml", "1.xml", "2020.xml", "2020-01-01T0000Z-.xml")
+            for name in (
+                "2-2020-01-01T0000Z.xml",
+                "1.xml",
+                "2020.xml",
+                "2020-01-01T0000Z-.xml",
+                "2020-01-01T0000Z-1a.xml",
+                "2020-01-01T0000Z.txt",
+            )
         ]
         own = [
             self.place(device, stem + name, "<configuration/>")
@@ -119,6 +128,27 @@ class SaveTest(EndToEndTest):
             if value > 0 and minute == before[0]:
                 self.assertEqual(before[1] + 1, int(number or 1))
             before = (minute, int(number or 1))
+
+    def test_a_name_that_is_taken_by_something_else_is_passed_over(self) -> None:
+        device = self.device("WVX-BQ4")
+        stem = self.stem(device)
+        now = datetime.now(timezone.utc)
+        minutes = [now + timedelta(minutes=passed) for passed in range(5)]
+        for minute in minutes:
+            taken = device.path(FOLDER) / f"{stem}{minute:%Y-%m-%dT%H%MZ}.xml"
+            taken.mkdir(parents=True)
+        device.path(FOLDER).chmod(0o700)
+        saved = json.loads(self.save(device, "--json").stdout)
+        self.assertIn(
+            saved["file"], [f"{FOLDER}/{stem}{minute:%Y-%m-%dT%H%MZ}-2.xml" for minute in minutes]
+        )
+
+    def test_a_host_of_any_name_has_backups_of_its_own(self) -> None:
+        device = self.device("WVX-BQ4")
+        device.path("/tarvo/sim/values/HOSTNAME").write_text("tv_room.2-a\n")
+        self.assertEqual(0, self.save(device).status)
+        [path] = self.kept(device)
+        self.assertRegex(path.name, r"^tv_room_2-a-\d{4}-")
 
     def test_what_was_just_saved_stays_whatever_the_clock_says(self) -> None:
         device = self.device("WVX-BQ4")
@@ -190,11 +220,13 @@ class SaveTest(EndToEndTest):
         device = self.device("QRA-310")
         whole = device.path(CONFIG_DB).read_bytes()
         torn = whole[:8192] + b"\xff" * 8192 + whole[16384:]
+        headless = whole[:100] + b"\xff" * 3996 + whole[4096:]
         uncounted = whole[:36] + b"\0\0\0\5" + whole[40:]  # pages that are free
         for content, reason in (
             (b"", "empty: nothing is in the table configuracionWebGlobal"),
             (b"no database" * 1000, "damaged: file is not a database"),
             (torn, "damaged: database disk image is malformed"),
+            (headless, "damaged: database disk image is malformed"),
             (uncounted, "damaged"),
         ):
             device.path(CONFIG_DB).write_bytes(content)
@@ -203,6 +235,18 @@ class SaveTest(EndToEndTest):
                 (3, f"tarvo-backup: {CONFIG_DB}: the configuration database is {reason}\n"),
                 (result.status, result.stderr.decode()),
             )
+
+    def test_a_socket_in_the_place_of_a_database_is_told(self) -> None:
+        device = self.device("QRA-310")
+        path = device.path(CONFIG_DB)
+        path.unlink()
+        with socket.socket(socket.AF_UNIX) as stranger:
+            stranger.bind(os.path.relpath(path))
+            result = self.save(device)
+        self.assertEqual(
+            (3, f"tarvo-backup: {CONFIG_DB}: unable to open database file\n"),
+            (result.status, result.stderr.decode()),
+        )
 
     def test_a_folder_that_is_none_or_others_may_write_to_is_refused(self) -> None:
         device = self.device("WVX-BQ4")
