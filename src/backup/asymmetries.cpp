@@ -196,12 +196,21 @@ bool addsNetwork(const Document&, const Plan& plan) {
     });
 }
 
+// Below `parent`, which the row stands for.
+bool hasCutNumber(const mapping::Element& row, const XmlNode& parent) {
+    for (const XmlNode* node = firstElement(parent); node != nullptr; node = nextElement(*node)) {
+        const mapping::Element* known = rowOf(&row, *node);
+        if (known != nullptr &&
+            (isCut(*known, document::textOf(*node)) || hasCutNumber(*known, *node))) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool hasLongNumber(const Document& document, const Plan&) {
-    constexpr std::size_t kStored = 9;
-    return anyElement(document, [](const XmlNode& node) {
-        return firstElement(node) == nullptr && textIn(node).size() > kStored &&
-               isWholeNumber(textIn(node));
-    });
+    return document.configuration() != nullptr &&
+           hasCutNumber(mapping::kConfiguration, *document.configuration());
 }
 
 bool outputTypeIsNotTaken(const Document&, const Plan& plan) {

@@ -15,7 +15,6 @@
 #include "backup/values.h"
 #include "document/input_type.h"
 #include "mapping/document_tree.h"
-#include "text/to_int.h"
 
 namespace tarvo_backup {
 
@@ -380,13 +379,14 @@ class TreeCheck {
         return true;
     }
 
-    // Input 1 feeds the loop, and only a satellite input is sure to have a satellite tuner.
+    // Input 1 feeds the loop, and only a satellite input is sure to have a satellite tuner. Without
+    // its type, no loop of an input is looked at.
     static bool isLoopRead(const XmlNode& loop) {
         const XmlNode& input = *loop.parent();
         const XmlNode* id = document::childNamed(input, "inputId");
-        const XmlNode* type = document::childNamed(input, "type");
-        return id != nullptr && numberOf(*id) == 2 && type != nullptr &&
-               numberOf(*type) == static_cast<int>(document::InputType::satellite);
+        const XmlNode& type = *document::childNamed(input, "type");
+        return id != nullptr && numberOf(*id) == 2 &&
+               numberOf(type) == static_cast<int>(document::InputType::satellite);
     }
 
     // Whether a text was found that stands for no code.
@@ -399,22 +399,16 @@ class TreeCheck {
         if (code || texts.empty()) {
             return false;
         }
-        switch (row.take) {
-            case Take::code:
-            case Take::codeExactly:
-                add(row.otherTextsAreOne ? Severity::warning : error(), node,
-                    inQuotes(text) + " is not allowed; it must be " + listOf(texts));
-                return true;
-            case Take::codeOrNumber:
-                if (!isWholeNumber(text)) {
-                    add(Severity::warning, node,
-                        inQuotes(text) + " is neither a number nor " + listOf(texts));
-                    return true;
-                }
-                return false;
-            default:
-                return false;
+        if (row.take != Take::codeOrNumber) {
+            add(row.otherTextsAreOne ? Severity::warning : error(), node,
+                inQuotes(text) + " is not allowed; it must be " + listOf(texts));
+            return true;
         }
+        if (isWholeNumber(text)) {
+            return false;
+        }
+        add(Severity::warning, node, inQuotes(text) + " is neither a number nor " + listOf(texts));
+        return true;
     }
 
     // Whether a text was found that is not what its element stands for. The import stores any.
@@ -457,19 +451,14 @@ class TreeCheck {
         return nullptr;
     }
 
+    // What is stored as it stands, other programs read.
     void checkSize(const Element& row, const XmlNode& node) {
         const char* text = textOf(node);
-        const Form form = mapping::formOf(row);
-        const bool isStored = row.take != Take::ignored && !isRowIdElement(row);
-        if (!isStored || !isWholeNumber(text) ||
-            (form != Form::number && form != Form::codeOrNumber)) {
-            return;
-        }
-        const std::string stored = storedText(row, text);
-        if (text::toInt(stored.c_str()) != text::toInt(text)) {
+        if (isCut(row, text)) {
             add(Severity::warning, node,
-                inQuotes(text) + " is too long; " + inQuotes(stored) + " is stored");
-        } else if (std::strtoll(text, nullptr, 10) != text::toInt(text)) {
+                inQuotes(text) + " is too long; " + inQuotes(storedText(row, text)) + " is stored");
+        } else if (row.take != Take::ignored && mapping::formOf(row) == Form::number &&
+                   !isRowIdElement(row) && std::strtoll(text, nullptr, 10) != numberOf(node)) {
             add(Severity::warning, node, inQuotes(text) + " is beyond numbers of 32 bits");
         }
     }

@@ -136,4 +136,8 @@ std::string storedText(const Element& row, const char* text) {
                : text;
 }
 
+bool isCut(const Element& row, const char* text) {
+    return text::toInt(storedText(row, text).c_str()) != text::toInt(text);
+}
+
 }  // namespace tarvo_backup

@@ -19,6 +19,9 @@ std::string canonicalText(const mapping::Element* row, const document::XmlNode& 
 // The text that the import stores for a number, or for a text that may be one.
 std::string storedText(const mapping::Element& row, const char* text);
 
+// Whether that is another number.
+bool isCut(const mapping::Element& row, const char* text);
+
 // Whether the text is a decimal number from end to end, blanks around it aside, as a column of
 // numbers takes it.
 bool isWholeNumber(std::string_view text);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "backup/plan.h"
+#include "support/fake_device.h"
 #include "unit/backup/backup_test.h"
 
 namespace tarvo_backup {
@@ -173,6 +174,52 @@ TEST(Asymmetries, OfWhatIsNotTakenAreOfItsElementAlone) {
     EXPECT_TRUE(meets(kIds, notTaking({"homeChannels/homechannel[id=1]/onid", "1", "2"})));
     EXPECT_TRUE(meets(kIds, notTaking({"homeChannels/homechannel[id=1]/tsid", "1", "2"})));
     EXPECT_FALSE(meets(kIds, notTaking({"homeChannels/homechannel[id=1]/band", "1", "2"})));
+}
+
+TEST(Asymmetries, OfALongNumberAreOfOneThatIsCut) {
+    constexpr auto kWhat = "Numbers of more than nine characters";
+    const auto module = [](const std::string& content) {
+        return "<modules><module>" + content + "</module></modules>";
+    };
+    EXPECT_TRUE(meets(kWhat, module("<attenuation>1234567890</attenuation>")));
+    EXPECT_FALSE(meets(kWhat, module("<attenuation>0123456789</attenuation>")));
+    EXPECT_FALSE(meets(kWhat, module("<serialNumber>1234567890</serialNumber>")));
+    EXPECT_FALSE(meets(kWhat, module("<attenuate>1234567890</attenuate>")));
+}
+
+TEST(Asymmetries, OfRowsThatAreNumberedAnewAreOfTheirTables) {
+    constexpr auto kWhat = "Rows that the document cannot name";
+    EXPECT_TRUE(meets(kWhat, changing("AudioLanguageListGlobal", RowChange::Kind::added)));
+    EXPECT_TRUE(meets(kWhat, changing("Service_EPG", RowChange::Kind::removed)));
+    EXPECT_FALSE(meets(kWhat, changing("RedesCabecera", RowChange::Kind::added)));
+}
+
+TEST(Asymmetries, OfMarkedRowsAreOfOutputsAndStreams) {
+    constexpr auto kWhat = "Restoring an unchanged backup marks rows";
+    const auto marking = [](const std::string& table, const std::string& column) {
+        Plan plan = changing(table, RowChange::Kind::changed);
+        plan.rows[0].cells = {{column, "0", "1"}};
+        return plan;
+    };
+    EXPECT_TRUE(meets(kWhat, marking("RFOutGlobal", "Estado")));
+    EXPECT_TRUE(meets(kWhat, marking("PIDsSalidaGlobal", "EstadoPID")));
+    EXPECT_FALSE(meets(kWhat, marking("RedesModulos", "estado")));
+}
+
+namespace {
+
+using AsymmetriesOfAModel = test::DeviceTest;
+
+}  // namespace
+
+TEST_F(AsymmetriesOfAModel, OfASecondOutputAreOfTwoModels) {
+    constexpr auto kWhat = "LMV-502, LMV-512";
+    const Plan plan = changing("SalidasLogicasGlobal", RowChange::Kind::changed);
+    becomeModel("LMV-512");
+    EXPECT_TRUE(meets(kWhat, plan));
+    EXPECT_FALSE(meets(kWhat, Plan()));
+    becomeModel("QRA-310");
+    EXPECT_FALSE(meets(kWhat, plan));
 }
 
 TEST(Asymmetries, OfAPercentAreOfATextThatHasOne) {
