@@ -54,10 +54,11 @@ void checkDeclaration(std::string_view text, Findings& findings) {
     }
 }
 
-// Whether the code is of a character that a document may hold.
+// Whether the code is of a character that a document may hold. The library refuses what is none of
+// Unicode's.
 bool isXmlCharacter(unsigned code) {
     return code == '\t' || code == '\n' || code == '\r' || (code >= 0x20 && code < 0xd800) ||
-           (code >= 0xe000 && code < 0xfffe) || (code >= 0x10000 && code <= 0x10ffff);
+           (code >= 0xe000 && code < 0xfffe) || code >= 0x10000;
 }
 
 // Whether the text between '&' and ';' stands for a character.
@@ -68,10 +69,11 @@ bool isReference(std::string_view name) {
     }
     const bool isHexadecimal = name.starts_with("#x");
     const std::string_view digits = name.substr(isHexadecimal ? 2 : 1);
-    const char* end = digits.data() + digits.size();
     unsigned code = 0;
-    const auto read = std::from_chars(digits.data(), end, code, isHexadecimal ? 16 : 10);
-    return read.ec == std::errc() && read.ptr == end && isXmlCharacter(code);
+    // The library takes nothing behind the digits, but takes a number without any.
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), code,
+                                      isHexadecimal ? 16 : 10);
+    return read.ec == std::errc() && isXmlCharacter(code);
 }
 
 // Follows the tags of a text that the library has parsed, so that all of them end, and what stands

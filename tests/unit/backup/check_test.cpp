@@ -168,6 +168,8 @@ TEST(BackupCheck, TheNumbersOfTheNitPatternMustFitEachOther) {
     EXPECT_THAT(checked(network("<versionNITPatron>3</versionNITPatron>")),
                 ElementsAre("error: dvbNetworks/dvbNetwork[id=1]/versionNITPatron: '3' is not "
                             "allowed; without a 'nitPatron' before it it must be 0"));
+    EXPECT_THAT(checked(network("<pattern>2</pattern>")),
+                ElementsAre(HasSubstr("/pattern: unknown element")));
     EXPECT_THAT(checked(network("<tipoNITPatron>2</tipoNITPatron>")),
                 ElementsAre(HasSubstr("error: dvbNetworks/dvbNetwork[id=1]/tipoNITPatron: '2'")));
 }
@@ -440,12 +442,13 @@ TEST(BackupCheck, AnAmpersandBeginsAReference) {
     const auto warnings = [](const std::string& text) {
         return checked("<identification><location>" + text + "</location></identification>").size();
     };
-    for (const char* text : {"&amp;&lt;&gt;&quot;&apos;", "&#9;&#x20;&#233;&#xE9;&#x10FFFF;",
-                             "<![CDATA[&]]>", "<!-- & -->"}) {
+    for (const char* text :
+         {"&amp;&lt;&gt;&quot;&apos;", "&#9;&#10;&#13;&#x20;&#233;&#xE9;&#xE000;&#x10FFFF;",
+          "<![CDATA[&]]>", "<!-- & -->"}) {
         EXPECT_EQ(warnings(text), 0U) << text;
     }
-    for (const char* text :
-         {"A & B", "&", "&;", "&AMP;", "&eacute;", "&#1;", "&#xD800;", "&#xFFFE;", "&amp &"}) {
+    for (const char* text : {"A & B", "&", "&;", "&AMP;", "&eacute;", "&#1;", "&#xD800;",
+                             "&#xFFFE;", "&#;", "&#x;", "&amp &"}) {
         EXPECT_GE(warnings(text), 1U) << text;
     }
     const auto findings =
@@ -483,9 +486,9 @@ TEST(BackupCheck, AModuleHasAHardwareAddress) {
          {"02:1E:A4:00:10:01", "02:1e:a4:00:10:af", "02-1E-A4-00-10-01", "021EA4001001"}) {
         EXPECT_THAT(mac(address), IsEmpty()) << address;
     }
-    for (const char* text :
-         {"", "02:01", "02:1E:A4:00:10:0", "02:1E:A4:00:10:0G", "02:1E:A4:00:10-01",
-          "02:1E:A4:00:1001:", "021EA400100 ", "02.1E.A4.00.10.01", "021EA40010010"}) {
+    for (const char* text : {"", "02:01", "02:1E:A4:00:10:0", "02:1E:A4:00:10:0G",
+                             "02:1E:A4:00:10:0g", "02:1E:A4:00:10-01", "02:1E:A4:00:1001:",
+                             "021EA400100 ", "02.1E.A4.00.10.01", "021EA40010010"}) {
         EXPECT_THAT(mac(text), ElementsAre(HasSubstr("/mac: '" + std::string(text) +
                                                      "' is no hardware address")));
     }
@@ -639,12 +642,15 @@ TEST(BackupCheck, AChannelNumberMayBeThereTwiceWhereNoTvSetSeesIt) {
     const std::string lcn = "<lcn>5</lcn>";
     const std::string outputs =
         "<outputs><output><outputId>1</outputId><active>0</active></output>"
-        "<output><outputId>2</outputId><active>1</active></output></outputs>";
+        "<output><outputId>2</outputId><active>1</active></output>"
+        "<output><outputId>2</outputId></output></outputs>";
     EXPECT_THAT(
         found("", {{1, 7, ""}, {1, 8, ""}, {1, 9, "<lcn>0</lcn>"}, {1, 10, "<lcn>0</lcn>"}}),
         IsEmpty());
-    EXPECT_THAT(found(outputs, {{1, 7, lcn}, {2, 8, lcn}}), IsEmpty());
-    EXPECT_THAT(found(outputs, {{2, 7, lcn}, {2, 8, lcn}}), ElementsAre(HasSubstr("/lcn: '5'")));
+    EXPECT_THAT(found(outputs, {{1, 7, lcn}, {2, 8, lcn}}),
+                ElementsAre(HasSubstr("is there twice")));
+    EXPECT_THAT(found(outputs, {{2, 7, lcn}, {2, 8, lcn}}),
+                ElementsAre(HasSubstr("is there twice"), HasSubstr("/lcn: '5'")));
     const std::string radio = lcn + "<serviceTypeDVB>2</serviceTypeDVB>";
     const std::string newerRadio = lcn + "<serviceTypeDVB>10</serviceTypeDVB>";
     const std::string television = lcn + "<serviceTypeDVB>25</serviceTypeDVB>";
@@ -691,6 +697,12 @@ TEST(BackupCheckVerb, TellsWhereATextIsNotWellFormed) {
     EXPECT_EQ(faulty.status, ExitStatus::usage);
     EXPECT_EQ(faulty.out, "-:2:5: error: not well-formed: expected >\n");
     EXPECT_EQ(faulty.err, "");
+}
+
+TEST(BackupCheckVerb, PrintsErrorsAsJson) {
+    EXPECT_EQ(ran({"check", "--json", "-"}, "<lnb/>").out,
+              "[\n  {\n    \"line\": 1,\n    \"column\": 1,\n    \"severity\": \"error\",\n"
+              "    \"path\": \"\",\n    \"message\": \"no 'configuration' element\"\n  }\n]\n");
 }
 
 TEST(BackupCheckVerb, PrintsJson) {

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+
 #include "unit/backup/backup_test.h"
 
 namespace tarvo_backup {
@@ -66,6 +68,17 @@ TEST(BackupCommandLine, AFileThatCannotBeReadHasAStatusOfItsOwn) {
     EXPECT_EQ(refused.status, ExitStatus::cannotRead);
     EXPECT_EQ(refused.err, "tarvo-backup: /nonexistent/a.xml: No such file or directory\n");
     EXPECT_EQ(ran({"diff", "/", "-"}).status, ExitStatus::cannotRead);
+}
+
+TEST(BackupCommandLine, AnOutputThatCannotBeWrittenHasAStatusOfItsOwn) {
+    std::istringstream in("<configuration/>");
+    std::ostringstream out;
+    std::ostringstream err;
+    out.setstate(std::ios::badbit);
+    constexpr std::array kWords = {"tarvo-backup", "show", "-"};
+    EXPECT_EQ(run(kWords.size(), kWords.data(), {.in = in, .out = out, .err = err}),
+              ExitStatus::cannotWrite);
+    EXPECT_EQ(err.str(), "tarvo-backup: cannot write standard output\n");
 }
 
 TEST(BackupCommandLine, AFilesNameIsNoCommandToATerminal) {
