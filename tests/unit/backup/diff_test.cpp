@@ -219,6 +219,61 @@ TEST(BackupDiff, AMissingElementIsNotAnEmptyOne) {
                 ElementsAre("network/dns2:  -> -"));
 }
 
+TEST(BackupDiff, ATextThatIsGoneIsADifference) {
+    EXPECT_THAT(lines(between("<network><ip>10.0.0.1</ip></network>", "<network><ip/></network>")),
+                ElementsAre("network/ip: 10.0.0.1 -> "));
+}
+
+TEST(BackupDiff, NamesAreTheSameInAnyLetterCase) {
+    EXPECT_THAT(between("<network><ip>1</ip></network>", "<NETWORK><IP>1</IP></NETWORK>"),
+                IsEmpty());
+}
+
+TEST(BackupDiff, AnElementInsideAValueIsADifference) {
+    const std::string plain = "<network><ip>10.0.0.1</ip></network>";
+    const std::string filled = "<network><ip>10.0.0.1<x/></ip></network>";
+    EXPECT_THAT(lines(between(plain, filled)), ElementsAre("network/ip/x: - -> "));
+    EXPECT_THAT(lines(between(filled, plain)), ElementsAre("network/ip/x:  -> -"));
+    EXPECT_THAT(between(filled, filled), IsEmpty());
+}
+
+TEST(BackupDiff, OfSeveralElementsOfANameTheLastMayBeGone) {
+    EXPECT_THAT(
+        lines(between("<network><ip>1</ip><ip>2</ip></network>", "<network><ip>1</ip></network>")),
+        ElementsAre("network/ip: 2 -> -"));
+}
+
+TEST(BackupDiff, UnknownEntriesOfAListBelongTogetherByContent) {
+    EXPECT_THAT(
+        between("<diseqcs><a>1</a><a>2</a></diseqcs>", "<diseqcs><a>2</a><a>1</a></diseqcs>"),
+        IsEmpty());
+}
+
+TEST(BackupDiff, EntriesWithADoubledIdentityBelongTogetherWhateverTheirState) {
+    const auto input = [](const std::string& frequency, const std::string& quality) {
+        return "<input><inputId>1</inputId><type>0</type><frequency>" + frequency +
+               "</frequency><inputStatus><signalQuality>" + quality +
+               "</signalQuality></inputStatus></input>";
+    };
+    const auto inputs = [](const std::string& entries) {
+        return modules(module("02:01", "<inputs>" + entries + "</inputs>"));
+    };
+    EXPECT_THAT(between(inputs(input("11000", "Good") + input("12000", "Bad")),
+                        inputs(input("12000", "Good") + input("11000", "Bad"))),
+                IsEmpty());
+}
+
+TEST(BackupDiff, WhatHasNoConfigurationIsNotCompared) {
+    EXPECT_THAT(diff(parsed("<x/>"), configured("<network/>")), IsEmpty());
+    EXPECT_THAT(diff(configured("<network/>"), parsed("<x/>")), IsEmpty());
+}
+
+TEST(BackupDiff, ACamListThatIsNewIsADifference) {
+    EXPECT_THAT(lines(diff(parsed("<backup><configuration/></backup>"),
+                           parsed("<backup><configuration/><vsecureCAMList/></backup>"))),
+                ElementsAre("vsecureCAMList: - -> "));
+}
+
 TEST(BackupDiff, LiveStateIsLeftOutUnlessAskedFor) {
     const auto quality = [](const std::string& text) {
         return input("<inputStatus><signalQuality>" + text + "</signalQuality></inputStatus>");

@@ -99,6 +99,16 @@ TEST(DeferredDocument, TellsWhatIsMalformedInADeferredPart) {
     EXPECT_EQ(faultOf(good), at(0) + ": unexpected end of data");
 }
 
+TEST(DeferredDocument, HasOtherTextsAsTheyAre) {
+    const std::string text =
+        "<list>" + repeated(rows(manyRows()), 5) + "<entry><![CDATA[<y>]]></entry></list>";
+    EXPECT_EQ(loadedOf(text), undeferredOf(text));
+    DeferredDocument document(text, kPath);
+    const XmlNode& list = *document.firstNode();
+    EXPECT_EQ(list.first_node()->first_node()->first_node()->type(), rapidxml::node_cdata);
+    EXPECT_STREQ(list.last_node()->first_node()->value(), "<y>");
+}
+
 TEST(DeferredDocument, IsRefusedWhereADeferredPartIsNestedTooDeeply) {
     const std::string before = "<list>" + repeated(rows(manyRows()), 10);
     const auto nested = [&before](std::size_t levels) {
