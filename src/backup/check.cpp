@@ -285,8 +285,8 @@ class TreeCheck {
         });
     }
 
-    // SQLite takes nothing but a number for a row's id, and each only once. As a pattern (`_` and
-    // `%` stand for any characters) an id may find a row that is there.
+    // SQLite takes nothing but a number for a row's id, and each only once. As a pattern an id may
+    // find a row that is there.
     void checkRowId(const Element& entry, const XmlNode& node, std::set<long long>& rowIds) {
         const char* name = entry.children[0].name;
         const XmlNode* id = document::lastChildNamed(node, name);
@@ -296,9 +296,9 @@ class TreeCheck {
         const std::string_view text = textOf(*id);
         const auto rowId = rowIdOf(textOf(*id));
         if (!rowId) {
-            const bool isPattern = text.find_first_of("_%") != std::string_view::npos;
             within({.name = name}, [&] {
-                add(isPattern ? Severity::warning : error(), *id, inQuotes(text) + " is no number");
+                add(isRowIdPattern(text) ? Severity::warning : error(), *id,
+                    inQuotes(text) + " is no number");
             });
         } else if (!rowIds.insert(*rowId).second) {
             add(error(), node, kDoubled);

@@ -136,4 +136,11 @@ std::optional<long long> rowIdOf(const char* text) {
     return isWholeNumber(text) ? std::strtoll(text, nullptr, 10) : static_cast<long long>(value);
 }
 
+bool isRowIdPattern(std::string_view text) {
+    const std::size_t sign = text.rfind('-');
+    return text.find_first_of("_%") != std::string_view::npos &&
+           text.find_first_not_of("_%-0123456789") == std::string_view::npos &&
+           (sign == std::string_view::npos || sign == text.find_first_not_of('%'));
+}
+
 }  // namespace tarvo_backup

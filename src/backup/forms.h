@@ -25,4 +25,8 @@ bool isMinute(std::string_view text);
 // The id of a row, if SQLite takes the text for one: in its notation or as "2.0" or "1e2".
 std::optional<long long> rowIdOf(const char* text);
 
+// Whether SQLite's LIKE may find such an id by the text as a pattern, in which `_` and `%` stand
+// for any characters.
+bool isRowIdPattern(std::string_view text);
+
 }  // namespace tarvo_backup

@@ -189,7 +189,12 @@ TEST(BackupCheck, AnIdOfARowIsANumberThatIsThereOnce) {
     EXPECT_THAT(checked(networks({"one"})),
                 ElementsAre("error: dvbNetworks/dvbNetwork[id=one]/id: 'one' is no number"));
     // As a pattern it may find a row.
-    EXPECT_THAT(checked(networks({"_"})), ElementsAre(HasSubstr("warning: ")));
+    for (const char* pattern : {"_", "%", "1_", "-%", "%-1", "%%5"}) {
+        EXPECT_THAT(checked(networks({pattern})), ElementsAre(HasSubstr("warning: "))) << pattern;
+    }
+    for (const char* pattern : {"a%", "_-1", "1%-", "%--", "_.5"}) {
+        EXPECT_THAT(checked(networks({pattern})), ElementsAre(HasSubstr("error: "))) << pattern;
+    }
 }
 
 TEST(BackupCheck, DoubledIdentitiesThatTheImportTakesAreWarnings) {
