@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #include <string>
 
 #include "backup/values.h"
@@ -82,8 +82,14 @@ bool isDay(std::string_view text) {
     if (isYearFirst) {
         std::swap(parts[0], parts[2]);
     }
-    const std::chrono::year year(static_cast<int>(parts[2]));
-    return (year / std::chrono::month(parts[1]) / std::chrono::day(parts[0])).ok();
+    // Not <chrono>'s calendar, which g++ 10 lacks. A day that does not exist comes back as another.
+    std::tm date{};
+    date.tm_mday = static_cast<int>(parts[0]);
+    date.tm_mon = static_cast<int>(parts[1]) - 1;
+    date.tm_year = static_cast<int>(parts[2]) - 1900;
+    const std::tm asked = date;
+    timegm(&date);
+    return date.tm_mday == asked.tm_mday && date.tm_mon == asked.tm_mon;
 }
 
 }  // namespace
