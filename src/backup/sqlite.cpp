@@ -8,6 +8,7 @@
 
 #include "backup/interruption.h"
 #include "backup/progress.h"
+#include "platform/platform.h"
 
 namespace tarvo_backup {
 
@@ -111,6 +112,16 @@ void copyFile(const Source& source) {
     }
 }
 
+// Nobody can use a file that is no database, so that nobody loses it. An empty one is a database.
+void emptyRuin(const std::string& path) {
+    // What was left beside it would be taken for the new one's.
+    for (const char* suffix : {kJournal, "-wal", "-shm"}) {
+        platform::removeFile(path + suffix);
+    }
+    std::error_code ignored;  // the next copy finds the ruin again
+    fs::resize_file(path, 0, ignored);
+}
+
 int copyContent(const Source& source) {
     if (source.asItIs) {
         copyFile(source);
@@ -187,8 +198,15 @@ void takeCopies(const std::vector<CopyJob>& jobs) {
 void putBack(const CopyJob& job) {
     const Connection from = openConnection(job.from, Access::readOnly);
     const Connection to = openConnection(job.to, Access::readWrite);
-    const auto copy = [&] { return copyPages(to.get(), from.get()); };
-    check(whileBusy(copy, [] {}), ExitStatus::cannotWrite, job.to);
+    const auto copy = [&] {
+        return whileBusy([&] { return copyPages(to.get(), from.get()); }, [] {});
+    };
+    int code = copy();
+    if (code == SQLITE_NOTADB) {
+        emptyRuin(job.to);
+        code = copy();
+    }
+    check(code, ExitStatus::cannotWrite, job.to);
 }
 
 }  // namespace tarvo_backup

@@ -56,8 +56,8 @@ struct CopyJob {
 // only read. Throws DatabaseFault (cannotRead), and Interrupted.
 void takeCopies(const std::vector<CopyJob>& jobs);
 
-// Makes the content of a database that others use that of `copy`, all or nothing. Waits in the same
-// way. Throws DatabaseFault (cannotWrite).
+// Makes the content of a database that others use that of a copy, all or nothing unless the file
+// was no database any more. Waits in the same way. Throws DatabaseFault (cannotWrite).
 void putBack(const CopyJob& job);
 
 }  // namespace tarvo_backup

@@ -569,6 +569,21 @@ class RestoreTest(EndToEndTest):
                     result.stderr.decode(),
                 )
 
+    def test_an_undo_makes_a_database_of_what_is_none_any_more(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        database = device.path(CONFIG_DB)
+        database.write_bytes(b"no database" * 1000)
+        database.chmod(0o640)
+        journal = database.with_name(database.name + "-journal")
+        journal.write_bytes(b"\xd9\xd5\x05\xf9\x20\xa1\x63\xd7" + bytes(600))
+        result = self.backup(device, "undo")
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(before, contents(device))
+        self.assertEqual(0o640, stat.S_IMODE(database.stat().st_mode))
+        self.assertFalse(journal.exists())
+
     def test_killed_at_any_moment_it_is_before_or_after(self) -> None:
         template = self.made()
         before = contents(template)
