@@ -189,12 +189,14 @@ void closeStreams() {
 }
 
 void startWatching(const std::string& id, RestoreLock& lock) {
-    const pid_t child = fork();
-    if (child < 0) {
-        throw Fault(ExitStatus::failure, "cannot start the process that would undo the restore");
-    }
-    if (child == 0) {
-        watch(id, lock);
+    switch (fork()) {
+        case -1:
+            throw Fault(ExitStatus::failure,
+                        "cannot start the process that would undo the restore");
+        case 0:
+            watch(id, lock);
+        default:
+            break;
     }
 }
 
