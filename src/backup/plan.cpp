@@ -64,12 +64,13 @@ std::vector<PlannedError> plannedErrors(const Document& document,
     return planned;
 }
 
-// The lines of the import's log that tell of a fault.
+// The lines of the import's log that tell of a fault: those that it writes itself, which all begin
+// alike, and those of the databases.
 std::vector<std::string> complaintsIn(const std::vector<LogLine>& log) {
     constexpr std::string_view kPrefix = "r9::: ";
     std::vector<std::string> complaints;
     for (const auto& [priority, text] : log) {
-        const bool isOfImport = priority == (LOG_NEWS | LOG_ERR) && text.starts_with(kPrefix);
+        const bool isOfImport = priority == (LOG_NEWS | LOG_ERR);
         if (!isOfImport && !text.starts_with("[ERROR_DB]")) {
             continue;
         }
