@@ -90,7 +90,7 @@ class CopyTest(unittest.TestCase):
         other, stranger = home / "other", home / "stranger"
         for place in (other, stranger):
             place.mkdir(mode=0o700)
-        (home / "headends/headends.asc").rename(other / "headends.asc")
+        (home / "headends.asc").rename(other / "headends.asc")
         result = self.sh(other, back)
         self.assertEqual(0, result.returncode, result.stderr)
         result = subprocess.run(
