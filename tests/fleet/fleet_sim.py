@@ -14,6 +14,7 @@ import getpass
 import json
 import os
 import pty
+import select
 import shlex
 import shutil
 import signal
@@ -37,6 +38,7 @@ SSHD = "/usr/sbin/sshd"
 # That one sshd listens on.
 MOST_ADDRESSES = 16
 FLEET = REPOSITORY / "fleet"
+QUESTION = b"? yes or no"
 
 
 @dataclass(frozen=True)
@@ -192,11 +194,11 @@ class Headends:
         under: tuple[str | Path, ...] = (),
         inventory: Path | None = None,
         playbook: str | None = None,
-        typed: dict[str, str] | None = None,
+        typed: str | None = None,
         **environment: str,
     ) -> Run:
         """ansible-playbook fleet/playbooks/NAME.yml; `extra` are its -e variables. With `typed` somebody
-        sits at a terminal and types each of these answers when its question comes.
+        sits at a terminal and answers this to every question.
         """
         playbook = playbook or FLEET / f"playbooks/{name}.yml"
         command = [*under, "ansible-playbook", "-i", inventory or self.inventory(), playbook, *words]
@@ -254,7 +256,7 @@ class Headends:
                 time.sleep(0.02)
 
 
-def _at_a_terminal(command: list[str | Path], environment: dict[str, str], typed: dict[str, str]) -> Run:
+def _at_a_terminal(command: list[str | Path], environment: dict[str, str], typed: str) -> Run:
     ours, theirs = pty.openpty()
     process = subprocess.Popen(
         command,
@@ -267,13 +269,15 @@ def _at_a_terminal(command: list[str | Path], environment: dict[str, str], typed
     )
     os.close(theirs)
     output = b""
-    questions = dict(typed)
     # The terminal of a program that has ended cannot be read.
     with contextlib.suppress(OSError):
-        while part := os.read(ours, 1 << 16):
-            output += part
-            for question in [q for q in questions if q.encode() in output]:
-                os.write(ours, questions.pop(question).encode() + b"\r")
+        while True:
+            ready, _, _ = select.select([ours], [], [], 1)
+            if ready:
+                output += os.read(ours, 1 << 16)
+            elif QUESTION in output:
+                # Ansible asks, and then throws away what has been typed so far; so as often as it is quiet.
+                os.write(ours, typed.encode() + b"\r")
     os.close(ours)
     return Run(process.wait(), output.decode("utf-8", "replace"))
 
