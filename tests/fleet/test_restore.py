@@ -312,9 +312,10 @@ class RestoreTest(unittest.TestCase):
         document = self.edited("Hotel Atlântico", "Villa Aurora")
         # The session dies as soon as there is a place for the document; the rest of it never comes.
         cat = device.path("/tarvo/bin/cat")
-        cat.write_text('#!/bin/sh\nsleep 1\nexec /bin/cat "$@"\n')
+        place = "/tmp/tarvo-fleet/restore/document.xml"
+        cat.write_text(f'#!/bin/sh\n[ ! -e {place} ] || sleep 600\nexec /bin/cat "$@"\n')
         cat.chmod(0o755)
-        self.headends.drop_at("hotel", "/tmp/tarvo-fleet/restore/document.xml")
+        self.headends.drop_at("hotel", place)
         run = self.bad(self.restore(document=document))
         self.assertIn("the connection was lost", run.output)
         cat.unlink()
