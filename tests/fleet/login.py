@@ -32,7 +32,7 @@ command=$!
 exec 3<&-
 if [ -n "$3" ]; then
     while kill -0 "$command" 2>/dev/null && [ ! -e "$3" ]; do sleep 0.02; done
-    kill -9 "-$command" 2>/dev/null && echo dropped >"$2"
+    [ -e "$3" ] && kill -9 "-$command" 2>/dev/null && echo dropped >"$2"
 fi
 wait "$command"
 status=$?
