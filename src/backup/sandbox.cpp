@@ -72,6 +72,7 @@ void Sandbox::startAfresh() {
     Traffic fresh;
     fresh.files = std::move(traffic_.files);
     traffic_ = std::move(fresh);
+    document::lastRead = nullptr;  // the tree of the run before is gone
 }
 
 // The debug log tells of each error as a command records it.

@@ -87,10 +87,9 @@ void keepIfPlain(sqlite3_context* context, std::string_view pattern) {
         !std::all_of(pattern.begin(), pattern.end(), standsForItself)) {
         return;
     }
-    if (auto* plain = new (std::nothrow) PlainPattern(pattern)) {
-        sqlite3_set_auxdata(context, 0, plain,
-                            [](void* kept) { delete static_cast<PlainPattern*>(kept); });
-    }
+    // Without memory for it null is kept, which counts as nothing kept.
+    sqlite3_set_auxdata(context, 0, new (std::nothrow) PlainPattern(pattern),
+                        [](void* kept) { delete static_cast<PlainPattern*>(kept); });
 }
 
 // What SQLite's own does, in its order.
