@@ -24,12 +24,14 @@ from typing import BinaryIO
 SIM_RUN = Path(__file__).resolve().parents[2] / "sim/run"
 
 # Runs "$1", tells the pipe "$2" how it ended, and waits for what it left behind: process 1 is
-# bubblewrap. When there is a path "$3", the command dies as soon as that is there.
+# bubblewrap. It stays although nobody reads any more what it says, of the command's death, too. When
+# there is a path "$3", the command dies as soon as that is there.
 SHELL = """
 exec 3<&0
 setsid sh -c "$1" <&3 3<&- &
 command=$!
 exec 3<&-
+trap '' PIPE
 if [ -n "$3" ]; then
     while kill -0 "$command" 2>/dev/null && [ ! -e "$3" ]; do sleep 0.02; done
     [ -e "$3" ] && kill -9 "-$command" 2>/dev/null && echo dropped >"$2"
