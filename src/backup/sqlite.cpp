@@ -8,6 +8,7 @@
 
 #include "backup/interruption.h"
 #include "backup/progress.h"
+#include "db/trusted_files.h"
 #include "platform/platform.h"
 
 namespace tarvo_backup {
@@ -88,9 +89,18 @@ struct Source {
     bool asItIs = false;  // as a file, without SQLite
 };
 
+// What somebody else has put there can be a pipe, which never ends, or a link to any file.
+void checkTrusted(const std::string& path) {
+    if (const std::string reason = tarvodb::reasonAgainst(path); !reason.empty()) {
+        throw Fault(ExitStatus::cannotRead, reason);
+    }
+}
+
 // Takes hold of one more. A source that SQLite cannot read as it stands is taken as a file.
 int hold(Source& source) {
+    checkTrusted(source.job->from);
     int code = open(source.job->from, Access::readOnly, source.db);
+    checkTrusted(source.job->from);
     code = code == SQLITE_OK ? beginReading(source.db.get()) : code;
     switch (code) {
         case SQLITE_NOTADB:

@@ -53,7 +53,8 @@ struct CopyJob {
 // Copies whole databases, all of them as they are at one moment: their writers are waited for, half
 // a minute at most. A source that is not there leaves no file; one that is no database is copied
 // as it is; one with a journal that still has to be rolled back is copied with it. The sources are
-// only read. Throws DatabaseFault (cannotRead), and Interrupted.
+// only read, and those that db/trusted_files.h speaks against not even opened. Throws DatabaseFault
+// or Fault (cannotRead), and Interrupted.
 void takeCopies(const std::vector<CopyJob>& jobs);
 
 // Makes the content of a database that others use that of a copy, all or nothing unless the file

@@ -195,6 +195,18 @@ class RestoreTest(EndToEndTest):
             [action.split()[0] for action in result.actions[half:]],
         )
 
+    def test_a_neighbours_pipe_beside_the_state_database_keeps_no_undo(self) -> None:
+        device = self.made()
+        before = contents(device)
+        result = self.in_shell(
+            device,
+            f'"$PROGRAM" restore --yes --confirm 1 {DOCUMENT} &&'
+            ' mkfifo /tmp/temp_global.sqlite-journal && "$PROGRAM" undo',
+        )
+        self.assertEqual(0, result.status, result.stderr)
+        device.path("/tmp/temp_global.sqlite-journal").unlink()
+        self.assertEqual(before, contents(device))
+
     def test_when_the_time_is_over_the_restore_is_undone_without_anyone(self) -> None:
         device = self.made()
         before = contents(device)

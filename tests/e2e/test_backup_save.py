@@ -14,7 +14,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 
-from e2e import BACKUP_PROGRAM, CONFIG_DB, Device, EndToEndTest, Result, golden, main, models
+from e2e import BACKUP_PROGRAM, CONFIG_DB, STATE_DB, Device, EndToEndTest, Result, golden, main, models
 
 FOLDER = "/tarvo/backup"
 SAVES = int(os.environ.get("TARVO_SAVES", "10"))
@@ -244,9 +244,22 @@ class SaveTest(EndToEndTest):
             stranger.bind(os.path.relpath(path))
             result = self.save(device)
         self.assertEqual(
-            (3, f"tarvo-backup: {CONFIG_DB}: unable to open database file\n"),
+            (3, f"tarvo-backup: {CONFIG_DB} is not a regular file\n"),
             (result.status, result.stderr.decode()),
         )
+
+    def test_what_a_neighbour_puts_beside_the_state_database_is_not_opened(self) -> None:
+        device = self.device("QRA-310")
+        beside = device.path(STATE_DB + "-journal")
+        for make, what in ((os.mkfifo, "pipe"), (lambda path: os.symlink("/dev/zero", path), "link")):
+            with self.subTest(what):
+                make(beside)
+                result = self.save(device)
+                self.assertEqual(3, result.status, result.stderr)
+                self.assertEqual(
+                    f"tarvo-backup: {STATE_DB}-journal is not a regular file\n", result.stderr.decode()
+                )
+                beside.unlink()
 
     def test_a_folder_that_is_none_or_others_may_write_to_is_refused(self) -> None:
         device = self.device("WVX-BQ4")
