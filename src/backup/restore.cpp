@@ -279,7 +279,7 @@ Undone undo(RestoreState state) {
     beginStep("Running the scripts again");
     const OutputMuted muted;
     runAgain(state.scripts);
-    const Undone undone{.document = state.document, .moment = std::time(nullptr)};
+    Undone undone{.document = state.document, .moment = std::time(nullptr)};
     rememberUndone(undone);
     removeState();
     return undone;
