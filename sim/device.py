@@ -223,8 +223,8 @@ class Running:
     def kill(self, signal_number: int = signal.SIGKILL) -> None:
         """Sends the program a signal, waiting for it to be there first."""
         while self.process.poll() is None:
-            for first in _children(self.process.pid):
-                for program in _children(first):
+            for first in children(self.process.pid):
+                for program in children(first):
                     with suppress(ProcessLookupError):  # it has just ended by itself
                         os.kill(program, signal_number)
                     return
@@ -439,14 +439,20 @@ def _complaint(bwrap: str) -> str:
     return message or "no reason given" if result.returncode else ""
 
 
-def _children(parent: int) -> list[int]:
-    found = []
-    for entry in Path("/proc").glob("[0-9]*/stat"):
-        try:
-            # The name of the program stands in brackets and may hold anything.
-            fields = entry.read_bytes().rpartition(b")")[2].split()
-        except OSError:
-            continue
-        if int(fields[1]) == parent:
-            found.append(int(entry.parent.name))
-    return found
+def children(parent: int) -> list[int]:
+    """The processes that it started and that have not ended."""
+    return [int(each.name) for each in Path("/proc").glob("[0-9]*") if _parent(each) == parent]
+
+
+def is_running(process: int) -> bool:
+    return _parent(Path(f"/proc/{process}")) is not None
+
+
+def _parent(process: Path) -> int | None:
+    """Of a process that has not ended."""
+    try:
+        # The name of the program stands in brackets and may hold anything.
+        state, parent, *_ = (process / "stat").read_bytes().rpartition(b")")[2].split()
+    except OSError:
+        return None
+    return None if state in (b"Z", b"X") else int(parent)

@@ -30,7 +30,7 @@ from pathlib import Path
 REPOSITORY = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(REPOSITORY / "sim"))
 
-from device import Device  # noqa: E402
+from device import Device, children, is_running  # noqa: E402
 
 CONFIG = Path(os.environ.get("TARVO_CONFIG", REPOSITORY / "build/release/bin/tarvo-config"))
 BACKUP = Path(os.environ.get("TARVO_BACKUP", CONFIG.with_name("tarvo-backup")))
@@ -45,6 +45,16 @@ QUESTION = b"? yes or no"
 class Run:
     status: int
     output: str
+
+
+def _end(sim_run: int) -> None:
+    """Returns when nothing of its device runs any more: what is being killed may work for a moment."""
+    first = [process for bubblewrap in children(sim_run) for process in children(bubblewrap)]
+    for process in (sim_run, *first):
+        with contextlib.suppress(ProcessLookupError):
+            os.kill(process, signal.SIGKILL)
+    while any(is_running(process) for process in first):
+        time.sleep(0.005)
 
 
 class Headends:
@@ -119,7 +129,7 @@ class Headends:
             with contextlib.suppress(OSError):
                 words = (entry / "cmdline").read_bytes().decode("utf-8", "replace").split("\0")
                 if len(words) > 3 and words[1].endswith("sim/run") and words[3] == device:
-                    os.kill(int(entry.name), signal.SIGKILL)
+                    _end(int(entry.name))
 
     def start(self) -> None:
         """sshd, on an address per headend."""
