@@ -9,10 +9,20 @@ namespace tarvodb {
 
 namespace {
 
-// SQLite asks this before it stores anything; not 0 refuses.
+// SQLite asks these before it stores anything; not 0 refuses.
 int refuse(void*) { return 1; }
 
+// What is stored after the database's name has gone, or become another file's, is lost with the
+// file.
+int refuseWhenMoved(void* db) {
+    int moved = 0;
+    sqlite3_file_control(static_cast<sqlite3*>(db), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    return moved;
+}
+
 void refuseCommits(sqlite3* db) { sqlite3_commit_hook(db, refuse, nullptr); }
+
+void allowOwnCommit(sqlite3* db) { sqlite3_commit_hook(db, refuseWhenMoved, db); }
 
 void allowCommits(sqlite3* db) { sqlite3_commit_hook(db, nullptr, nullptr); }
 
@@ -27,9 +37,11 @@ bool Transaction::begin() {
 }
 
 bool Transaction::commit() {
-    allowCommits(db_);
+    allowOwnCommit(db_);
     const bool committed = run("COMMIT");
-    if (!committed) {
+    if (committed) {
+        allowCommits(db_);
+    } else {
         refuseCommits(db_);
     }
     return committed;

@@ -15,8 +15,9 @@ enum class Tries : std::uint8_t { one, three };
 // A full disk, an I/O error or missing memory makes SQLite undo the whole transaction by itself
 // and go back to storing every statement at once. Between a begin that succeeded and the end
 // nothing is stored all the same: what follows such an undo fails, COMMIT included, until the
-// handle is closed. A transaction that is neither committed nor rolled back is undone when its
-// handle is closed.
+// handle is closed. Nor is anything stored into a file that has lost its name meanwhile, because
+// somebody has put another in its place. A transaction that is neither committed nor rolled back is
+// undone when its handle is closed.
 class Transaction {
   public:
     Transaction(sqlite3* db, Tries tries) : db_(db), tries_(tries) {}

@@ -297,6 +297,24 @@ TEST_F(RunModes, ASecondTrySeesWhatTheFirstLeft) {
     EXPECT_EQ(err(), "Error: 203\n");
 }
 
+TEST_F(RunModes, ATryWhoseDatabaseIsReplacedStoresIntoTheNewOneNextTime) {
+    const std::filesystem::path database = device.path(tarvodb::kConfigDatabase);
+    const std::filesystem::path restored = database.string() + ".restored";
+    std::filesystem::copy_file(database, restored);
+    device.beforeStatement("COMMIT", [&] { std::filesystem::rename(restored, database); });
+    device.writeFile(kDocument,
+                     "<configuration><network><ip>10.0.0.9</ip></network></configuration>");
+
+    EXPECT_EQ(importWithRetries(kDocument), ExitStatus::success);
+
+    EXPECT_THAT(
+        device.query(tarvodb::kConfigDatabase,
+                     "SELECT valor FROM configuracionWebGlobal WHERE nombre = 'network_IP'"),
+        ElementsAre(test::Row{"10.0.0.9"}));
+    EXPECT_THAT(device.shellCommands(), ElementsAre("/tarvo/script/WAN_from_DB.sh"));
+    EXPECT_EQ(err(), "Error: 102\n");
+}
+
 }  // namespace
 
 }  // namespace app

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <filesystem>
+
 #include "db/database.h"
 #include "support/fake_device.h"
 
@@ -107,6 +109,27 @@ TEST_F(TransactionTest, WhoseCommitSqliteHasUndoneStoresNothing) {
     EXPECT_FALSE(transaction().commit());
     EXPECT_EQ(device.statements().size(), 5U);
     EXPECT_THAT(stored(), IsEmpty());
+}
+
+TEST_F(TransactionTest, StoresNothingIntoAFileThatAnotherHasReplaced) {
+    const std::filesystem::path database = device.path(kConfigDatabase);
+    const std::filesystem::path copy = database.string() + ".copy";
+    EXPECT_TRUE(transaction().begin());
+    EXPECT_EQ(run(kInsert), SQLITE_OK);
+    std::filesystem::copy_file(database, copy);
+    device.beforeStatement("COMMIT", [&] { std::filesystem::rename(copy, database); });
+    EXPECT_FALSE(transaction().commit());
+    EXPECT_EQ(device.statements().size(), 5U);
+    EXPECT_FALSE(transaction().rollback());
+    close();
+    EXPECT_THAT(stored(), IsEmpty());
+}
+
+TEST_F(TransactionTest, StoresNothingIntoAFileThatIsGone) {
+    EXPECT_TRUE(transaction().begin());
+    EXPECT_EQ(run(kInsert), SQLITE_OK);
+    device.removeFile(kConfigDatabase);
+    EXPECT_FALSE(transaction().commit());
 }
 
 TEST_F(TransactionTest, ThatHasEndedLeavesTheHandleAsItWas) {
