@@ -1,5 +1,6 @@
-"""What a night costs: scripts/bench fleet [NUMBER...]. Simulated headends behind sshd on loopback."""
+"""What a night costs: simulated headends behind sshd on loopback."""
 
+import argparse
 import resource
 import statistics
 import sys
@@ -96,11 +97,16 @@ def steps() -> None:
 
 
 def main() -> None:
+    parser = argparse.ArgumentParser(prog="scripts/bench fleet", description=__doc__)
+    parser.add_argument(
+        "numbers", nargs="*", type=int, default=[10, 50], metavar="NUMBER", help="how many headends"
+    )
+    arguments = parser.parse_args()
     print("| step | CPU ms of this machine | wall ms |\n|---|---|---|")
     steps()
     print("\n| headends | night | CPU s | wall s | CPU ms a headend | wall ms a headend |")
     print("|---|---|---|---|---|---|")
-    for number in map(int, sys.argv[1:] or ("10", "50")):
+    for number in arguments.numbers:
         nights(number)
 
 

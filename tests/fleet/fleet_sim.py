@@ -11,6 +11,7 @@ from __future__ import annotations
 import contextlib
 import fcntl
 import getpass
+import ipaddress
 import json
 import os
 import pty
@@ -35,6 +36,7 @@ from device import Device, children, is_running  # noqa: E402
 CONFIG = Path(os.environ.get("TARVO_CONFIG", REPOSITORY / "build/release/bin/tarvo-config"))
 BACKUP = Path(os.environ.get("TARVO_BACKUP", CONFIG.with_name("tarvo-backup")))
 SSHD = "/usr/sbin/sshd"
+FIRST_ADDRESS = ipaddress.IPv4Address("127.0.1.1")
 # That one sshd listens on.
 MOST_ADDRESSES = 16
 FLEET = REPOSITORY / "fleet"
@@ -88,7 +90,7 @@ class Headends:
 
     def add(self, host: str, model: str, *, with_backup: bool = True, **variables: object) -> Device:
         """A headend of that name in the inventory; `variables` are the inventory's."""
-        address = f"127.0.1.{len(self.devices) + 1}"
+        address = str(FIRST_ADDRESS + len(self.devices))
         self._addresses[host] = address
         folder = self.folder / address
         folder.mkdir()
