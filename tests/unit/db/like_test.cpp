@@ -3,11 +3,12 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <cstdlib>
 #include <random>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "support/environment.h"
 
 namespace tarvodb {
 
@@ -170,18 +171,13 @@ class Values {
     std::mt19937_64 random_;
 };
 
-// TARVO_LIKE_PAIRS asks for more pairs, TARVO_LIKE_SEED for others.
-unsigned long fromEnvironment(const char* name, unsigned long otherwise) {
-    const char* text = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): one thread
-    return text == nullptr ? otherwise : std::strtoul(text, nullptr, 10);
-}
-
 }  // namespace
 
+// TARVO_LIKE_PAIRS asks for more pairs, TARVO_LIKE_SEED for others.
 TEST_F(QuickLike, IsTheSameForAnyPairOfValues) {
     constexpr unsigned long kValues = 1000;
-    const unsigned long pairs = fromEnvironment("TARVO_LIKE_PAIRS", 300'000);
-    Values values(static_cast<unsigned>(fromEnvironment("TARVO_LIKE_SEED", 1)));
+    const unsigned long pairs = test::fromEnvironment("TARVO_LIKE_PAIRS", 300'000);
+    Values values(static_cast<unsigned>(test::fromEnvironment("TARVO_LIKE_SEED", 1)));
 
     execute("CREATE TABLE value (x); BEGIN");
     sqlite3_stmt* insert = prepared("INSERT INTO value VALUES (?)");

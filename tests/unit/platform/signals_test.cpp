@@ -21,6 +21,8 @@ TEST(HeldSignalsDeathTest, TakeEffectAtTheirEnd) {
     for (const int number : {SIGTERM, SIGINT}) {
         EXPECT_EXIT(
             {
+                // A shell starts what runs in the background with SIGINT ignored.
+                std::signal(number, SIG_DFL);
                 {
                     const HeldSignals held;
                     raise(number);
