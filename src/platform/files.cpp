@@ -105,6 +105,42 @@ bool writeWhole(Descriptor& file, std::span<const std::string> pieces, const Fil
            ::fsync(file.number()) == 0 && file.close();
 }
 
+// Writes a file beside `path`, which giveName(beside, path) then gives that name.
+template <class GiveName>
+bool writeBeside(const std::string& path, std::span<const std::string> pieces,
+                 const FileAccess& access, GiveName giveName) {
+    std::string beside = path + ".new-XXXXXX";
+    Descriptor file(::mkostemp(beside.data(), O_CLOEXEC));
+    if (!file.isOpen()) {
+        return false;
+    }
+    if (!writeWhole(file, pieces, access) || !giveName(beside.c_str(), path.c_str())) {
+        const int error = errno;
+        ::unlink(beside.c_str());
+        errno = error;
+        return false;
+    }
+    return syncFolderOf(path);
+}
+
+// Fails with EEXIST where something has the name.
+bool renameToNew(const char* from, const char* to) {
+    if (::link(from, to) == 0) {
+        ::unlink(from);
+        return true;
+    }
+    const bool areLinksUnknown = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
+    if (!areLinksUnknown) {
+        return false;
+    }
+    // Between the look and the rename another program may take the name.
+    if (status(to)) {
+        errno = EEXIST;
+        return false;
+    }
+    return std::rename(from, to) == 0;
+}
+
 }  // namespace
 
 std::optional<FileStatus> status(const std::string& path) {
@@ -148,16 +184,13 @@ bool write(const std::string& path, const std::string& content) {
 
 bool replace(const std::string& path, std::span<const std::string> pieces,
              const FileAccess& access) {
-    std::string beside = path + ".new-XXXXXX";
-    Descriptor file(::mkostemp(beside.data(), O_CLOEXEC));
-    if (!file.isOpen()) {
-        return false;
-    }
-    if (!writeWhole(file, pieces, access) || std::rename(beside.c_str(), path.c_str()) != 0) {
-        ::unlink(beside.c_str());
-        return false;
-    }
-    return syncFolderOf(path);
+    return writeBeside(path, pieces, access, [](const char* beside, const char* name) {
+        return std::rename(beside, name) == 0;
+    });
+}
+
+bool create(const std::string& path, const std::string& content, const FileAccess& access) {
+    return writeBeside(path, {&content, 1}, access, renameToNew);
 }
 
 void occupyStandardStreams() {

@@ -19,6 +19,10 @@ inline bool replace(const std::string& path, const std::string& content, const F
     return replace(path, {&content, 1}, access);
 }
 
+// The same for a file that must be new: fails with EEXIST, whoever was quicker, where something has
+// the name. On a file system without hard links somebody who writes meanwhile is replaced.
+bool create(const std::string& path, const std::string& content, const FileAccess& access);
+
 // Puts something in the place of standard streams that the program was started without: the next
 // file that is opened would be there otherwise, and be written to. Writing to them fails.
 void occupyStandardStreams();

@@ -12,6 +12,8 @@
 #include <fstream>
 #include <thread>
 
+#include "support/temporary_folder.h"
+
 namespace platform::files {
 
 namespace {
@@ -20,32 +22,11 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Files : public testing::Test {
+class Files : public test::InTemporaryFolder {
   protected:
-    Files() {
-        std::string name = (fs::temp_directory_path() / "tarvo-files-XXXXXX").string();
-        folder_ = mkdtemp(name.data());
-    }
-    ~Files() override { fs::remove_all(folder_); }
-
-    [[nodiscard]] std::string path(const std::string& name) const { return folder_ / name; }
-    [[nodiscard]] std::vector<std::string> names() const {
-        std::vector<std::string> found;
-        for (const auto& entry : fs::directory_iterator(folder_)) {
-            found.push_back(entry.path().filename());
-        }
-        std::sort(found.begin(), found.end());
-        return found;
-    }
-    void write(const std::string& name, const std::string& content) const {
-        std::ofstream(path(name), std::ios::binary) << content;
-    }
     [[nodiscard]] unsigned modeOf(const std::string& name) const {
         return status(path(name)).value_or(FileStatus{}).mode;
     }
-
-  private:
-    fs::path folder_;
 };
 
 // The content that cannot be written beyond `size` bytes of a file.
@@ -159,6 +140,35 @@ TEST_F(Files, AFullDiskLeavesTheOldFileAndNoOther) {
     }
     EXPECT_EQ(read(path("f")), "old");
     EXPECT_THAT(names(), ElementsAre("f"));
+}
+
+TEST_F(Files, ACreatedFileHasTheContentAndTheMode) {
+    EXPECT_TRUE(create(path("f"), "new", {.mode = 0600}));
+    EXPECT_EQ(read(path("f")), "new");
+    EXPECT_EQ(modeOf("f"), 0600U);
+    EXPECT_THAT(names(), ElementsAre("f"));
+}
+
+TEST_F(Files, WhatHasTheNameAlreadyIsNotReplacedByACreatedOne) {
+    write("f", "old");
+    fs::create_directory(path("folder"));
+    fs::create_symlink(path("nowhere"), path("link"));
+    for (const char* name : {"f", "folder", "link"}) {
+        errno = 0;
+        EXPECT_FALSE(create(path(name), "new", {.mode = 0600})) << name;
+        EXPECT_EQ(errno, EEXIST) << name;
+    }
+    EXPECT_EQ(read(path("f")), "old");
+    EXPECT_THAT(names(), ElementsAre("f", "folder", "link"));
+}
+
+TEST_F(Files, AFullDiskLeavesNothingOfACreatedFile) {
+    {
+        const SizeLimit limit(5);
+        EXPECT_FALSE(create(path("f"), "longer than that", {.mode = 0600}));
+        EXPECT_EQ(errno, EFBIG);
+    }
+    EXPECT_THAT(names(), IsEmpty());
 }
 
 TEST_F(Files, AFileIsReadWhole) {
