@@ -14,6 +14,7 @@ struct Difference {
     // Below `configuration` or `backup`, the entries of lists with what identifies them:
     // "modules/module[mac=02:1E:A4:00:10:01]/services/service[outputId=1,outputSid=501]/lcn". An
     // entry that nothing identifies has its place in its list instead, from 1: "serviceEPG[3]".
+    // What is very long is without its middle.
     std::string path;
     // The element's text, or its XML where it holds elements; nothing where it is missing.
     std::optional<std::string> oldText;

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "backup/utf8.h"
+
 namespace tarvo_backup {
 
-std::string inQuotes(std::string_view text) { return "'" + onOneLine(text) + "'"; }
+std::string inQuotes(std::string_view text) { return "'" + onOneLine(shortened(text)) + "'"; }
 
 std::vector<Finding> Findings::byPosition() && {
     std::stable_sort(list_.begin(), list_.end(), [](const Finding& a, const Finding& b) {

@@ -35,7 +35,7 @@ class Findings {
     std::vector<Finding> list_;
 };
 
-// As messages show a text of the document.
+// As messages show a text of the document: on one line, a long one without its middle.
 std::string inQuotes(std::string_view text);
 
 // Finds faults on its way through the elements of a document.

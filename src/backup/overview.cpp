@@ -8,6 +8,7 @@
 
 #include "backup/secrets.h"
 #include "backup/tree.h"
+#include "backup/utf8.h"
 #include "document/input_type.h"
 
 namespace tarvo_backup {
@@ -108,6 +109,8 @@ class Making {
             return {};
         }
         configuration_ = configuration;
+        networks_ = numbered("dvbNetworks", "id");
+        positions_ = numbered("diseqcs", "position");
         for (const Part& part : kParts) {
             addPart(*configuration, part);
         }
@@ -207,7 +210,7 @@ class Making {
 
     static std::string moduleName(const XmlNode& module) {
         const std::string name = textIn(module, "name");
-        return name.empty() ? textIn(module, "mac") : name;
+        return shortened(name.empty() ? textIn(module, "mac") : name);
     }
 
     static std::string scrambling(const XmlNode& service) {
@@ -249,15 +252,25 @@ class Making {
 
     // --- Modules -------------------------------------------------------------------------------
 
-    // The entry of one of the configuration's lists whose child `name` is this number.
-    [[nodiscard]] const XmlNode* entryWith(const char* list, const char* name, int number) const {
+    // The entries of a list by the number in their child `name`.
+    using Numbered = std::map<int, const XmlNode*>;
+
+    [[nodiscard]] Numbered numbered(const char* list, const char* name) const {
+        Numbered entries;
         for (const XmlNode* entry : entriesOf(*configuration_, list)) {
-            const XmlNode* child = document::lastChildNamed(*entry, name);
-            if (child != nullptr && numberOf(*child) == number) {
-                return entry;
+            if (const XmlNode* child = document::lastChildNamed(*entry, name)) {
+                entries.emplace(numberOf(*child), entry);  // the first of several
             }
         }
-        return nullptr;
+        return entries;
+    }
+
+    // What the child `name` refers to by its number.
+    static const XmlNode* referred(const Numbered& entries, const XmlNode& parent,
+                                   const char* name) {
+        const XmlNode* child = document::lastChildNamed(parent, name);
+        const auto found = child == nullptr ? entries.end() : entries.find(numberOf(*child));
+        return found == entries.end() ? nullptr : found->second;
     }
 
     void addModule(const XmlNode& module) {
@@ -269,11 +282,10 @@ class Making {
             }
         }
         if (const XmlNode* id = document::lastChildNamed(module, "dvbNetworkId")) {
-            const XmlNode* network = entryWith("dvbNetworks", "id", numberOf(*id));
-            section.fields.emplace_back(
-                "DVB network",
-                document::textOf(*id) +
-                    (network == nullptr ? std::string() : " (" + textIn(*network, "name") + ")"));
+            const XmlNode* network = referred(networks_, module, "dvbNetworkId");
+            const std::string name =
+                network == nullptr ? "" : " (" + shortened(textIn(*network, "name")) + ")";
+            section.fields.emplace_back("DVB network", document::textOf(*id) + name);
         }
         addInputs(module, section);
         if (const auto outputs = entriesOf(module, "outputs"); !outputs.empty()) {
@@ -293,10 +305,9 @@ class Making {
     // Of a satellite input the DiSEqC position tells the polarity, and the band where it has none.
     [[nodiscard]] std::string reception(const XmlNode& input) const {
         std::string text = textIn(input, "bandwidth");
-        const XmlNode* diseqc = document::lastChildNamed(input, "diseqc");
-        if (const XmlNode* position =
-                diseqc == nullptr ? nullptr : entryWith("diseqcs", "position", numberOf(*diseqc))) {
-            text = textIn(*position, "polarity") + ", " + textIn(*position, "band");
+        if (const XmlNode* position = referred(positions_, input, "diseqc")) {
+            text = shortened(textIn(*position, "polarity")) + ", " +
+                   shortened(textIn(*position, "band"));
         } else if (text.empty()) {
             text = textIn(input, "band");
         }
@@ -321,6 +332,8 @@ class Making {
     const Document& document_;
     bool withSecrets_;
     const XmlNode* configuration_ = nullptr;
+    Numbered networks_;
+    Numbered positions_;
     Overview overview_;
     std::set<std::string> anchors_;
     std::map<std::string, int> lastNumbers_;  // behind each anchor that more than one wanted

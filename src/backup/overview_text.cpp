@@ -6,6 +6,10 @@ namespace tarvo_backup {
 
 namespace {
 
+// What is wider than this moves the rest of its own line only: a long text in each column would
+// make every line as long as all of them together.
+constexpr std::size_t kWidestColumn = 60;
+
 // The columns that a text takes, a character of UTF-8 being one.
 std::size_t widthOf(const std::string& text) {
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char character) {
@@ -25,7 +29,7 @@ void printLine(std::string line, std::ostream& out) {
 void printFields(const std::vector<Field>& fields, std::ostream& out) {
     std::size_t width = 0;
     for (const auto& [label, text] : fields) {
-        width = std::max(width, widthOf(onOneLine(label)));
+        width = std::max(width, std::min(widthOf(onOneLine(label)), kWidestColumn));
     }
     for (const auto& [label, text] : fields) {
         printLine("  " + padded(onOneLine(label), width) + "  " + onOneLine(text), out);
@@ -41,7 +45,8 @@ void printTable(const Table& table, const Painter& paint, std::ostream& out) {
     std::vector<std::size_t> widths(table.columns.size(), 0);
     for (const auto& row : rows) {
         for (std::size_t column = 0; column < row.size(); ++column) {
-            widths[column] = std::max(widths[column], widthOf(row[column]));
+            widths[column] =
+                std::max(widths[column], std::min(widthOf(row[column]), kWidestColumn));
         }
     }
     if (!table.title.empty()) {

@@ -29,10 +29,13 @@ int numberIn(const XmlNode& parent, const char* name) {
     return child == nullptr ? 0 : numberOf(*child);
 }
 
-// The numbers of the entries of a list; `name` is the child that holds them.
-Numbers numbersIn(const XmlNode& list, const char* name) {
+// The numbers of the entries of a list, which may be missing; `name` is the child that holds them.
+Numbers numbersIn(const XmlNode* list, const char* name) {
     Numbers numbers;
-    for (const XmlNode& entry : childrenOf(list)) {
+    if (list == nullptr) {
+        return numbers;
+    }
+    for (const XmlNode& entry : childrenOf(*list)) {
         if (const XmlNode* number = lastChildNamed(entry, name)) {
             numbers.insert(numberOf(*number));
         }
@@ -68,7 +71,9 @@ class ReferencesCheck {
         : walk_(findings),
           networks_(lastChildNamed(configuration, "dvbNetworks")),
           positions_(lastChildNamed(configuration, "diseqcs")),
-          modules_(lastChildNamed(configuration, "modules")) {}
+          modules_(lastChildNamed(configuration, "modules")),
+          knownNetworks_(numbersIn(networks_, "id")),
+          knownPositions_(numbersIn(positions_, "position")) {}
 
     void run() {
         const auto section = [](const XmlNode& node) -> const Element& {
@@ -98,23 +103,24 @@ class ReferencesCheck {
 
     void checkModule(const Element& row, const XmlNode& module) {
         if (networks_ != nullptr) {
-            checkReference(module, "dvbNetworkId", numbersIn(*networks_, "id"), "DVB network");
+            checkReference(module, "dvbNetworkId", knownNetworks_, "DVB network");
         }
         const XmlNode* inputs = lastChildNamed(module, "inputs");
         const XmlNode* outputs = lastChildNamed(module, "outputs");
         const XmlNode* services = lastChildNamed(module, "services");
         if (inputs != nullptr && positions_ != nullptr) {
-            const Numbers known = numbersIn(*positions_, "position");
             walk_.entries(*rowOf(&row, *inputs), *inputs,
                           [&](const Element&, const XmlNode& input) {
-                              checkReference(input, "diseqc", known, "DiSEqC position");
+                              checkReference(input, "diseqc", knownPositions_, "DiSEqC position");
                           });
         }
         if (services == nullptr) {
             return;
         }
-        const Numbers known = inputs == nullptr ? Numbers{} : numbersIn(*inputs, "inputId");
+        const Numbers known = numbersIn(inputs, "inputId");
         const Numbers off = outputs == nullptr ? Numbers{} : outputsSwitchedOff(*outputs);
+        const int network = numberIn(module, "dvbNetworkId");
+        const XmlNode* ofModule = network == 0 ? &module : nullptr;
         std::set<std::string> seen;
         walk_.entries(*rowOf(&row, *services), *services,
                       [&](const Element& entry, const XmlNode& service) {
@@ -124,18 +130,16 @@ class ReferencesCheck {
                           // Given twice, a service is still one.
                           const bool isSeen = !seen.insert(identityOf(entry, service)).second;
                           if (!isSeen && !off.contains(numberIn(service, "outputId"))) {
-                              checkChannel(module, service);
+                              checkChannel(ofModule, network, service);
                           }
                       });
     }
 
     // In a network, or in a module that is in none that is known.
-    void checkChannel(const XmlNode& module, const XmlNode& service) {
+    void checkChannel(const XmlNode* module, int network, const XmlNode& service) {
         const int lcn = numberIn(service, "lcn");
-        const int network = numberIn(module, "dvbNetworkId");
         if (lcn > 0) {
-            const Channel channel(network == 0 ? &module : nullptr, network, isRadio(service), lcn);
-            claim(channels_, channel, service, "lcn");
+            claim(channels_, Channel(module, network, isRadio(service), lcn), service, "lcn");
         }
     }
 
@@ -163,6 +167,8 @@ class ReferencesCheck {
     const XmlNode* networks_;
     const XmlNode* positions_;
     const XmlNode* modules_;
+    Numbers knownNetworks_;
+    Numbers knownPositions_;
     Owners<Channel> channels_;
 };
 

@@ -159,7 +159,7 @@ class TagCheck {
             if (open_.back() != closed) {
                 findings_.add(
                     Severity::warning, place_ + 2,
-                    "</" + std::string(closed) + "> closes <" + std::string(open_.back()) + ">");
+                    "</" + shortened(closed) + "> closes <" + shortened(open_.back()) + ">");
             }
             open_.pop_back();
         }

@@ -1,5 +1,6 @@
 #include "backup/tree.h"
 
+#include "backup/utf8.h"
 #include "backup/values.h"
 
 namespace tarvo_backup {
@@ -41,16 +42,18 @@ const char* shownName(const Element* row, const XmlNode& node) {
 }
 
 std::string pathText(const Path& path) {
+    constexpr std::size_t kLongest = 1000;
     std::string text;
     for (const Step& step : path) {
         text += text.empty() ? "" : "/";
-        text += step.name;
+        text += shortened(step.name);
         if (step.identity != nullptr) {
-            text +=
-                "[" + (step.identity->empty() ? std::to_string(step.place) : *step.identity) + "]";
+            text += '[';
+            text += step.identity->empty() ? std::to_string(step.place) : shortened(*step.identity);
+            text += ']';
         }
     }
-    return text;
+    return shortened(text, kLongest);
 }
 
 }  // namespace tarvo_backup

@@ -43,7 +43,8 @@ struct Step {
 };
 using Path = std::vector<Step>;
 
-// "modules/module[mac=02:1E:A4:00:10:01]/inputs/input[inputId=1]/frequency"
+// "modules/module[mac=02:1E:A4:00:10:01]/inputs/input[inputId=1]/frequency". At most some 1000
+// bytes: long names and identities, and paths of very many levels, are without their middle.
 std::string pathText(const Path& path);
 
 }  // namespace tarvo_backup

@@ -35,6 +35,29 @@ std::size_t characterLength(std::string_view text) {
     return 0;
 }
 
+std::string shortened(std::string_view text, std::size_t longest) {
+    if (text.size() <= longest) {
+        return std::string(text);
+    }
+    // Bytes that are no character's have no beginning nearby.
+    const auto isInside = [text](std::size_t place) {
+        return place < text.size() && (static_cast<unsigned char>(text[place]) & 0xc0U) == 0x80U;
+    };
+    constexpr std::size_t kMostInside = 3;
+    std::size_t end = longest / 2;
+    std::size_t start = text.size() - longest / 2;
+    for (std::size_t step = 0; step < kMostInside; ++step) {
+        end -= end > 0 && isInside(end) ? 1U : 0U;
+        start += isInside(start) ? 1U : 0U;
+    }
+    return std::string(text.substr(0, end)).append("\xe2\x80\xa6").append(text.substr(start));
+}
+
+std::string shortened(std::string_view text) {
+    constexpr std::size_t kLongestInPassing = 120;
+    return shortened(text, kLongestInPassing);
+}
+
 bool isControl(char character) {
     const auto byte = static_cast<unsigned char>(character);
     return (byte < 0x20 && character != '\t' && character != '\n' && character != '\r') ||

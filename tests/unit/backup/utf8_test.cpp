@@ -18,6 +18,36 @@ TEST(Utf8, WhatIsNoCharacterHasNoLength) {
     }
 }
 
+TEST(Utf8, ALongTextLosesItsMiddle) {
+    EXPECT_EQ(shortened("abcdef", 6), "abcdef");
+    EXPECT_EQ(shortened("abcdefg", 6),
+              "abc\xe2\x80\xa6"
+              "efg");
+    EXPECT_EQ(shortened("", 0), "");
+    EXPECT_EQ(shortened("a", 0), "\xe2\x80\xa6");
+}
+
+TEST(Utf8, NoCharacterIsPartedWhereATextIsShortened) {
+    std::string text;
+    for (int count = 0; count < 10; ++count) {
+        text += "a\xc3\xa9\xe2\x82\xac\xf0\x9f\x93\xba";
+    }
+    for (std::size_t longest = 0; longest < text.size(); ++longest) {
+        std::string_view rest;
+        const std::string result = shortened(text, longest);
+        EXPECT_LE(result.size(), longest + 3);
+        for (rest = result; !rest.empty(); rest.remove_prefix(characterLength(rest))) {
+            ASSERT_NE(characterLength(rest), 0U) << longest;
+        }
+    }
+}
+
+TEST(Utf8, WhatIsNoCharacterIsShortenedToo) {
+    const std::string text(1000, '\x80');
+    EXPECT_LE(shortened(text, 10).size(), 13U);
+    EXPECT_LT(shortened(text).size(), 200U);
+}
+
 TEST(Utf8, TabsAndLineEndsAreNoControlCharactersHere) {
     for (const char character : {'\x01', '\x1f', '\x7f', '\0'}) {
         EXPECT_TRUE(isControl(character));
