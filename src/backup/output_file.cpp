@@ -1,35 +1,77 @@
 #include "backup/output_file.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 
+#include "backup/console.h"
 #include "backup/fault.h"
 #include "platform/files.h"
 
 namespace tarvo_backup {
 
-namespace fs = std::filesystem;
+namespace {
+
+constexpr unsigned kOwnerOnly = 0600;
+
+[[noreturn]] void fail(const std::string& path, const std::string& reason) {
+    throw Fault(ExitStatus::cannotWrite, onOneLine(path) + ": " + reason);
+}
+
+void checkContent(const std::string& path, const std::string& text) {
+    if (platform::files::read(path) != text) {
+        fail(path, "does not hold what was written");
+    }
+}
+
+// The file's status; nothing when there is none.
+std::optional<platform::FileStatus> replaceable(const std::string& path) {
+    const auto found = platform::files::status(path);
+    if (found && found->isFolder) {
+        fail(path, std::strerror(EISDIR));
+    }
+    if (found && !found->isRegular) {
+        fail(path, "is no regular file; - is standard output");
+    }
+    return found;
+}
+
+void write(const std::string& path, const std::string& text, unsigned mode) {
+    if (!platform::files::replace(path, text, {.mode = mode})) {
+        fail(path, std::strerror(errno));
+    }
+    checkContent(path, text);
+}
+
+unsigned modeOfNewFiles() {
+    constexpr mode_t kAnybody = 0666;
+    const mode_t mask = umask(0);
+    umask(mask);
+    return kAnybody & ~mask;
+}
+
+}  // namespace
 
 void writeForOwner(const std::string& path, const std::string& text) {
-    constexpr unsigned kOwnerOnly = 0600;
-    const auto fail = [&path](const std::string& reason) {
-        throw Fault(ExitStatus::cannotWrite, path + ": " + reason);
-    };
-    std::error_code ignored;
-    const fs::file_status found = fs::symlink_status(path, ignored);
-    if (fs::is_directory(found)) {
-        fail(std::strerror(EISDIR));
+    replaceable(path);
+    write(path, text, kOwnerOnly);
+}
+
+void writeForAll(const std::string& path, const std::string& text) {
+    const auto older = replaceable(path);
+    write(path, text, older ? older->mode : modeOfNewFiles());
+}
+
+bool createForOwner(const std::string& path, const std::string& text) {
+    if (!platform::files::create(path, text, {.mode = kOwnerOnly})) {
+        if (errno == EEXIST) {
+            return false;
+        }
+        fail(path, std::strerror(errno));
     }
-    if (fs::exists(found) && !fs::is_regular_file(found)) {
-        fail("is no regular file; - is standard output");
-    }
-    if (!platform::files::replace(path, text, {.mode = kOwnerOnly})) {
-        fail(std::strerror(errno));
-    }
-    if (platform::files::read(path) != text) {
-        fail("does not hold what was written");
-    }
+    checkContent(path, text);
+    return true;
 }
 
 }  // namespace tarvo_backup

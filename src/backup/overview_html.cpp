@@ -57,7 +57,7 @@ document.getElementById('search').addEventListener('input', function () {
 )";
 
 std::string element(const char* name, const std::string& text) {
-    return std::string("<") + name + ">" + escaped(text) + "</" + name + ">";
+    return std::string("<") + name + ">" + asHtml(text) + "</" + name + ">";
 }
 
 std::string fieldTable(const std::vector<Field>& fields) {
@@ -78,8 +78,8 @@ std::string tableHtml(const Table& table) {
     for (const auto& row : table.rows) {
         html += "<tr>";
         for (std::size_t column = 0; column < row.size(); ++column) {
-            html += "<td data-label=\"" + escaped(table.columns[column]) + "\">" +
-                    escaped(row[column]) + "</td>";
+            html += "<td data-label=\"" + asHtml(table.columns[column]) + "\">" +
+                    asHtml(row[column]) + "</td>";
         }
         html += "</tr>\n";
     }
@@ -88,7 +88,7 @@ std::string tableHtml(const Table& table) {
 
 }  // namespace
 
-std::string escaped(std::string_view text) {
+std::string asHtml(std::string_view text) {
     std::string html;
     while (!text.empty()) {
         const std::size_t length = characterLength(text);
@@ -120,12 +120,12 @@ std::string htmlPage(const Overview& overview) {
             "\n<input id=\"search\" type=\"search\" placeholder=\"Search\" "
             "aria-label=\"Search\" autocomplete=\"off\">\n<nav>\n";
     for (const Section& section : overview.sections) {
-        page += "<a href=\"#" + escaped(section.anchor) + "\">" + escaped(section.title) + "</a>\n";
+        page += "<a href=\"#" + asHtml(section.anchor) + "\">" + asHtml(section.title) + "</a>\n";
     }
     page += "</nav>\n";
     for (const Section& section : overview.sections) {
-        page += "<section id=\"" + escaped(section.anchor) + "\">\n" +
-                element("h2", section.title) + "\n";
+        page += "<section id=\"" + asHtml(section.anchor) + "\">\n" + element("h2", section.title) +
+                "\n";
         if (!section.fields.empty()) {
             page += fieldTable(section.fields);
         }

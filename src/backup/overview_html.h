@@ -13,6 +13,6 @@ namespace tarvo_backup {
 std::string htmlPage(const Overview& overview);
 
 // The text as HTML: markup escaped, what is no character of a page as U+FFFD.
-std::string escaped(std::string_view text);
+std::string asHtml(std::string_view text);
 
 }  // namespace tarvo_backup

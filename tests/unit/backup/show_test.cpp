@@ -1,17 +1,20 @@
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "backup/check.h"
 #include "backup/overview.h"
 #include "backup/overview_html.h"
 #include "backup/secrets.h"
+#include "platform/files.h"
+#include "support/temporary_folder.h"
 #include "unit/backup/backup_test.h"
 
 namespace tarvo_backup {
 
 using testing::AllOf;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -115,7 +118,7 @@ TEST(BackupShow, ARedactedDocumentIsAnErrorToCheckAndCanStillBeShown) {
 }
 
 TEST(BackupShow, EscapesEveryTextOfAPage) {
-    EXPECT_EQ(escaped("<a href=\"x\">&'\n\x01\xff\xc3\xa9</a>"),
+    EXPECT_EQ(asHtml("<a href=\"x\">&'\n\x01\xff\xc3\xa9</a>"),
               "&lt;a href=&quot;x&quot;&gt;&amp;&#39;\n\xef\xbf\xbd\xef\xbf\xbd\xc3\xa9&lt;/a&gt;");
     const std::string page = shown({"--html", "-"}).out;
     EXPECT_THAT(page, AllOf(HasSubstr("<h1>Hotel &lt;A&gt;</h1>"), Not(HasSubstr("<A>")),
@@ -144,7 +147,7 @@ TEST(BackupShow, AnchorsAreOfOneSectionAlone) {
 TEST(BackupShow, APageThatCannotBeWrittenIsAFault) {
     const Ran refused = shown({"--html", "/nonexistent/page.html"});
     EXPECT_EQ(refused.status, ExitStatus::cannotWrite);
-    EXPECT_EQ(refused.err, "tarvo-backup: /nonexistent/page.html: cannot be written\n");
+    EXPECT_EQ(refused.err, "tarvo-backup: /nonexistent/page.html: No such file or directory\n");
     EXPECT_EQ(shown({"--redact", "--secrets"}).status, ExitStatus::usage);
 }
 
@@ -161,15 +164,42 @@ TEST(BackupShow, MarksADocumentOfSeveralOutermostElements) {
               "\t\t<password>(masked)</password>\n\t</x>\n\t<configuration/>\n</redacted>\n");
 }
 
-TEST(BackupShow, WritesAPageToAFile) {
-    std::string folder = (std::filesystem::temp_directory_path() / "tarvo-show-XXXXXX").string();
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    const std::string path = folder + "/page.html";
-    EXPECT_EQ(shown({"--html", path.c_str()}).status, ExitStatus::done);
-    std::ostringstream page;
-    page << std::ifstream(path).rdbuf();
-    EXPECT_EQ(page.str(), shown({"--html", "-"}).out);
-    std::filesystem::remove_all(folder);
+using BackupShowPage = test::InTemporaryFolder;
+
+TEST_F(BackupShowPage, IsWrittenToAFileThatTheMaskAllows) {
+    const std::string page = path("page.html");
+    const mode_t mask = umask(027);
+    EXPECT_EQ(shown({"--html", page.c_str()}).status, ExitStatus::done);
+    umask(mask);
+    EXPECT_EQ(platform::files::read(page), shown({"--html", "-"}).out);
+    EXPECT_EQ(platform::files::status(page).value().mode, 0640U);
+    EXPECT_THAT(names(), ElementsAre("page.html"));
+}
+
+TEST_F(BackupShowPage, TakesThePlaceOfAnOlderOneWithoutWritingIntoIt) {
+    write("page.html", "older");
+    std::filesystem::create_hard_link(path("page.html"), path("other name"));
+    std::filesystem::permissions(path("page.html"), std::filesystem::perms{0604});
+    const std::string page = path("page.html");
+    EXPECT_EQ(shown({"--html", page.c_str()}).status, ExitStatus::done);
+    EXPECT_EQ(platform::files::read(page), shown({"--html", "-"}).out);
+    EXPECT_EQ(platform::files::status(page).value().mode, 0604U);
+    EXPECT_EQ(platform::files::read(path("other name")), "older");
+}
+
+TEST_F(BackupShowPage, LeavesALinkAndWhatItPointsToAndAPipeAlone) {
+    write("target", "kept");
+    std::filesystem::create_symlink("target", path("link"));
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    for (const char* name : {"link", "pipe"}) {
+        const std::string page = path(name);
+        const Ran refused = shown({"--html", page.c_str()});
+        EXPECT_EQ(refused.status, ExitStatus::cannotWrite);
+        EXPECT_EQ(refused.err,
+                  "tarvo-backup: " + page + ": is no regular file; - is standard output\n");
+    }
+    EXPECT_EQ(platform::files::read(path("target")), "kept");
+    EXPECT_THAT(names(), ElementsAre("link", "pipe", "target"));
 }
 
 TEST(BackupShow, OfADocumentWithoutAConfigurationIsNothing) {
