@@ -16,6 +16,7 @@
 #include "backup/interruption.h"
 #include "backup/progress.h"
 #include "backup/sqlite.h"
+#include "backup/verified_export.h"
 #include "command/system_actions.h"
 #include "device/device_identity.h"
 #include "import/regional.h"

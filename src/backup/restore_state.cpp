@@ -17,6 +17,7 @@
 
 #include "backup/backup_folder.h"
 #include "backup/fault.h"
+#include "backup/own_folder.h"
 #include "platform/files.h"
 #include "platform/platform.h"
 

@@ -11,6 +11,7 @@
 #include "backup/restore_state.h"
 #include "backup/utc_time.h"
 #include "backup/verbs.h"
+#include "backup/verified_export.h"
 
 namespace tarvo_backup {
 

@@ -1,17 +1,24 @@
+#include <optional>
+#include <string>
+
 #include "backup/backup_folder.h"
+#include "backup/fault.h"
 #include "backup/json.h"
 #include "backup/output_file.h"
 #include "backup/progress.h"
 #include "backup/verbs.h"
+#include "backup/verified_export.h"
 
 namespace tarvo_backup {
 
 namespace {
 
+constexpr const char* kStandardOutput = "-";
+
 void printForPeople(const Saved& saved, std::ostream& out) {
-    out << saved.path << (saved.isUnchanged ? ": unchanged since" : ": saved") << '\n';
+    out << onOneLine(saved.path) << (saved.isUnchanged ? ": unchanged since" : ": saved") << '\n';
     for (const std::string& path : saved.removed) {
-        out << path << ": removed\n";
+        out << onOneLine(path) << ": removed\n";
     }
 }
 
@@ -26,9 +33,13 @@ Saved saved(const SaveOptions& options, const std::string& document) {
 }  // namespace
 
 ExitStatus runSave(const SaveOptions& options, const Console& console) {
+    const bool toStandardOutput = options.outputPath == kStandardOutput;
+    if (toStandardOutput && options.output.json) {
+        throw Fault(ExitStatus::usage, "--json: with --output - the output is the document itself");
+    }
     std::optional<Progress> progress(std::in_place, console, "Copying the databases");
     const std::string document = verifiedExport();
-    if (options.outputPath == "-") {
+    if (toStandardOutput) {
         progress.reset();
         console.out << document;
         return ExitStatus::done;

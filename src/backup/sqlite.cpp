@@ -2,12 +2,10 @@
 
 #include <sqlite3.h>
 
-#include <chrono>
 #include <filesystem>
-#include <thread>
 
 #include "backup/interruption.h"
-#include "backup/progress.h"
+#include "backup/patience.h"
 #include "db/trusted_files.h"
 #include "platform/platform.h"
 
@@ -32,23 +30,13 @@ constexpr const char* kJournal = "-journal";
 // throw.
 template <class Work, class BetweenTries>
 int whileBusy(Work work, BetweenTries betweenTries) {
-    using Clock = std::chrono::steady_clock;
-    constexpr auto kLongest = std::chrono::seconds(30);
-    constexpr auto kPause = std::chrono::milliseconds(20);
-    const auto end = Clock::now() + kLongest;
-    const char* step = nullptr;
-    for (;;) {
-        const int code = work();
-        if (step != nullptr) {
-            beginStep(step);
-        }
-        if (code != SQLITE_BUSY || Clock::now() >= end) {
-            return code;
-        }
-        betweenTries();
-        step = beginStep("Waiting for another program that uses the databases");
-        std::this_thread::sleep_for(kPause);
-    }
+    int code = SQLITE_OK;
+    const auto attempt = [&] {
+        code = work();
+        return code != SQLITE_BUSY;
+    };
+    tryPatiently("Waiting for another program that uses the databases", attempt, betweenTries);
+    return code;
 }
 
 void check(int code, ExitStatus status, const std::string& path) {

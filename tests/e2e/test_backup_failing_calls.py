@@ -1,5 +1,6 @@
 """tarvo-backup where one certain call of the system fails, or another program comes between."""
 
+import json
 import os
 import re
 import sys
@@ -120,6 +121,35 @@ class FailingCallsTest(EndToEndTest):
         result = self.beside(device, "DISK_UNREADABLE", first.name, "save")
         self.assertEqual(0, result.status, result.stderr)
         self.assertEqual(2, len(list(device.path(FOLDER).glob("*.xml"))))
+
+    def test_a_backup_that_somebody_writes_meanwhile_is_not_replaced(self) -> None:
+        for env in ({}, {"DISK_NO_LINKS": "1"}):
+            with self.subTest(env):
+                device = self.made()
+                library = {"LD_PRELOAD": preloaded(device, "others"), "OTHERS_WRITE": FOLDER}
+                result = self.backup(device, "save", "--json", env={**library, **env})
+                self.assertEqual((0, b""), (result.status, result.stderr))
+                saved = json.loads(result.stdout)["file"]
+                self.assertRegex(saved, r"Z-2\.xml$")
+                self.assertEqual(golden(MODEL), device.path(saved).read_bytes())
+                other = saved.replace("Z-2.xml", "Z.xml")
+                self.assertEqual("<configuration/>", device.path(other).read_text())
+                self.assertEqual(2, len(list(device.path(FOLDER).iterdir())))
+
+    def test_a_folder_without_a_lock_is_written_to_all_the_same(self) -> None:
+        device = self.made()
+        result = self.beside(device, "DISK_NO_LOCKS", FOLDER, "save")
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(1, len(list(device.path(FOLDER).iterdir())))
+
+    def test_a_backup_without_a_name_is_gone(self) -> None:
+        device = self.made()
+        result = self.failing(device, "link", FOLDER, "save")
+        self.assertEqual(4, result.status)
+        self.assertRegex(
+            result.stderr.decode(), rf"^tarvo-backup: {FOLDER}/.*T\d{{4}}Z\.xml: {FULL}\n$"
+        )
+        self.assertEqual([], list(device.path(FOLDER).iterdir()))
 
     def test_a_backup_that_cannot_be_removed_is_not_told_to_be(self) -> None:
         device = self.made()

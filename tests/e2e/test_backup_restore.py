@@ -428,6 +428,8 @@ class RestoreTest(EndToEndTest):
                         result = self.backup(device, *words)
                         self.assertEqual(4, result.status, result.stderr)
                         reason = b"is no folder"
+                        if planted == "link":
+                            reason = b"is a link, not the folder itself"
                         if planted == "folder":
                             reason = b"must be a folder that nobody else owns or may write to"
                         self.assertEqual(

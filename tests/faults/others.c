@@ -3,6 +3,9 @@
 //
 //   OTHERS_OWN     what has this in its path belongs to another user
 //   OTHERS_REMOVE  a folder with this in its path is removed when it is about to be locked, once
+//   OTHERS_WRITE   a file with this in its path is there when it is about to get its name, once
+//   DISK_NO_LOCKS  what has this in its path cannot be locked
+//   DISK_NO_LINKS  hard links are not known
 //   DISK_UNREADABLE  a file with this in its path cannot be opened for reading
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -55,7 +58,26 @@ int flock(int file, int operation) {
         isDone = true;
         rmdir(pathOf(file));
     }
+    if (isMeant("DISK_NO_LOCKS", pathOf(file))) {
+        errno = EOPNOTSUPP;
+        return -1;
+    }
     return REAL(flock)(file, operation);
+}
+
+int link(const char* from, const char* to) {
+    static bool isDone;
+    if (!isDone && isMeant("OTHERS_WRITE", to)) {
+        isDone = true;
+        FILE* file = fopen(to, "w");
+        fputs("<configuration/>", file);
+        fclose(file);
+    }
+    if (getenv("DISK_NO_LINKS") != NULL) {
+        errno = EPERM;
+        return -1;
+    }
+    return REAL(link)(from, to);
 }
 
 #define OPEN(name)                                                                \

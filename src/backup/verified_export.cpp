@@ -1,0 +1,93 @@
+#include "backup/verified_export.h"
+
+#include <filesystem>
+#include <optional>
+
+#include "backup/device_run.h"
+#include "backup/document.h"
+#include "backup/fault.h"
+#include "backup/progress.h"
+#include "backup/sandbox.h"
+#include "backup/sqlite.h"
+#include "command/result_document.h"
+#include "db/database.h"
+
+namespace tarvo_backup {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[noreturn]] void failReading(const std::string& reason) {
+    throw Fault(ExitStatus::cannotRead, std::string(tarvodb::kConfigDatabase) +
+                                            ": the configuration database is " + reason);
+}
+
+bool hasRows(sqlite3* db, const std::string& table) {
+    const bool isThere =
+        !query(db, "SELECT 1 FROM sqlite_master WHERE name = '" + table + "'").empty();
+    return isThere && !query(db, "SELECT 1 FROM " + table + " LIMIT 1").empty();
+}
+
+// An export of a database that was lost succeeds too, and is empty.
+void checkConfiguration(const Sandbox& sandbox) {
+    const std::string copy = sandbox.mapped(tarvodb::kConfigDatabase);
+    if (!fs::exists(copy)) {
+        failReading("not there");
+    }
+    try {
+        const Connection db = openConnection(copy, Access::readOnly);
+        if (query(db.get(), "PRAGMA quick_check") != std::vector<Cells>{{"ok"}}) {
+            failReading("damaged");
+        }
+        for (const char* table : {"configuracionWebGlobal", "RedesModulos"}) {
+            if (!hasRows(db.get(), table)) {
+                failReading(std::string("empty: nothing is in the table ") + table);
+            }
+        }
+    } catch (const DatabaseFault& fault) {
+        failReading(std::string("damaged: ") + fault.what());
+    }
+}
+
+// Whether parsing the document and printing the tree gives it again.
+bool readsBack(const std::string& text) {
+    const Document document("backup", text);
+    const XmlNode* root = document.tree().first_node();
+    return root != nullptr &&
+           std::string(tarvo_remote_control::kXmlDeclaration) + "\n" + document::printed(*root) ==
+               text;
+}
+
+// A copy of the headend with a sound configuration.
+void takeVerifiedCopy(std::optional<Sandbox>& sandbox) {
+    beginStep("Copying the databases");
+    sandbox.emplace();
+    beginStep("Checking the databases");
+    checkConfiguration(*sandbox);
+}
+
+std::string exportFromCopy(std::optional<Sandbox>& sandbox) {
+    takeVerifiedCopy(sandbox);
+    loadIdentity();
+    beginStep("Exporting the headend");
+    std::string document = exportIn(*sandbox);
+    if (!readsBack(document)) {
+        throw Fault(ExitStatus::cannotRead, "the document cannot be read back as it is written");
+    }
+    return document;
+}
+
+}  // namespace
+
+void verifyConfiguration() {
+    std::optional<Sandbox> sandbox;
+    takeVerifiedCopy(sandbox);
+}
+
+std::string verifiedExport() {
+    std::optional<Sandbox> sandbox;
+    return exportFromCopy(sandbox);
+}
+
+}  // namespace tarvo_backup
