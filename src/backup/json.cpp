@@ -153,9 +153,11 @@ std::string toJson(const Overview& overview) {
     return printed({{"title", overview.title}, {"sections", sections}});
 }
 
-std::string toJson(const Saved& saved) {
-    return printed(
-        {{"file", saved.path}, {"unchanged", saved.isUnchanged}, {"removed", saved.removed}});
+std::string toJson(const Saved& saved, const std::vector<std::string>& refusals) {
+    return printed({{"file", saved.path},
+                    {"unchanged", saved.isUnchanged},
+                    {"removed", saved.removed},
+                    {"refusals", refusals}});
 }
 
 std::string toJson(const std::vector<Finding>& findings) { return printed(listOf(findings)); }

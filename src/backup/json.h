@@ -33,7 +33,7 @@ std::string toJson(const RestoreReport& report);
 // {"outcome": "confirmed", "undone" or "nothing", "document": name or null}
 std::string toJson(const Ending& ending);
 
-// {"file": ..., "unchanged": ..., "removed": [...]}
-std::string toJson(const Saved& saved);
+// {"file": ..., "unchanged": ..., "removed": [...], "refusals": [...]}
+std::string toJson(const Saved& saved, const std::vector<std::string>& refusals);
 
 }  // namespace tarvo_backup

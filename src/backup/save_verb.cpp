@@ -1,5 +1,6 @@
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "backup/backup_folder.h"
 #include "backup/fault.h"
@@ -22,6 +23,17 @@ void printForPeople(const Saved& saved, std::ostream& out) {
     }
 }
 
+// It is kept all the same: nothing else holds these settings.
+void warn(const std::vector<std::string>& refusals, std::ostream& err) {
+    if (refusals.empty()) {
+        return;
+    }
+    err << "tarvo-backup: warning: this headend would not take the backup back as it is\n";
+    for (const std::string& refusal : refusals) {
+        err << "  " << onOneLine(refusal) << '\n';
+    }
+}
+
 Saved saved(const SaveOptions& options, const std::string& document) {
     if (options.outputPath.empty()) {
         return saveInto(options.folder, document, options.keep);
@@ -38,19 +50,21 @@ ExitStatus runSave(const SaveOptions& options, const Console& console) {
         throw Fault(ExitStatus::usage, "--json: with --output - the output is the document itself");
     }
     std::optional<Progress> progress(std::in_place, console, "Copying the databases");
-    const std::string document = verifiedExport();
+    const auto [document, refusals] = triedExport();
     if (toStandardOutput) {
         progress.reset();
         console.out << document;
+        warn(refusals, console.err);
         return ExitStatus::done;
     }
     const Saved result = saved(options, document);
     progress.reset();
     if (options.output.json) {
-        console.out << toJson(result) << '\n';
+        console.out << toJson(result, refusals) << '\n';
     } else {
         printForPeople(result, console.out);
     }
+    warn(refusals, console.err);
     return ExitStatus::done;
 }
 

@@ -1,8 +1,10 @@
 #include "backup/verified_export.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 
+#include "app/exit_status.h"
 #include "backup/device_run.h"
 #include "backup/document.h"
 #include "backup/fault.h"
@@ -88,6 +90,25 @@ void verifyConfiguration() {
 std::string verifiedExport() {
     std::optional<Sandbox> sandbox;
     return exportFromCopy(sandbox);
+}
+
+TriedExport triedExport() {
+    std::optional<Sandbox> sandbox;
+    TriedExport tried{.document = exportFromCopy(sandbox), .refusals = {}};
+    beginStep("Importing into a copy");
+    if (importIn(*sandbox, tried.document) == app::ExitStatus::success) {
+        return tried;
+    }
+    // Each of the import's tries has met them, and the last of them only says that it failed.
+    for (const RecordedError& error : sandbox->traffic().errors) {
+        const bool tellsWhy = error.code != tarvo_remote_control::ErrorCode::setConfiguration;
+        std::string refusal = "error " + std::to_string(number(error.code)) + ": " + error.text;
+        if (tellsWhy && std::find(tried.refusals.begin(), tried.refusals.end(), refusal) ==
+                            tried.refusals.end()) {
+            tried.refusals.push_back(std::move(refusal));
+        }
+    }
+    return tried;
 }
 
 }  // namespace tarvo_backup

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace tarvo_backup {
 
@@ -9,6 +10,16 @@ namespace tarvo_backup {
 // Fault (cannotRead) unless it is complete: every statement succeeded, the configuration database
 // is there, sound and not empty, and the document can be read back.
 std::string verifiedExport();
+
+struct TriedExport {
+    std::string document;
+    // Why this headend would not take the document back as it is: the errors of an import; empty
+    // when it would.
+    std::vector<std::string> refusals;
+};
+
+// The same, imported into a private copy of the headend after that.
+TriedExport triedExport();
 
 // Throws Fault (cannotRead) unless the configuration database is there, sound and not empty.
 void verifyConfiguration();

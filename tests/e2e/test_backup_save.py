@@ -57,6 +57,7 @@ class SaveTest(EndToEndTest):
                 "file": f"{FOLDER}/{path.name}",
                 "unchanged": True,
                 "removed": [],
+                "refusals": [],
             },
             second,
         )
@@ -209,6 +210,33 @@ class SaveTest(EndToEndTest):
         [path] = folder.iterdir()
         self.assertEqual({f"{FOLDER}/{path.name}"}, {each["file"] for each in saved})
         self.assertEqual(count - 1, sum(each["unchanged"] for each in saved))
+
+    def test_a_backup_that_the_headend_would_not_take_back_is_kept_with_a_warning(self) -> None:
+        def check(model: str) -> None:
+            device = self.device(model)
+            result = self.save(device, "--json")
+            saved = json.loads(result.stdout)
+            planned = device.run(
+                BACKUP_PROGRAM, ["plan", "--json", saved["file"]], env={"TZ": "UTC"}, timeout=120
+            )
+            why = [
+                f"error {error['code']}: {error['text']}"
+                for error in json.loads(planned.stdout)["errors"]
+                if error["code"] != 202
+            ]
+            self.assertEqual((0, why), (result.status, saved["refusals"]))
+            self.assertEqual(planned.status == 6, why != [])
+            lines = ["tarvo-backup: warning: this headend would not take the backup back as it is"]
+            lines += [f"  {reason}" for reason in why]
+            expected = "".join(line + "\n" for line in lines) if why else ""
+            self.assertEqual(expected, result.stderr.decode())
+            again = self.save(device, "--output", "-")
+            self.assertEqual(
+                (0, golden(model), result.stderr), (again.status, again.stdout, again.stderr)
+            )
+
+        self.each(check, ((model,) for model in models()))
+        self.assertIn("LMV-512", models())
 
     def test_names_are_no_commands_to_a_terminal(self) -> None:
         device = self.device("WVX-BQ4")
