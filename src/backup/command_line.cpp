@@ -5,7 +5,10 @@
 #include <CLI/Formatter.hpp>
 #include <climits>
 #include <map>
+#include <ostream>
+#include <sstream>
 #include <string>
+#include <string_view>
 
 #include "backup/backup_folder.h"
 #include "backup/fault.h"
@@ -33,12 +36,21 @@ struct Session {
     UndoOptions undo = {};
 };
 
-void addOutputOptions(CLI::App& verb, OutputOptions& options) {
+// The library reads the value of the enumeration.
+std::string codeOfColorMode(const std::string& word) {
     static const std::map<std::string, ColorMode> kModes{
         {"auto", ColorMode::automatic}, {"always", ColorMode::always}, {"never", ColorMode::never}};
+    const auto found = kModes.find(CLI::detail::to_lower(word));
+    if (found == kModes.end()) {
+        throw CLI::ValidationError("'" + word + "' is not auto, always or never");
+    }
+    return std::to_string(static_cast<int>(found->second));
+}
+
+void addOutputOptions(CLI::App& verb, OutputOptions& options) {
     verb.add_flag("--json", options.json, "Print JSON");
     verb.add_option("--color", options.color, "Use colors: auto, always or never")
-        ->transform(CLI::CheckedTransformer(kModes, CLI::ignore_case).description(""))
+        ->transform(codeOfColorMode, "")
         ->option_text("WHEN");
 }
 
@@ -101,8 +113,11 @@ void addSave(CLI::App& app, Session& session) {
     options.folder = kBackupFolder;
     CLI::App& verb = addVerb(app, "save", "A verified backup, kept with the ones before", session,
                              options, runSave);
-    auto* folder =
-        notEmpty(verb.add_option("DIR", options.folder, "The folder; " + options.folder));
+    const auto isOption = [](const std::string& name) {
+        return name == "-" ? "- is no folder; --output - is standard output" : "";
+    };
+    auto* folder = notEmpty(verb.add_option("DIR", options.folder, "The folder; " + options.folder))
+                       ->check(isOption, "");
     auto* keep = verb.add_option("--keep", options.keep, "How many backups to keep")
                      ->check(CLI::Range(1, INT_MAX))
                      ->option_text("N");
@@ -134,6 +149,23 @@ void addConfirmAndUndo(CLI::App& app, Session& session) {
                   "Only what nobody can confirm or finish any more");
 }
 
+// The library would miss a verb, and not tell what it has found instead.
+void checkVerb(const CLI::App& app, int argc, const char* const* argv) {
+    const std::string_view verb = argc > 1 ? argv[1] : "-";
+    const auto isMeant = [verb](const CLI::App* each) { return each->get_name() == verb; };
+    if (!verb.starts_with('-') && app.get_subcommands(isMeant).empty()) {
+        throw CLI::ValidationError("there is no verb '" + std::string(verb) + "'");
+    }
+}
+
+// Help is of several lines; of what a message repeats nothing may be a command to a terminal.
+void printLines(const std::string& text, std::ostream& out) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        out << onOneLine(line) << '\n';
+    }
+}
+
 }  // namespace
 
 ExitStatus run(int argc, const char* const* argv, const Console& console) {
@@ -150,11 +182,14 @@ ExitStatus run(int argc, const char* const* argv, const Console& console) {
     addCheck(app, session);
     addShow(app, session);
     try {
+        checkVerb(app, argc, argv);
         app.parse(argc, argv);
     } catch (const CLI::ParseError& request) {
         // Help and version come as errors of status 0.
-        return app.exit(request, console.out, console.err) == 0 ? ExitStatus::done
-                                                                : ExitStatus::usage;
+        std::ostringstream message;
+        const bool isHelp = app.exit(request, console.out, message) == 0;
+        printLines(message.str(), console.err);
+        return isHelp ? ExitStatus::done : ExitStatus::usage;
     } catch (const Fault& fault) {
         console.err << "tarvo-backup: " << fault.what() << '\n';
         return fault.status();

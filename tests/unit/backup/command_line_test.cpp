@@ -48,6 +48,36 @@ TEST(BackupCommandLine, TellsWhichNumbersAnOptionTakes) {
                 StartsWith("--confirm: Value 1441 not in range 1 to 1440\n"));
 }
 
+TEST(BackupCommandLine, SaysInPlainWordsWhatItDoesNotTake) {
+    for (const auto& [told, arguments] : {
+             std::pair<const char*, std::vector<const char*>>{"there is no verb 'foo'\n", {"foo"}},
+             {"there is no verb ''\n", {""}},
+             {"--color: 'purple' is not auto, always or never\n", {"check", "--color=purple", "-"}},
+             {"DIR: - is no folder; --output - is standard output\n", {"save", "-"}},
+             {"The following argument was not expected: \\x1b[2J\n", {"check", "-", "\x1b[2J"}},
+             {"there is no verb '\\x1b[2J'\n", {"\x1b[2J"}},
+         }) {
+        const Ran refused = ran(arguments);
+        EXPECT_EQ(refused.status, ExitStatus::usage);
+        EXPECT_EQ(refused.out, "");
+        EXPECT_EQ(refused.err, std::string(told) + "Run with --help for more information.\n");
+    }
+}
+
+TEST(BackupCommandLine, AColorModeIsTakenInAnyLetterCase) {
+    const Ran colored = ran({"show", "--color", "Always", "-"}, "<configuration/>");
+    EXPECT_EQ(colored.out, "\x1b[1mHeadend\x1b[0m\n");
+    EXPECT_EQ(ran({"show", "--color", "never", "-"}, "<configuration/>").out, "Headend\n");
+}
+
+TEST(BackupCommandLine, ADocumentOnStandardOutputIsNoJson) {
+    const Ran refused = ran({"save", "--json", "--output", "-"});
+    EXPECT_EQ(refused.status, ExitStatus::usage);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_EQ(refused.err,
+              "tarvo-backup: --json: with --output - the output is the document itself\n");
+}
+
 TEST(BackupCommandLine, AnEmptyNameIsNotTakenForNone) {
     for (const auto& [told, arguments] : {
              std::pair<const char*, std::vector<const char*>>{"DIR: the name is empty\n",
