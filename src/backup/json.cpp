@@ -89,6 +89,22 @@ Json listOf(const std::vector<Item>& items) {
     return list;
 }
 
+// As printed(listOf(items)), of which there may be as many as a document has bytes: a tree of all
+// of them would take some times their text.
+template <class Item>
+std::string printedList(const std::vector<Item>& items) {
+    std::string text = "[";
+    for (const Item& item : items) {
+        text += text.size() == 1 ? "\n  " : ",\n  ";
+        // Within a text JSON has no line ends.
+        for (const char character : printed(jsonOf(item))) {
+            text += character;
+            text += character == '\n' ? "  " : "";
+        }
+    }
+    return text + (items.empty() ? "]" : "\n]");
+}
+
 Json jsonOf(const Plan& plan) {
     return {{"status", static_cast<int>(plan.status)},
             {"tries", plan.tries},
@@ -108,9 +124,7 @@ Json jsonOf(const Plan& plan) {
 
 }  // namespace
 
-std::string toJson(const std::vector<Difference>& differences) {
-    return printed(listOf(differences));
-}
+std::string toJson(const std::vector<Difference>& differences) { return printedList(differences); }
 
 std::string toJson(const Plan& plan) { return printed(jsonOf(plan)); }
 
@@ -160,6 +174,6 @@ std::string toJson(const Saved& saved, const std::vector<std::string>& refusals)
                     {"refusals", refusals}});
 }
 
-std::string toJson(const std::vector<Finding>& findings) { return printed(listOf(findings)); }
+std::string toJson(const std::vector<Finding>& findings) { return printedList(findings); }
 
 }  // namespace tarvo_backup
