@@ -1,19 +1,17 @@
 #include "backup/check.h"
 
 #include <algorithm>
-#include <climits>
-#include <cstdlib>
 #include <map>
 #include <set>
 #include <string_view>
 
 #include "backup/findings.h"
 #include "backup/forms.h"
+#include "backup/leaf_check.h"
 #include "backup/references_check.h"
 #include "backup/similar_name.h"
 #include "backup/text_check.h"
 #include "backup/values.h"
-#include "document/input_type.h"
 #include "mapping/document_tree.h"
 
 namespace tarvo_backup {
@@ -22,57 +20,15 @@ using document::childrenOf;
 using document::numberOf;
 using document::textOf;
 using mapping::Element;
-using mapping::Form;
 using mapping::Kind;
 using mapping::Take;
 
 namespace {
 
-// The texts that an element takes, as in "'low' or 'high'".
-std::string listOf(document::CodeTable texts) {
-    std::string list;
-    for (std::size_t place = 0; place < texts.size(); ++place) {
-        list += place == 0 ? "" : place + 1 == texts.size() ? " or " : ", ";
-        list += inQuotes(texts[place].text);
-    }
-    return list;
-}
-
-std::string rangeText(mapping::Range range) {
-    if (range.lowest == INT_MIN) {
-        return "at most " + std::to_string(range.highest);
-    }
-    return "from " + std::to_string(range.lowest) + " to " + std::to_string(range.highest);
-}
-
-bool isRowIdElement(const Element& row) {
-    return row.identity && row.take == Take::key && row.column.index == 0;
-}
-
 // Whether the entries become rows that are found by their id, which is their first element.
 bool isKeyedById(const Element& entry) {
     return !entry.children.empty() && isRowIdElement(entry.children[0]);
 }
-
-// What is written in an element in a form of its own.
-struct ParticularForm {
-    const char* parent;
-    const char* name;
-    bool (*fits)(std::string_view text);
-    const char* what;
-    bool mayBeEmpty = true;
-};
-
-constexpr const char* kDate = "date as 2024-02-29";
-constexpr ParticularForm kParticularForms[] = {
-    {"identification", "installationDate", isDate, kDate},
-    {"maintenance", "hour", isHour, "hour"},
-    {"maintenance", "min", isMinute, "minute"},
-    {"network", "netmask", isNetworkMask, "network mask"},
-    {"scrambling", "date", isDate, kDate},
-    {"module", "mac", isHardwareAddress, "hardware address", false},
-    {"cam", "registerDate", isDate, kDate},
-};
 
 class TreeCheck {
   public:
@@ -151,37 +107,51 @@ class TreeCheck {
     // --- Sections and entries --------------------------------------------------------------------
 
     void checkMembers(const Element& parent, const XmlNode& node) {
-        std::map<const Element*, const XmlNode*> seen;
+        const XmlNode* partsTeller = partsTellerIn(parent, node);
+        const LastLists lastLists = lastListsIn(parent, node);
+        std::set<const Element*> seen;
         for (const XmlNode& child : childrenOf(node)) {
-            const Element* row = isElement(child) ? memberRow(parent, node, child) : nullptr;
+            const Element* row = isElement(child) ? memberRow(parent, partsTeller, child) : nullptr;
             if (row == nullptr) {
-                checkStranger(parent, node, child);
+                checkStranger(parent, partsTeller, child);
                 continue;
             }
             within({.name = row->name}, [&] {
-                const bool isFirst = seen.emplace(row, &child).second;
+                const bool isFirst = seen.insert(row).second;
                 if (!isFirst && row->kind == Kind::leaf) {
                     add(Severity::warning, child, "given twice");
                 }
-                const bool isUnread =
-                    row->liveState || (row->kind == Kind::list && isReplaced(parent, *row, child));
-                unread(isUnread, [&] { checkMember(parent, *row, child, isFirst); });
+                const auto last = lastLists.find(row);
+                const bool isReplaced = last != lastLists.end() && last->second != &child;
+                unread(row->liveState || isReplaced,
+                       [&] { checkMember(parent, *row, child, isFirst); });
             });
         }
         checkMissing(parent, node);
     }
 
-    // A later list of an entry stands in for an earlier one. Sections are read one after the
+    // The lists that stand in for earlier ones of the same entry. Sections are read one after the
     // other, the lists of modules too.
-    static bool isReplaced(const Element& parent, const Element& row, const XmlNode& node) {
-        const bool onlyLastCounts = isNamed(parent, "serviceEPG") || isNamed(parent, "service");
-        return onlyLastCounts && document::lastChildNamed(*node.parent(), row.name) != &node;
+    using LastLists = std::map<const Element*, const XmlNode*>;
+
+    static LastLists lastListsIn(const Element& parent, const XmlNode& node) {
+        LastLists lists;
+        if (!isNamed(parent, "serviceEPG") && !isNamed(parent, "service")) {
+            return lists;
+        }
+        for (const XmlNode& child : childrenOf(node)) {
+            const Element* row = isElement(child) ? rowOf(&parent, child) : nullptr;
+            if (row != nullptr && row->kind == Kind::list) {
+                lists[row] = &child;
+            }
+        }
+        return lists;
     }
 
     void checkMember(const Element& parent, const Element& row, const XmlNode& node, bool isFirst) {
         switch (row.kind) {
             case Kind::leaf:
-                checkLeaf(parent, row, node, isFirst);
+                checkLeaf(parent, row, node, {.isFirst = isFirst, .error = error()}, walk_);
                 break;
             case Kind::section:
             case Kind::entry:
@@ -203,18 +173,17 @@ class TreeCheck {
     }
 
     // Of an input only what its type has counts, but for what all of them have.
-    static const Element* memberRow(const Element& parent, const XmlNode& node,
+    static const Element* memberRow(const Element& parent, const XmlNode* partsTeller,
                                     const XmlNode& child) {
         for (const Element& row : parent.children) {
             if (document::hasName(child, row.name)) {
                 return &row;
             }
         }
-        const XmlNode* type = partsTellerIn(parent, node);
         for (const mapping::Part& part : parent.parts) {
             const bool isMeant =
-                !part.inputType ||
-                (type != nullptr && static_cast<int>(*part.inputType) == numberOf(*type));
+                !part.inputType || (partsTeller != nullptr &&
+                                    static_cast<int>(*part.inputType) == numberOf(*partsTeller));
             for (const Element& row : part.rows) {
                 if (isMeant && document::hasName(child, row.name)) {
                     return &row;
@@ -224,10 +193,10 @@ class TreeCheck {
         return nullptr;
     }
 
-    void checkStranger(const Element& parent, const XmlNode& node, const XmlNode& child) {
+    void checkStranger(const Element& parent, const XmlNode* partsTeller, const XmlNode& child) {
         if (!isElement(child) || rowOf(&parent, child) == nullptr) {
             noteUnknown(&parent, child);
-        } else if (partsTellerIn(parent, node) != nullptr) {
+        } else if (partsTeller != nullptr) {
             within({.name = rowOf(&parent, child)->name}, [&] {
                 add(Severity::warning, child, "an input of this type has no such element");
             });
@@ -343,140 +312,6 @@ class TreeCheck {
                                    isOfKind ? document::lastText(module, row.name) : nullptr;
                                return text != nullptr && *text != '\0';
                            });
-    }
-
-    // --- Leaves ----------------------------------------------------------------------------------
-
-    void checkLeaf(const Element& parent, const Element& row, const XmlNode& node, bool isFirst) {
-        if (firstElement(node) != nullptr) {
-            add(Severity::warning, node, "holds elements, which are not read");
-        } else if (node.first_node() != nullptr && node.first_node() != node.last_node()) {
-            add(Severity::warning, node,
-                "a comment or a CDATA section parts its text; one part is read");
-        }
-        const bool isFit = !row.liveState && !checkRange(row, node, isFirst) &&
-                           !checkCode(row, node) && !checkForm(parent, row, node);
-        if (isFit) {
-            checkSize(row, node);
-        }
-        if (isNamed(parent, "service") && isNamed(row, "lcn")) {
-            checkLcn(node);
-        }
-    }
-
-    // Whether a number was found out of range.
-    bool checkRange(const Element& row, const XmlNode& node, bool isFirst) {
-        const int number = numberOf(node);
-        // Only the first of several is looked at for what an element must have.
-        const bool isRequirementMet = !isFirst || row.required.range.contains(number);
-        if (row.range.contains(number) && isRequirementMet) {
-            return false;
-        }
-        const bool isLoop = isNamed(row, "rfLoop");
-        add(isLoop && !isLoopRead(node) ? Severity::warning : error(), node,
-            inQuotes(textOf(node)) + " is not allowed; it must be " +
-                rangeText(importedRange(row)));
-        return true;
-    }
-
-    // Input 1 feeds the loop, and only a satellite input is sure to have a satellite tuner. Without
-    // its type, no loop of an input is looked at.
-    static bool isLoopRead(const XmlNode& loop) {
-        const XmlNode& input = *loop.parent();
-        const XmlNode* id = document::childNamed(input, "inputId");
-        const XmlNode& type = *document::childNamed(input, "type");
-        return id != nullptr && numberOf(*id) == 2 &&
-               numberOf(type) == static_cast<int>(document::InputType::satellite);
-    }
-
-    // Whether a text was found that stands for no code.
-    bool checkCode(const Element& row, const XmlNode& node) {
-        const char* text = textOf(node);
-        const document::CodeTable texts = importedTextsAt(row, node);
-        const bool isExact = row.take == Take::codeExactly || row.take == Take::codeOrNumber;
-        const auto code =
-            isExact ? document::codeOfExactly(texts, text) : document::codeOfAnyCase(texts, text);
-        if (code || texts.empty()) {
-            return false;
-        }
-        if (row.take != Take::codeOrNumber) {
-            add(row.otherTextsAreOne ? Severity::warning : error(), node,
-                inQuotes(text) + " is not allowed; it must be " + listOf(texts));
-            return true;
-        }
-        if (isWholeNumber(text)) {
-            return false;
-        }
-        add(Severity::warning, node, inQuotes(text) + " is neither a number nor " + listOf(texts));
-        return true;
-    }
-
-    // Whether a text was found that is not what its element stands for. The import stores any.
-    bool checkForm(const Element& parent, const Element& row, const XmlNode& node) {
-        const std::string_view text = textOf(node);
-        const char* missed = generalFormMissed(row, text);
-        if (missed == nullptr) {
-            missed = particularFormMissed(parent, row, text);
-        }
-        if (missed != nullptr) {
-            add(Severity::warning, node, inQuotes(text) + " is no " + missed);
-        }
-        return missed != nullptr;
-    }
-
-    // Where the device has nothing, the export writes nothing.
-    static const char* generalFormMissed(const Element& row, std::string_view text) {
-        if (text.empty()) {
-            return nullptr;
-        }
-        switch (mapping::formOf(row)) {
-            case Form::number:
-                return isWholeNumber(text) || isRowIdElement(row) ? nullptr : "number";
-            case Form::onOff:
-                return text == "0" || text == "1" ? nullptr : "1 or 0";
-            case Form::address:
-                return isDottedAddress(text) ? nullptr : "address";
-            default:
-                return nullptr;
-        }
-    }
-
-    static const char* particularFormMissed(const Element& parent, const Element& row,
-                                            std::string_view text) {
-        for (const ParticularForm& form : kParticularForms) {
-            if (isNamed(parent, form.parent) && isNamed(row, form.name)) {
-                return form.fits(text) || (text.empty() && form.mayBeEmpty) ? nullptr : form.what;
-            }
-        }
-        return nullptr;
-    }
-
-    // What is stored as it stands, other programs read.
-    void checkSize(const Element& row, const XmlNode& node) {
-        const char* text = textOf(node);
-        if (isCut(row, text)) {
-            add(Severity::warning, node,
-                inQuotes(text) + " is too long; " + inQuotes(storedText(row, text)) + " is stored");
-        } else if (row.take != Take::ignored && mapping::formOf(row) == Form::number &&
-                   !isRowIdElement(row) && std::strtoll(text, nullptr, 10) != numberOf(node)) {
-            add(Severity::warning, node, inQuotes(text) + " is beyond numbers of 32 bits");
-        }
-    }
-
-    // A number below 1 passes where the service has it already.
-    void checkLcn(const XmlNode& node) {
-        if (numberOf(node) >= 1) {
-            return;
-        }
-        const XmlNode* before = node.previous_sibling();
-        while (before != nullptr && !document::hasName(*before, "lcn")) {
-            before = before->previous_sibling();
-        }
-        if (before != nullptr && numberOf(*before) != numberOf(node)) {
-            add(error(), node, inQuotes(textOf(node)) + " is not allowed; it must be at least 1");
-        } else if (numberOf(node) < 0) {
-            add(Severity::warning, node, inQuotes(textOf(node)) + " is no channel number");
-        }
     }
 
     void checkPattern(const XmlNode& network) {

@@ -82,6 +82,10 @@ int rfOutputModeAt(const XmlNode& outputChild) {
 
 }  // namespace
 
+bool isRowIdElement(const Element& row) {
+    return row.identity && row.take == Take::key && row.column.index == 0;
+}
+
 bool isWholeNumber(std::string_view text) {
     while (!text.empty() && isSpace(static_cast<unsigned char>(text.front()))) {
         text.remove_prefix(1);

@@ -22,6 +22,9 @@ std::string storedText(const mapping::Element& row, const char* text);
 // Whether that is another number.
 bool isCut(const mapping::Element& row, const char* text);
 
+// Whether the element is the id of a row, by which the row is found.
+bool isRowIdElement(const mapping::Element& row);
+
 // Whether the text is a decimal number from end to end, blanks around it aside, as a column of
 // numbers takes it.
 bool isWholeNumber(std::string_view text);

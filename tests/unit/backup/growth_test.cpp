@@ -1,5 +1,6 @@
 // How time and output grow with the documents.
 #include <algorithm>
+#include <array>
 #include <ctime>
 
 #include "backup/check.h"
@@ -199,6 +200,24 @@ TEST(BackupGrowth, ModulesAndTheNetworksThatTheyReferToAreNearLinear) {
     const auto many = seconds(2000);
     EXPECT_LT(many.first, 8 * few.first);
     EXPECT_LT(many.second, 8 * few.second);
+}
+
+// Eight times as long would be in between of linear (4) and quadratic (16).
+TEST(BackupGrowth, ElementsOfAnInputAndListsOfAServiceAreCheckedInNearLinearTime) {
+    for (const auto& [around, each, after] :
+         {std::array{"inputs><input", "<frequency/>", ""},
+          std::array{"services><service", "<pidOrders/>", "<a/>"}}) {
+        const std::string opened = around;
+        const std::string inner = opened.substr(opened.rfind('<') + 1);
+        const std::string outer = opened.substr(0, opened.find('>'));
+        const auto seconds = [&, each = each, after = after](int count) {
+            const Document document =
+                parsed(inModule("<" + opened + ">" + repeated(count, each) +
+                                repeated(count, after) + "</" + inner + "></" + outer + ">"));
+            return quickest([&] { check(document); });
+        };
+        EXPECT_LT(seconds(8000), 8 * seconds(2000)) << opened;
+    }
 }
 
 TEST(BackupDiffGrowth, TakesLessThanTwiceTheParsingOfBothDocuments) {
