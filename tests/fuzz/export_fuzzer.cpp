@@ -78,9 +78,10 @@ void disturb(test::FakeDevice& device, fuzz::Bytes& bytes) {
         case 0:
             return device.execute(table.database, "DELETE FROM " + name + rows);
         case 1:
-            return device.execute(table.database, "ALTER TABLE " + name + " RENAME TO gone");
+            return device.execute(table.database, "DROP TABLE " + name);
         case 2:
             return device.execute(table.database, "ALTER TABLE " + name + " ADD COLUMN c" +
+                                                      std::to_string(columns.size()) + "_" +
                                                       std::to_string(bytes.byte()));
         default:
             return device.execute(table.database, "UPDATE OR IGNORE " + name + " SET " + column +
