@@ -7,9 +7,13 @@
 
 #include "backup/command_line.h"
 #include "backup/interruption.h"
+#include "platform/files.h"
+#include "platform/signals.h"
 
 int main(int argc, char** argv) {
     using namespace tarvo_backup;
+    platform::files::occupyStandardStreams();
+    platform::waitForChildren();
     try {
         const char* noColor = std::getenv("NO_COLOR");  // NOLINT(concurrency-mt-unsafe)
         const Console console{.in = std::cin,

@@ -69,6 +69,15 @@ class RestoreTest(EndToEndTest):
         self.assertBytes(golden("QRA-310"), saved.read_bytes())
         self.assertFalse(device.path(STATE).exists())
 
+    def test_started_by_one_that_waits_for_no_children_it_does_the_same(self) -> None:
+        expected = self.in_shell(self.made(), f'"$PROGRAM" restore --yes {DOCUMENT}')
+        result = self.in_shell(
+            self.made(), f'exec env --ignore-signal=CHLD "$PROGRAM" restore --yes {DOCUMENT}'
+        )
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(expected.actions, result.actions)
+        self.assertEqual(expected.syslog, result.syslog)
+
     def test_without_an_answer_nothing_is_done(self) -> None:
         device = self.made()
         before = contents(device)
