@@ -17,6 +17,7 @@ from e2e import (
     CONFIG_DB,
     Device,
     EndToEndTest,
+    REPOSITORY,
     Result,
     golden,
     installed,
@@ -503,6 +504,23 @@ class RestoreTest(EndToEndTest):
         self.assertEqual(b"", result.stderr)
         self.assertFalse(device.path(STATE).exists())
         self.assertEqual(before, contents(device))
+
+    def test_a_start_of_the_headend_does_not_wait_for_an_undo_for_ever(self) -> None:
+        unit = (REPOSITORY / "dist/systemd/tarvo-backup-undo.service").read_text()
+        self.assertRegex(unit, r"(?m)^TimeoutStartSec=4min$")
+        script = (REPOSITORY / "dist/init.d/tarvo-backup-undo").read_text()
+        script = script.replace("/usr/sbin/tarvo-backup", "/tarvo/bin/hanging")
+        script, count = re.subn(r"timeout -s KILL 240 ", "timeout -s KILL 0.2 ", script)
+        self.assertEqual(1, count)
+        device = self.made()
+        for name, text in (("hanging", "#!/bin/sh\nsleep 100\n"), ("undo", script)):
+            device.path(f"/tarvo/bin/{name}").write_text(text)
+            device.path(f"/tarvo/bin/{name}").chmod(0o755)
+        device.path(STATE).parent.mkdir(parents=True)
+        device.path(STATE).touch()
+        start = time.monotonic()
+        self.assertEqual(128 + 9, device.run("/tarvo/bin/undo", ["start"], timeout=60).status)
+        self.assertLess(time.monotonic() - start, 50)
 
     def json(self, device: Device, *args: str) -> dict:
         result = self.backup(device, *args)
