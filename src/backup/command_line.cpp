@@ -166,6 +166,13 @@ void printLines(const std::string& text, std::ostream& out) {
     }
 }
 
+// Whether a verb prints what it has done; the others' work is what they print.
+bool isReport(const CLI::App& app, const Session& session) {
+    const bool isSaved = app.got_subcommand("save") && session.save.outputPath != "-";
+    return isSaved || app.got_subcommand("restore") || app.got_subcommand("confirm") ||
+           app.got_subcommand("undo");
+}
+
 }  // namespace
 
 ExitStatus run(int argc, const char* const* argv, const Console& console) {
@@ -197,7 +204,10 @@ ExitStatus run(int argc, const char* const* argv, const Console& console) {
     console.out.flush();
     if (!console.out) {
         console.err << "tarvo-backup: cannot write standard output\n";
-        return ExitStatus::cannotWrite;
+        if (!isReport(app, session)) {
+            return ExitStatus::cannotWrite;
+        }
+        return session.status == ExitStatus::done ? ExitStatus::untold : session.status;
     }
     return session.status;
 }

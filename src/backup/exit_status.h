@@ -13,7 +13,8 @@ enum class ExitStatus : int {
     // The import takes the document with errors, or not at all; or what it did was undone before it
     // was confirmed.
     refused = 6,
-    busy = 7,  // another restore is under way
+    busy = 7,    // another restore is under way
+    untold = 8,  // done, but the report could not be given
 };
 
 }  // namespace tarvo_backup

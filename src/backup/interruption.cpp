@@ -12,12 +12,12 @@ void note(int signal) { noted = signal; }
 
 }  // namespace
 
-SignalsNoted::SignalsNoted() {
+SignalsNoted::SignalsNoted(std::initializer_list<int> signals) {
     struct sigaction action {};
     action.sa_handler = note;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
+    for (const int signal : signals) {
         struct sigaction earlier {};
         sigaction(signal, nullptr, &earlier);
         if (earlier.sa_handler != SIG_IGN) {

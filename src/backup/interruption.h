@@ -20,11 +20,11 @@ class Interrupted : public std::exception {
     int signal_;
 };
 
-// While it lives, SIGHUP, SIGINT, SIGQUIT, SIGTERM and SIGPIPE are only noted. A signal that was
-// ignored before stays ignored.
+// While it lives, these signals are only noted. A signal that was ignored before stays ignored.
 class SignalsNoted {
   public:
-    SignalsNoted();
+    explicit SignalsNoted(std::initializer_list<int> signals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM,
+                                                                SIGPIPE, SIGXFSZ});
     ~SignalsNoted();
     SignalsNoted(const SignalsNoted&) = delete;
     SignalsNoted& operator=(const SignalsNoted&) = delete;

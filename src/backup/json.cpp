@@ -106,7 +106,8 @@ std::string printedList(const std::vector<Item>& items) {
 }
 
 Json jsonOf(const Plan& plan) {
-    return {{"status", static_cast<int>(plan.status)},
+    return {{"notBegun", plan.notBegun.empty() ? Json(nullptr) : Json(plan.notBegun)},
+            {"status", static_cast<int>(plan.status)},
             {"tries", plan.tries},
             {"errors", listOf(plan.errors)},
             {"complaints", plan.complaints},
@@ -132,22 +133,24 @@ std::string toJson(const RestoreReport& report) {
     static constexpr const char* kOutcomes[] = {"restored", "refused", "declined", "undone"};
     return printed(
         {{"outcome", kOutcomes[static_cast<int>(report.outcome)]},
-         {"undidEarlier", report.undidEarlier},
+         {"undidEarlier", report.undoneEarlier.has_value()},
          {"plan", jsonOf(report.plan)},
          {"backup", report.backup.empty() ? Json(nullptr) : Json(report.backup)},
          {"importStatus",
           report.importStatus ? Json(static_cast<int>(*report.importStatus)) : Json(nullptr)},
-         {"notTaken", listOf(report.notTaken)},
+         {"notTaken", report.notCompared.empty() ? listOf(report.notTaken) : Json(nullptr)},
          {"confirmMinutes", report.confirmMinutes ? Json(*report.confirmMinutes) : Json(nullptr)}});
 }
 
 std::string toJson(const Ending& ending) {
     static constexpr const char* kOutcomes[] = {"nothing", "confirmed", "undone"};
-    return printed(
-        {{"outcome", kOutcomes[static_cast<int>(ending.outcome)]},
-         {"document", ending.document.empty() ? Json(nullptr) : Json(ending.document)},
-         {"undoneAt", ending.undoneAt ? Json(utcText(*ending.undoneAt, "%Y-%m-%dT%H:%M:%SZ"))
-                                      : Json(nullptr)}});
+    const Undone undone = ending.undone.value_or(Undone());
+    return printed({{"outcome", kOutcomes[static_cast<int>(ending.outcome)]},
+                    {"document", ending.document.empty() ? Json(nullptr) : Json(ending.document)},
+                    {"undoneAt", ending.undone ? Json(utcText(undone.moment, "%Y-%m-%dT%H:%M:%SZ"))
+                                               : Json(nullptr)},
+                    {"kept", undone.kept},
+                    {"notKept", undone.notKept.empty() ? Json(nullptr) : Json(undone.notKept)}});
 }
 
 std::string toJson(const Overview& overview) {

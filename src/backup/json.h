@@ -30,7 +30,7 @@ std::string toJson(const Plan& plan);
 // {"outcome": "restored", "refused", "declined" or "undone", "plan": {...}, ...}
 std::string toJson(const RestoreReport& report);
 
-// {"outcome": "confirmed", "undone" or "nothing", "document": name or null}
+// {"outcome": "confirmed", "undone" or "nothing", "document": name or null, ...}
 std::string toJson(const Ending& ending);
 
 // {"file": ..., "unchanged": ..., "removed": [...], "refusals": [...]}

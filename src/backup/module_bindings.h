@@ -15,6 +15,8 @@ struct ModuleBinding {
     std::string documentMac;
     std::string headendMac;  // empty for none
     Kind how = Kind::none;
+
+    bool operator==(const ModuleBinding&) const = default;
 };
 
 struct ModuleBindings {

@@ -13,8 +13,6 @@ namespace tarvo_backup {
 
 namespace {
 
-constexpr unsigned kOwnerOnly = 0600;
-
 [[noreturn]] void fail(const std::string& path, const std::string& reason) {
     throw Fault(ExitStatus::cannotWrite, onOneLine(path) + ": " + reason);
 }

@@ -5,6 +5,8 @@
 
 namespace tarvo_backup {
 
+inline constexpr unsigned kOwnerOnly = 0600;
+
 // These write the text to a file that is on the disk before it has its name, and read it back. They
 // throw Fault (cannotWrite).
 

@@ -5,12 +5,14 @@
 
 #include <algorithm>
 
+#include "backup/database_copies.h"
 #include "backup/device_files.h"
 #include "backup/device_run.h"
 #include "backup/fault.h"
 #include "backup/module_bindings.h"
 #include "backup/progress.h"
 #include "backup/tree.h"
+#include "backup/verified_export.h"
 #include "command/system_actions.h"
 #include "mapping/document_tree.h"
 
@@ -84,87 +86,93 @@ std::vector<std::string> complaintsIn(const std::vector<LogLine>& log) {
     return complaints;
 }
 
-std::optional<Document> exported(Sandbox& sandbox, const char* name, std::string& reason) {
-    try {
-        return Document(name, exportIn(sandbox));
-    } catch (const Fault& fault) {
-        reason = fault.what();
-        return std::nullopt;
-    }
-}
-
-struct DatabasePair {
-    std::string before;
-    std::string after;
-};
-
-std::vector<DatabasePair> keepDatabases(const Sandbox& sandbox) {
-    std::vector<DatabasePair> pairs;
-    std::vector<CopyJob> jobs;
-    for (const char* database : kChangedDatabases) {
-        const std::string copy = sandbox.mapped(database);
-        pairs.push_back({.before = copy + ".before", .after = copy});
-        jobs.push_back({copy, pairs.back().before});
-    }
-    takeCopies(jobs);
-    return pairs;
-}
-
-std::vector<RowChange> changesBetween(const std::vector<DatabasePair>& databases) {
-    std::vector<RowChange> changes;
-    for (const auto& [before, after] : databases) {
-        try {
-            auto more = rowChanges(before, after);
-            std::move(more.begin(), more.end(), std::back_inserter(changes));
-        } catch (const DatabaseFault& fault) {
-            // Not there, or no database: the import could not change it either.
-            if (fault.code() != SQLITE_CANTOPEN && fault.code() != SQLITE_NOTADB) {
-                throw;
-            }
-        }
-    }
-    return changes;
-}
-
 bool isNetworkScript(const std::string& command) {
     return command == tarvo_remote_control::kNetworkScript;
 }
 
 }  // namespace
 
-Plan makePlan(const Document& document) {
-    beginStep("Copying the databases");
-    Sandbox sandbox;
+PlannedRestore::PlannedRestore(const Document& document) {
+    makeBackup();
     loadIdentity();
     beginStep("Exporting the headend as it is");
-    Plan plan;
-    const auto before = exported(sandbox, "before", plan.changesUnknown);
-    const auto databases = keepDatabases(sandbox);
-    const ModuleBindings bindings = bindModules(document);
-    plan.modules = bindings.modules;
-    plan.leftOverModules = bindings.leftOver;
+    const auto before =
+        headend_.empty() ? exported("before") : std::optional(Document("before", headend_));
+    for (const char* database : kChangedDatabases) {
+        copyOwn({.from = sandbox_.mapped(database), .to = databaseBefore(database)});
+    }
+    {
+        const OutputMuted muted;
+        ModuleBindings bindings = bindModules(document);
+        plan_.modules = std::move(bindings.modules);
+        plan_.leftOverModules = std::move(bindings.leftOver);
+    }
 
     beginStep("Importing into a copy");
-    plan.status = importIn(sandbox, document.text());
-    const Traffic traffic = sandbox.traffic();
-    plan.tries = traffic.tries;
-    plan.errors = plannedErrors(document, traffic.errors);
-    plan.complaints = complaintsIn(traffic.log);
-    plan.scripts = traffic.scripts;
-    plan.runsNetworkScript = std::any_of(plan.scripts.begin(), plan.scripts.end(), isNetworkScript);
-    plan.renames = traffic.renames;
+    plan_.status = importIn(sandbox_, document.text());
+    const Traffic traffic = sandbox_.traffic();
+    plan_.tries = traffic.tries;
+    plan_.errors = plannedErrors(document, traffic.errors);
+    plan_.complaints = complaintsIn(traffic.log);
+    plan_.scripts = traffic.scripts;
+    plan_.runsNetworkScript =
+        std::any_of(plan_.scripts.begin(), plan_.scripts.end(), isNetworkScript);
+    plan_.renames = traffic.renames;
     beginStep("Comparing");
-    plan.rows = changesBetween(databases);
+    plan_.rows = rowsChanged();
     if (before) {
-        if (const auto after = exported(sandbox, "after", plan.changesUnknown)) {
-            plan.changes = diff(*before, *after);
-            if (plan.status == app::ExitStatus::success) {
-                plan.notTaken = diff(document, *after);
+        if (const auto after = exported("after")) {
+            plan_.changes = diff(*before, *after);
+            if (plan_.status == app::ExitStatus::success) {
+                plan_.notTaken = diff(document, *after);
             }
         }
     }
-    plan.asymmetries = asymmetriesMetBy(document, plan);
-    return plan;
+    plan_.asymmetries = asymmetriesMetBy(document, plan_);
+}
+
+std::string PlannedRestore::databaseBefore(const std::string& path) const {
+    return sandbox_.mapped(path) + ".before";
+}
+
+// A disk that is full is nothing that a plan tells, it ends it.
+void PlannedRestore::makeBackup() {
+    try {
+        headend_ = verifiedExportIn(sandbox_);
+    } catch (const Fault& fault) {
+        if (fault.status() != ExitStatus::cannotRead) {
+            throw;
+        }
+        plan_.notBegun = fault.what();
+    }
+}
+
+std::optional<Document> PlannedRestore::exported(const char* name) {
+    try {
+        return Document(name, exportIn(sandbox_));
+    } catch (const Fault& fault) {
+        if (fault.status() == ExitStatus::cannotWrite) {
+            throw;
+        }
+        plan_.changesUnknown = fault.what();
+        return std::nullopt;
+    }
+}
+
+std::vector<RowChange> PlannedRestore::rowsChanged() const {
+    std::vector<RowChange> changes;
+    for (const char* database : kChangedDatabases) {
+        try {
+            auto more = rowChanges(databaseBefore(database), sandbox_.mapped(database));
+            std::move(more.begin(), more.end(), std::back_inserter(changes));
+        } catch (const DatabaseFault& fault) {
+            // Not there, or no database: the import could not change it either.
+            if (fault.code() != SQLITE_CANTOPEN && fault.code() != SQLITE_NOTADB) {
+                throw Fault(fault.status(), std::string(database) + ": " + fault.what());
+            }
+        }
+    }
+    return changes;
 }
 
 }  // namespace tarvo_backup

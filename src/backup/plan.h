@@ -25,6 +25,9 @@ struct PlannedError {
 };
 
 struct Plan {
+    // Why tarvo-backup restore would not begin: what it saves before could not be saved. Empty
+    // where it would.
+    std::string notBegun;
     // What tarvo-config FILE would end with, and after how many tries.
     app::ExitStatus status = app::ExitStatus::success;
     std::size_t tries = 0;
@@ -46,14 +49,39 @@ struct Plan {
     std::vector<Rename> renames;
     std::vector<const Asymmetry*> asymmetries;
 
+    bool operator==(const Plan&) const = default;
+
     // Whether a restore would do anything at all.
     [[nodiscard]] bool isEmpty() const {
-        return status == app::ExitStatus::success && errors.empty() && changes.empty() &&
-               changesUnknown.empty() && rows.empty() && scripts.empty() && renames.empty();
+        return notBegun.empty() && status == app::ExitStatus::success && errors.empty() &&
+               changes.empty() && changesUnknown.empty() && rows.empty() && scripts.empty() &&
+               renames.empty();
     }
 };
 
-// Imports the document into a private copy of the device. Throws Fault, and Interrupted.
-Plan makePlan(const Document& document);
+// What a restore would do to the headend as it is at one moment, and the headend of that moment.
+// While it lives, the door leads into its copy.
+class PlannedRestore {
+  public:
+    // Imports the document into a private copy of the device. Throws Fault, and Interrupted.
+    explicit PlannedRestore(const Document& document);
+
+    [[nodiscard]] const Plan& plan() const { return plan_; }
+    // The document of the headend before, as verifiedExport() gives it. Empty where the plan says
+    // that nothing is begun.
+    [[nodiscard]] const std::string& headend() const { return headend_; }
+    // Where the copy of one of the databases that an import changes is, as it was before. There is
+    // no file where the device had none.
+    [[nodiscard]] std::string databaseBefore(const std::string& path) const;
+
+  private:
+    [[nodiscard]] std::optional<Document> exported(const char* name);
+    void makeBackup();
+    [[nodiscard]] std::vector<RowChange> rowsChanged() const;
+
+    Sandbox sandbox_;
+    Plan plan_;
+    std::string headend_;
+};
 
 }  // namespace tarvo_backup

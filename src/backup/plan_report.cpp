@@ -29,10 +29,19 @@ class Report {
     void printResult(const Plan& plan) {
         const auto status = static_cast<int>(plan.status);
         const bool succeeds = status == 0;
-        out_ << paint_(succeeds ? Style::added : Style::error,
-                       succeeds
-                           ? "The restore would succeed."
-                           : "The restore would end with status " + std::to_string(status) + ".");
+        const std::string subject =
+            plan.notBegun.empty() ? "The restore" : "The import by tarvo-config";
+        if (!plan.notBegun.empty()) {
+            out_ << paint_(Style::error,
+                           "tarvo-backup restore would not begin: there is no backup "
+                           "of this headend.")
+                 << '\n'
+                 << plan.notBegun << '\n';
+        }
+        out_ << paint_(
+            succeeds ? Style::added : Style::error,
+            subject + (succeeds ? " would succeed."
+                                : " would end with status " + std::to_string(status) + "."));
         if (plan.isEmpty()) {
             out_ << " Nothing would change.";
         } else if (plan.tries > 1) {

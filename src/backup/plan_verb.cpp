@@ -11,7 +11,7 @@ namespace {
 
 Plan planned(const Document& document, const Console& console) {
     const Progress progress(console, "Copying the databases");
-    return makePlan(document);
+    return PlannedRestore(document).plan();
 }
 
 }  // namespace
@@ -23,6 +23,9 @@ ExitStatus runPlan(const PlanOptions& options, const Console& console) {
         console.out << toJson(plan) << '\n';
     } else {
         printPlan(plan, document, Painter(console, options.output.color), console.out);
+    }
+    if (!plan.notBegun.empty()) {
+        return ExitStatus::cannotRead;
     }
     if (plan.status != app::ExitStatus::success) {
         return ExitStatus::refused;

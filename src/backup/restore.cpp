@@ -7,15 +7,21 @@
 #include <ctime>
 #include <filesystem>
 #include <thread>
+#include <utility>
 
 #include "app/run_modes.h"
 #include "backup/backup_folder.h"
+#include "backup/console.h"
+#include "backup/database_copies.h"
 #include "backup/device_files.h"
 #include "backup/device_run.h"
 #include "backup/fault.h"
 #include "backup/interruption.h"
+#include "backup/output_file.h"
+#include "backup/own_folder.h"
 #include "backup/progress.h"
-#include "backup/sqlite.h"
+#include "backup/row_changes.h"
+#include "backup/utc_time.h"
 #include "backup/verified_export.h"
 #include "command/system_actions.h"
 #include "device/device_identity.h"
@@ -31,8 +37,6 @@ using tarvo_remote_control::DeviceIdentity;
 
 namespace {
 
-constexpr unsigned kOwnerOnly = 0600;
-
 bool isDatabase(const std::string& path) {
     return std::find(std::begin(kChangedDatabases), std::end(kChangedDatabases), path) !=
            std::end(kChangedDatabases);
@@ -45,18 +49,9 @@ void noteFile(const std::string& path, RestoreState& state) {
     }
 }
 
-// The databases, the files that the restore renames, and those that they would replace.
-void noteFiles(const Plan& plan, RestoreState& state) {
-    for (const char* database : kChangedDatabases) {
-        noteFile(database, state);
-    }
-    for (const auto& [from, to] : plan.renames) {
-        noteFile(from, state);
-        noteFile(to, state);
-    }
-}
-
-void copyFile(const std::string& from, const std::string& to) {
+// One of the device's files, which keeps the time that it was changed: that is what tells when it
+// was made.
+void copyWithTime(const std::string& from, const std::string& to) {
     std::error_code failed;
     fs::copy_file(from, to, fs::copy_options::overwrite_existing, failed);
     if (!failed) {
@@ -75,22 +70,29 @@ void removeFile(const std::string& path) {
     }
 }
 
-void copyDevice(const RestoreState& state) {
-    beginStep("Copying the databases");
-    removeCopies();
-    std::vector<CopyJob> jobs;
-    for (const std::string& path : state.copied) {
-        if (isDatabase(path)) {
-            jobs.push_back({path, copyOf(path)});
+void copyDatabases(const PlannedRestore& planned, RestoreState& state) {
+    for (const char* database : kChangedDatabases) {
+        const std::string before = planned.databaseBefore(database);
+        if (fs::exists(before)) {
+            copyOwn({.from = before, .to = copyOf(database)});
+            state.copied.emplace_back(database);
+        } else {
+            state.absent.emplace_back(database);
         }
     }
-    takeCopies(jobs);
+}
+
+// The files that the restore renames, and those that they would replace.
+void copyFiles(const std::vector<Rename>& renames, RestoreState& state) {
+    for (const auto& [from, to] : renames) {
+        noteFile(from, state);
+        noteFile(to, state);
+    }
     for (const std::string& path : state.copied) {
         if (!isDatabase(path)) {
-            copyFile(path, copyOf(path));
+            copyWithTime(path, copyOf(path));
         }
     }
-    platform::syncFiles();
 }
 
 // A state that cannot be gone by is better left than half undone.
@@ -119,7 +121,7 @@ void putAllBack(const RestoreState& state) {
         if (isDatabase(path)) {
             putBack({copyOf(path), path});
         } else {
-            copyFile(copyOf(path), path);
+            copyWithTime(copyOf(path), path);
         }
     }
     for (const std::string& path : state.absent) {
@@ -130,13 +132,101 @@ void putAllBack(const RestoreState& state) {
     platform::syncFiles();
 }
 
-// What was restored may be what somebody wanted, or have been worked on since.
-void saveWhatIsUndone() {
-    try {
-        saveInto(kBackupFolder, verifiedExport(), std::nullopt);
-    } catch (const std::exception&) {
-        // A headend that is not sound, or has no room, is put back nevertheless.
+// Where a folder has the copy of a database.
+std::string inFolder(const std::string& folder, const std::string& database) {
+    return folder + database.substr(database.rfind('/'));
+}
+
+bool isSameDatabase(const std::string& one, const std::string& other) {
+    const auto content = platform::files::read(one);
+    if (content && content == platform::files::read(other)) {
+        return true;
     }
+    try {
+        return rowChanges(one, other).empty();
+    } catch (const Fault&) {
+        return false;  // one of them is no database
+    }
+}
+
+// Whether it is put back anyway, or was saved when the undo was tried before.
+bool isKept(const std::string& database, const std::string& now, const RestoreState& state) {
+    return isSameDatabase(now, copyOf(database)) ||
+           std::any_of(state.kept.begin(), state.kept.end(), [&](const std::string& folder) {
+               return isSameDatabase(now, inFolder(folder, database));
+           });
+}
+
+std::string newFolder() {
+    const std::string start =
+        std::string(kBackupFolder) + "/undone-" + utcText(std::time(nullptr), "%Y-%m-%dT%H%MZ");
+    std::string folder = start;
+    for (int number = 2; fs::exists(fs::symlink_status(folder)); ++number) {
+        folder = start + "-" + std::to_string(number);
+    }
+    return folder;
+}
+
+// Copies the databases as they are into the folder. Gives whether one holds anything that would be
+// lost.
+bool copyWhatIsNew(const std::string& folder, const RestoreState& state) {
+    fs::remove_all(folder);
+    makeOwnFolder(folder);
+    std::vector<CopyJob> jobs;
+    for (const char* database : kChangedDatabases) {
+        jobs.push_back({.from = database, .to = inFolder(folder, database)});
+    }
+    copyFromDevice(jobs);
+    return std::any_of(jobs.begin(), jobs.end(), [&](const CopyJob& job) {
+        return fs::exists(job.to) && !isKept(job.from, job.to, state);
+    });
+}
+
+// As a document among the backups, or else as these copies of the databases: early in a start of
+// the headend, its state database is not there, without which there is no export. Gives the path.
+std::string keep(const std::string& copies) {
+    try {
+        return saveInto(kBackupFolder, verifiedExport(), std::nullopt).path;
+    } catch (const std::exception&) {
+        if (!fs::exists(copies)) {
+            throw;
+        }
+    }
+    forgetSignals();
+    platform::syncFiles();
+    std::string folder = newFolder();
+    fs::rename(copies, folder);
+    return folder;
+}
+
+// What is undone may be what somebody wanted, or have been worked on since, also while nobody knew
+// that a restore was killed. Gives why it could not be saved; empty when it was.
+std::string saveWhatIsUndone(RestoreState& state) {
+    const std::string copies = stateFolder() + "/kept";
+    std::string withoutCopies;
+    try {
+        if (!copyWhatIsNew(copies, state)) {
+            fs::remove_all(copies);
+            return "";
+        }
+    } catch (const std::exception& fault) {
+        withoutCopies = fault.what();
+        std::error_code ignored;
+        fs::remove_all(copies, ignored);
+        forgetSignals();
+    }
+    try {
+        const std::string path = keep(copies);
+        if (std::find(state.kept.begin(), state.kept.end(), path) == state.kept.end()) {
+            state.kept.push_back(path);
+        }
+    } catch (const std::exception& fault) {
+        forgetSignals();
+        return onOneLine(fault.what() + (withoutCopies.empty() ? "" : "; " + withoutCopies));
+    }
+    std::error_code ignored;
+    fs::remove_all(copies, ignored);
+    return "";
 }
 
 // A script that fails is no reason to give the undo up: what was stored before is stored again.
@@ -203,7 +293,7 @@ void startWatching(const std::string& id, RestoreLock& lock) {
 
 app::ExitStatus import(const Document& document) {
     // The document as it was planned, whatever becomes of its file.
-    const std::string path = stateFolder() + "/document.xml";
+    const std::string path = documentFile();
     if (!platform::files::replace(path, document.text(), {.mode = kOwnerOnly})) {
         throw Fault(ExitStatus::cannotWrite, path + ": cannot be written");
     }
@@ -220,21 +310,34 @@ std::vector<Difference> differencesFrom(const Document& document) {
 
 }  // namespace
 
-Restored restore(const Document& document, const Plan& plan,
-                 std::optional<std::chrono::seconds> toConfirm, RestoreLock& lock) {
-    // The network may go, and with it the session.
-    const SignalsNoted signals;
+RestoreState keepForUndo(const Document& document, const PlannedRestore& planned) {
+    beginStep("Copying the databases");
     RestoreState state{.phase = RestorePhase::importing,
                        .id = std::to_string(getpid()) + "." + std::to_string(secondsUp()),
                        .document = document.name(),
                        .boot = thisBoot(),
-                       .scripts = plan.scripts,
+                       .scripts = planned.plan().scripts,
                        .copied = {},
                        .absent = {},
-                       .serialNumber = DeviceIdentity::instance().getSerialNumber()};
-    noteFiles(plan, state);
+                       .serialNumber = DeviceIdentity::instance().getSerialNumber(),
+                       .kept = {}};
+    removeCopies();
     try {
-        copyDevice(state);
+        copyDatabases(planned, state);
+        copyFiles(planned.plan().renames, state);
+    } catch (...) {
+        removeCopies();
+        throw;
+    }
+    return state;
+}
+
+Restored restore(const Document& document, RestoreState state,
+                 std::optional<std::chrono::seconds> toConfirm, RestoreLock& lock) {
+    // The network may go, and with it the session.
+    const SignalsNoted signals;
+    try {
+        platform::syncFiles();
         writeState(state);
         forgetUndone();
     } catch (...) {
@@ -245,9 +348,9 @@ Restored restore(const Document& document, const Plan& plan,
         startWatching(state.id, lock);
     }
     beginStep("Importing the document");
-    Restored restored{.status = import(document), .notTaken = {}};
+    Restored restored{.status = import(document)};
     if (restored.status != app::ExitStatus::success) {
-        undo(state);
+        restored.undone = undo(std::move(state));
         return restored;
     }
     if (toConfirm) {
@@ -258,16 +361,23 @@ Restored restore(const Document& document, const Plan& plan,
         removeState();
     }
     beginStep("Comparing the headend with the document");
-    restored.notTaken = differencesFrom(document);
+    try {
+        restored.notTaken = differencesFrom(document);
+    } catch (const Fault& fault) {
+        restored.notCompared = fault.what();  // it is done nevertheless
+    }
     return restored;
 }
 
 Undone undo(RestoreState state) {
     const SignalsNoted signals;
+    Undone undone;
+    undone.document = state.document;
     try {
         checkCopies(state);
-        if (state.phase == RestorePhase::unconfirmed) {
-            saveWhatIsUndone();
+        const std::size_t keptBefore = state.kept.size();
+        undone.notKept = saveWhatIsUndone(state);
+        if (state.phase == RestorePhase::unconfirmed || state.kept.size() > keptBefore) {
             state.phase = RestorePhase::undoing;
             writeState(state);
         }
@@ -280,7 +390,8 @@ Undone undo(RestoreState state) {
     beginStep("Running the scripts again");
     const OutputMuted muted;
     runAgain(state.scripts);
-    Undone undone{.document = state.document, .moment = std::time(nullptr)};
+    undone.moment = std::time(nullptr);
+    undone.kept = std::move(state.kept);
     rememberUndone(undone);
     removeState();
     return undone;

@@ -1,7 +1,6 @@
 // What the verbs restore, confirm and undo tell.
 #pragma once
 
-#include <ctime>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,6 +8,7 @@
 #include "app/exit_status.h"
 #include "backup/diff.h"
 #include "backup/plan.h"
+#include "backup/restore_record.h"
 
 namespace tarvo_backup {
 
@@ -22,12 +22,14 @@ enum class RestoreOutcome {
 struct RestoreReport {
     RestoreOutcome outcome = RestoreOutcome::refused;
     // An earlier restore that had not come to its end was undone first.
-    bool undidEarlier = false;
+    std::optional<Undone> undoneEarlier;
     Plan plan;
     // The backup from before. Empty when nothing was begun, as what follows.
     std::string backup;
     std::optional<app::ExitStatus> importStatus;
     std::vector<Difference> notTaken;
+    // Why that cannot be told; empty where it can.
+    std::string notCompared;
     std::optional<int> confirmMinutes;
 };
 
@@ -37,7 +39,7 @@ struct Ending {
 
     Outcome outcome = Outcome::nothing;
     std::string document;  // empty for nothing
-    std::optional<std::time_t> undoneAt;
+    std::optional<Undone> undone;
 };
 
 }  // namespace tarvo_backup

@@ -6,17 +6,15 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
-#include <limits>
-#include <sstream>
 #include <utility>
 
 #include "backup/backup_folder.h"
 #include "backup/fault.h"
+#include "backup/output_file.h"
 #include "backup/own_folder.h"
 #include "platform/files.h"
 #include "platform/platform.h"
@@ -27,12 +25,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unsigned kOwnerOnly = 0600;
 constexpr const char* kLock = "lock";
+constexpr const char* kState = "state";
 constexpr const char* kUndone = "undone";
-constexpr std::array kPhases{"importing", "unconfirmed", "undoing"};
+constexpr const char* kDocument = "document.xml";
 
-std::string stateFile() { return stateFolder() + "/state"; }
+std::string stateFile() { return stateFolder() + "/" + kState; }
 std::string undoneFile() { return stateFolder() + "/" + kUndone; }
 
 void makeStateFolder() {
@@ -44,78 +42,27 @@ void makeStateFolder() {
     }
 }
 
-[[noreturn]] void failUnderstanding(const std::string& what) {
-    throw Fault(ExitStatus::cannotRead, stateFile() + ": " + what +
-                                            " is not known; remove the file to keep the headend "
-                                            "as it is");
-}
-
-// On one line, whatever is in it.
-std::string escaped(const std::string& text) {
-    std::string line;
-    for (const char character : text) {
-        if (character == '\n' || character == '\\') {
-            line += '\\';
+// What whoever held the lock, and was killed, has left of a file that was being written.
+void removeUnfinished() {
+    constexpr std::size_t kRandomCharacters = 6;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(stateFolder(), ignored)) {
+        const std::string name = entry.path().filename();
+        for (const char* written : {kState, kUndone, kDocument}) {
+            const std::string start = std::string(written) + ".new-";
+            if (name.starts_with(start) && name.size() == start.size() + kRandomCharacters &&
+                fs::is_regular_file(entry.symlink_status(ignored))) {
+                fs::remove(entry.path(), ignored);
+            }
         }
-        line += character == '\n' ? 'n' : character;
     }
-    return line;
-}
-
-std::string unescaped(const std::string& line) {
-    std::string text;
-    for (std::size_t place = 0; place < line.size(); ++place) {
-        const bool isEscaped = line[place] == '\\' && place + 1 < line.size();
-        place += isEscaped ? 1U : 0U;
-        text += isEscaped && line[place] == 'n' ? '\n' : line[place];
-    }
-    return text;
-}
-
-// A line of the state's file: a word, a blank, the rest.
-struct Line {
-    std::string word;
-    std::string rest;
-};
-
-std::vector<Line> linesOf(const std::string& text) {
-    std::vector<Line> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        const std::size_t blank = std::min(line.find(' '), line.size());
-        lines.push_back({.word = line.substr(0, blank),
-                         .rest = unescaped(line.substr(std::min(blank + 1, line.size())))});
-    }
-    return lines;
-}
-
-RestorePhase phaseNamed(const std::string& name) {
-    const auto* found = std::find(kPhases.begin(), kPhases.end(), name);
-    if (found == kPhases.end()) {
-        failUnderstanding("the phase '" + name + "'");
-    }
-    return static_cast<RestorePhase>(found - kPhases.begin());
-}
-
-std::optional<long long> numberFrom(const std::string& text) {
-    if (text.empty() || text.size() > std::numeric_limits<long long>::digits10 ||
-        text.find_first_not_of("0123456789") != std::string::npos) {
-        return std::nullopt;
-    }
-    return std::stoll(text);
-}
-
-long long deadlineFrom(const std::string& text) {
-    const auto number = numberFrom(text);
-    if (!number) {
-        failUnderstanding("the deadline '" + text + "'");
-    }
-    return *number;
 }
 
 }  // namespace
 
 std::string stateFolder() { return std::string(kBackupFolder) + "/.restore"; }
+
+std::string documentFile() { return stateFolder() + "/" + kDocument; }
 
 std::string copyOf(const std::string& devicePath) {
     std::string name = devicePath;
@@ -135,6 +82,7 @@ RestoreLock::RestoreLock(const std::string& holder) {
         throw Fault(ExitStatus::busy,
                     "busy: " + platform::files::read(path).value_or("another tarvo-backup"));
     }
+    removeUnfinished();
     const std::string text = holder + ", process " + std::to_string(getpid());
     if (ftruncate(handle_, 0) != 0 || pwrite(handle_, text.data(), text.size(), 0) < 0) {
         // The name alone is lost.
@@ -150,50 +98,16 @@ std::optional<RestoreState> readState() {
     if (!text) {
         return std::nullopt;
     }
-    RestoreState state;
-    bool hasPhase = false;
-    for (const auto& [word, rest] : linesOf(*text)) {
-        if (word == "phase") {
-            state.phase = phaseNamed(rest);
-            hasPhase = true;
-        } else if (word == "id") {
-            state.id = rest;
-        } else if (word == "document") {
-            state.document = rest;
-        } else if (word == "deadline") {
-            state.deadline = deadlineFrom(rest);
-        } else if (word == "boot") {
-            state.boot = rest;
-        } else if (word == "script") {
-            state.scripts.push_back(rest);
-        } else if (word == "copied") {
-            state.copied.push_back(rest);
-        } else if (word == "absent") {
-            state.absent.push_back(rest);
-        } else if (word == "serial") {
-            state.serialNumber = rest;
-        }
+    try {
+        return restoreStateFrom(*text);
+    } catch (const Fault& fault) {
+        throw Fault(fault.status(), stateFile() + ": " + fault.what() +
+                                        "; remove the file to keep the headend as it is");
     }
-    if (!hasPhase) {
-        failUnderstanding("the phase");
-    }
-    return state;
 }
 
 void writeState(const RestoreState& state) {
-    std::ostringstream text;
-    text << "phase " << kPhases[static_cast<std::size_t>(state.phase)] << "\nid " << state.id
-         << "\ndocument " << escaped(state.document) << "\ndeadline " << state.deadline << "\nboot "
-         << state.boot << "\nserial " << escaped(state.serialNumber) << '\n';
-    const auto writeAll = [&text](const char* word, const std::vector<std::string>& list) {
-        for (const std::string& each : list) {
-            text << word << ' ' << escaped(each) << '\n';
-        }
-    };
-    writeAll("script", state.scripts);
-    writeAll("copied", state.copied);
-    writeAll("absent", state.absent);
-    if (!platform::files::replace(stateFile(), text.str(), {.mode = kOwnerOnly})) {
+    if (!platform::files::replace(stateFile(), textOf(state), {.mode = kOwnerOnly})) {
         throw Fault(ExitStatus::cannotWrite, stateFile() + ": " + std::strerror(errno));
     }
 }
@@ -211,28 +125,17 @@ void removeCopies() {
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(stateFolder(), ignored)) {
         if (entry.path().filename() != kLock && entry.path().filename() != kUndone) {
-            fs::remove(entry.path(), ignored);
+            fs::remove_all(entry.path(), ignored);
         }
     }
 }
 
 std::optional<Undone> lastUndone() {
-    Undone undone;
-    for (const auto& [word, rest] :
-         linesOf(platform::files::read(undoneFile()).value_or(std::string()))) {
-        if (word == "document") {
-            undone.document = rest;
-        } else if (word == "moment") {
-            undone.moment = numberFrom(rest).value_or(0);
-        }
-    }
-    return undone.document.empty() ? std::nullopt : std::optional(undone);
+    return undoneFrom(platform::files::read(undoneFile()).value_or(std::string()));
 }
 
 void rememberUndone(const Undone& undone) {
-    const std::string text =
-        "document " + escaped(undone.document) + "\nmoment " + std::to_string(undone.moment) + '\n';
-    if (!platform::files::replace(undoneFile(), text, {.mode = kOwnerOnly})) {
+    if (!platform::files::replace(undoneFile(), textOf(undone), {.mode = kOwnerOnly})) {
         forgetUndone();  // an earlier restore's
     }
 }

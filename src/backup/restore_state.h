@@ -16,10 +16,10 @@
 //   unconfirmed  the time is over, or the headend was started anew
 #pragma once
 
-#include <ctime>
 #include <optional>
 #include <string>
-#include <vector>
+
+#include "backup/restore_record.h"
 
 namespace tarvo_backup {
 
@@ -39,26 +39,10 @@ class RestoreLock {
     int handle_ = -1;
 };
 
-enum class RestorePhase { importing, unconfirmed, undoing };
-
-struct RestoreState {
-    RestorePhase phase = RestorePhase::importing;
-    std::string id;  // tells one restore from the next
-    std::string document;
-    // Until when it is to be confirmed, in seconds since the headend was started, and which start.
-    long long deadline = 0;
-    std::string boot;
-    // The commands that the restore had run, which an undo runs again.
-    std::vector<std::string> scripts;
-    // The databases and files of which there are copies, and files that were not there.
-    std::vector<std::string> copied;
-    std::vector<std::string> absent;
-    // Whose databases they are: a folder of backups may be carried to another headend.
-    std::string serialNumber;
-};
-
 // Where state and copies are, on a file system that outlives a restart. The folder is private.
 std::string stateFolder();
+// The document while it is imported.
+std::string documentFile();
 // The copies of the databases and files from before.
 std::string copyOf(const std::string& devicePath);
 
@@ -73,11 +57,6 @@ void removeState();
 // Removes what a restore that was killed before it had a state has left of copies.
 void removeCopies();
 
-// A restore that was undone.
-struct Undone {
-    std::string document;
-    std::time_t moment = 0;
-};
 // The last restore, when it was undone. Nothing also when there was no room on the disk to keep it.
 std::optional<Undone> lastUndone();
 // Before the state is removed.

@@ -1,8 +1,11 @@
 // The verbs restore, confirm and undo.
+#include <memory>
+
 #include "backup/backup_folder.h"
 #include "backup/diff_report.h"
 #include "backup/document.h"
 #include "backup/fault.h"
+#include "backup/interruption.h"
 #include "backup/json.h"
 #include "backup/plan_report.h"
 #include "backup/progress.h"
@@ -19,20 +22,49 @@ namespace {
 
 bool isAgreedTo(const Console& console) {
     console.out << "\nRestore it? [y/N] " << std::flush;
+    if (!console.out) {
+        // Nobody has seen what would be agreed to.
+        throw Fault(ExitStatus::cannotWrite, "cannot write standard output; nothing was done");
+    }
     std::string answer;
     std::getline(console.in, answer);
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 
 // Neither an abandoned restore, which is undone, nor one that is to be confirmed may be in the way.
-// Gives whether one was undone.
-bool makeWay() {
-    const bool wasUndone = undoAbandoned().has_value();
+std::optional<Undone> makeWay() {
+    auto undone = undoAbandoned();
     if (const auto state = readState()) {
         throw Fault(ExitStatus::busy, "the restore of " + state->document +
                                           " waits for tarvo-backup confirm or undo");
     }
-    return wasUndone;
+    return undone;
+}
+
+// Where what an undo took back is, and what is not; empty where nothing had changed.
+std::string toldOfKept(const Undone& undone) {
+    std::string told;
+    for (const std::string& path : undone.kept) {
+        told += (told.empty() ? "what it took back is in " : ", ") + path;
+    }
+    if (!undone.notKept.empty()) {
+        told += std::string(told.empty() ? "" : "; ") +
+                "what it took back could not be saved: " + undone.notKept;
+    }
+    return told;
+}
+
+void warnOfLoss(const Undone& undone, const Console& console) {
+    if (!undone.notKept.empty()) {
+        console.err << "tarvo-backup: what the undo took back could not be saved: "
+                    << undone.notKept << '\n';
+    }
+}
+
+void printKept(const Undone& undone, const Console& console) {
+    for (const std::string& path : undone.kept) {
+        console.out << "What was there before that is in " << path << '\n';
+    }
 }
 
 void printRestored(const RestoreReport& report, const RestoreOptions& options,
@@ -51,65 +83,135 @@ void printRestored(const RestoreReport& report, const RestoreOptions& options,
     }
 }
 
-// Restores the document. What people read is printed as it comes.
-RestoreReport restoreAndTell(const RestoreOptions& options, const Console& console) {
-    const bool isForPeople = !options.output.json;
-    const auto tell = [&](const std::string& line) {
-        if (isForPeople) {
-            console.out << line << '\n' << std::flush;
+// A restore from its command line on, as far as it comes.
+class Run {
+  public:
+    Run(const RestoreOptions& options, const Console& console)
+        : options_(options),
+          console_(console),
+          document_(readDocument(options.path, console)),
+          lock_("restore of " + document_.name()) {}
+
+    RestoreReport report() && {
+        {
+            const Progress progress(console_, "Undoing an earlier restore");
+            report_.undoneEarlier = makeWay();
         }
-    };
-    const Document document = readDocument(options.path, console);
-    RestoreReport report;
-    RestoreLock lock("restore of " + document.name());
-    {
-        const Progress progress(console, "Undoing an earlier restore");
-        report.undidEarlier = makeWay();
-        verifyConfiguration();
-        report.plan = makePlan(document);
+        tellOfEarlier();
+        plan();
+        report_.outcome = agreed();
+        if (report_.outcome == RestoreOutcome::restored) {
+            const RestoreState state = saved();
+            planned_.reset();
+            tell("The backup from before is " + report_.backup);
+            endIfInterrupted();
+            begin(state);
+        }
+        return std::move(report_);
     }
-    if (report.undidEarlier) {
+
+  private:
+    void tell(const std::string& line) const {
+        if (!options_.output.json) {
+            console_.out << line << '\n' << std::flush;
+        }
+    }
+
+    void tellOfEarlier() const {
+        if (!report_.undoneEarlier) {
+            return;
+        }
         tell("An earlier restore that had not come to its end was undone.");
+        if (!options_.output.json) {
+            printKept(*report_.undoneEarlier, console_);
+        }
+        warnOfLoss(*report_.undoneEarlier, console_);
     }
-    if (isForPeople) {
-        printPlan(report.plan, document, Painter(console, options.output.color), console.out);
+
+    // Of the headend as it is now.
+    void plan() {
+        const Progress progress(console_, "Copying the databases");
+        planned_ = std::make_unique<PlannedRestore>(document_);
     }
-    if (report.plan.status != app::ExitStatus::success) {
-        return report;
+
+    // Prints the plan. Gives whether the restore would succeed.
+    bool shown() const {
+        if (!report_.plan.notBegun.empty()) {
+            throw Fault(ExitStatus::cannotRead, report_.plan.notBegun);
+        }
+        if (!options_.output.json) {
+            printPlan(report_.plan, document_, Painter(console_, options_.output.color),
+                      console_.out);
+        }
+        return report_.plan.status == app::ExitStatus::success;
     }
-    if (!options.yes && !isAgreedTo(console)) {
-        tell("Nothing was done.");
-        report.outcome = RestoreOutcome::declined;
-        return report;
+
+    // Shows what is planned and asks, until that is what the headend as it is now needs: who is
+    // asked takes his time, and somebody else may change the headend meanwhile. `restored` for what
+    // is to be done; it is planned then.
+    RestoreOutcome agreed() {
+        for (;;) {
+            report_.plan = planned_->plan();
+            planned_.reset();  // signals end a program that waits for an answer
+            if (!shown()) {
+                return RestoreOutcome::refused;
+            }
+            if (!options_.yes && !isAgreedTo(console_)) {
+                tell("Nothing was done.");
+                return RestoreOutcome::declined;
+            }
+            plan();
+            if (planned_->plan() == report_.plan) {
+                return RestoreOutcome::restored;
+            }
+            tell("\nThe headend has changed meanwhile. What a restore would do now:\n");
+            if (options_.yes) {
+                report_.plan = planned_->plan();
+                return shown() ? RestoreOutcome::restored : RestoreOutcome::refused;
+            }
+        }
     }
-    {
-        const Progress progress(console, "Saving a backup");
-        report.backup = saveInto(kBackupFolder, verifiedExport(), std::nullopt).path;
+
+    RestoreState saved() {
+        const Progress progress(console_, "Saving a backup");
+        report_.backup = saveInto(kBackupFolder, planned_->headend(), std::nullopt).path;
+        return keepForUndo(document_, *planned_);
     }
-    tell("The backup from before is " + report.backup);
-    std::optional<std::chrono::seconds> toConfirm;
-    if (options.confirmMinutes) {
-        toConfirm = std::chrono::minutes(*options.confirmMinutes);
-        report.confirmMinutes = options.confirmMinutes;
+
+    void begin(const RestoreState& state) {
+        std::optional<std::chrono::seconds> toConfirm;
+        if (options_.confirmMinutes) {
+            toConfirm = std::chrono::minutes(*options_.confirmMinutes);
+            report_.confirmMinutes = options_.confirmMinutes;
+        }
+        const Progress progress(console_, "Importing the document");
+        Restored restored = restore(document_, state, toConfirm, lock_);
+        report_.importStatus = restored.status;
+        report_.notTaken = std::move(restored.notTaken);
+        report_.notCompared = std::move(restored.notCompared);
+        if (restored.undone) {
+            report_.outcome = RestoreOutcome::undone;
+            warnOfLoss(*restored.undone, console_);
+        }
     }
-    const Progress progress(console, "Copying the databases");
-    Restored restored = restore(document, report.plan, toConfirm, lock);
-    report.importStatus = restored.status;
-    report.notTaken = std::move(restored.notTaken);
-    report.outcome = restored.status == app::ExitStatus::success ? RestoreOutcome::restored
-                                                                 : RestoreOutcome::undone;
-    return report;
-}
+
+    const RestoreOptions& options_;
+    const Console& console_;
+    const Document document_;
+    RestoreLock lock_;
+    RestoreReport report_;
+    std::unique_ptr<PlannedRestore> planned_;
+};
 
 Ending endingOf(const Undone& undone) {
-    return {
-        .outcome = Ending::Outcome::undone, .document = undone.document, .undoneAt = undone.moment};
+    return {.outcome = Ending::Outcome::undone, .document = undone.document, .undone = undone};
 }
 
 // In a sentence.
 std::string told(const Undone& undone) {
+    const std::string kept = toldOfKept(undone);
     return "the restore of " + undone.document + " was undone " +
-           utcText(undone.moment, "on %Y-%m-%d at %H:%M UTC");
+           utcText(undone.moment, "on %Y-%m-%d at %H:%M UTC") + (kept.empty() ? "" : "; ") + kept;
 }
 
 void printEnding(const Ending& ending, const OutputOptions& output, const Console& console) {
@@ -119,7 +221,11 @@ void printEnding(const Ending& ending, const OutputOptions& output, const Consol
         console.out << "The restore of " << ending.document
                     << (ending.outcome == Ending::Outcome::confirmed ? " stays.\n"
                                                                      : " was undone.\n");
+        if (ending.undone) {
+            printKept(*ending.undone, console);
+        }
     }
+    console.out << std::flush;
 }
 
 }  // namespace
@@ -130,14 +236,23 @@ ExitStatus runRestore(const RestoreOptions& options, const Console& console) {
                                            ? "a document from standard input needs --yes"
                                            : "--json needs --yes");
     }
-    const RestoreReport report = restoreAndTell(options, console);
+    // Whoever does not listen any more does not end what was begun.
+    const SignalsNoted brokenPipe({SIGPIPE});
+    const RestoreReport report = Run(options, console).report();
     if (options.output.json) {
         console.out << toJson(report) << '\n';
+    } else if (report.outcome == RestoreOutcome::restored) {
+        printRestored(report, options, console);
     }
+    console.out << std::flush;
     switch (report.outcome) {
         case RestoreOutcome::restored:
-            if (!options.output.json) {
-                printRestored(report, options, console);
+            if (!report.notCompared.empty()) {
+                console.err
+                    << "tarvo-backup: restored, but the headend cannot be compared with the "
+                       "document: "
+                    << report.notCompared << '\n';
+                return ExitStatus::untold;
             }
             return ExitStatus::done;
         case RestoreOutcome::undone:
@@ -153,6 +268,7 @@ ExitStatus runRestore(const RestoreOptions& options, const Console& console) {
 }
 
 ExitStatus runConfirm(const ConfirmOptions& options, const Console& console) {
+    const SignalsNoted brokenPipe({SIGPIPE});
     const RestoreLock lock("confirm");
     const Progress progress(console, "Undoing a restore that nobody can confirm any more");
     auto undone = undoAbandoned();
@@ -160,28 +276,32 @@ ExitStatus runConfirm(const ConfirmOptions& options, const Console& console) {
         removeState();
         printEnding({.outcome = Ending::Outcome::confirmed,
                      .document = state->document,
-                     .undoneAt = std::nullopt},
+                     .undone = std::nullopt},
                     options.output, console);
         return ExitStatus::done;
     }
     if (!undone) {
         undone = lastUndone();
     }
+    if (options.output.json) {
+        printEnding(undone ? endingOf(*undone) : Ending(), options.output, console);
+    }
     if (!undone) {
         throw Fault(ExitStatus::failure, "there is no restore to confirm");
-    }
-    if (options.output.json) {
-        printEnding(endingOf(*undone), options.output, console);
     }
     throw Fault(ExitStatus::refused, "too late: " + told(*undone));
 }
 
 ExitStatus runUndo(const UndoOptions& options, const Console& console) {
+    const SignalsNoted brokenPipe({SIGPIPE});
     const RestoreLock lock("undo");
     const auto state = readState();
     const bool hasWork = state && (!options.abandonedOnly || isAbandoned(*state));
     if (!hasWork && !options.abandonedOnly) {
         const auto undone = lastUndone();
+        if (options.output.json) {
+            printEnding({}, options.output, console);
+        }
         throw Fault(ExitStatus::failure,
                     "there is no restore to undo" + (undone ? "; " + told(*undone) : ""));
     }
@@ -189,6 +309,9 @@ ExitStatus runUndo(const UndoOptions& options, const Console& console) {
     if (hasWork) {
         const Progress progress(console, "Saving a backup of what is undone");
         ending = endingOf(undo(*state));
+    }
+    if (ending.undone) {
+        warnOfLoss(*ending.undone, console);
     }
     printEnding(ending, options.output, console);
     return ExitStatus::done;

@@ -12,6 +12,8 @@ struct CellChange {
     std::string column;
     Cell before;
     Cell after;
+
+    bool operator==(const CellChange&) const = default;
 };
 
 struct RowChange {
@@ -22,6 +24,8 @@ struct RowChange {
     std::string mac;  // of the module that it belongs to; empty where the table has none
     Kind kind;
     std::vector<CellChange> cells;  // of an added or removed row: all
+
+    bool operator==(const RowChange&) const = default;
 };
 
 // By tables, and by row ids in them. The copies must hold the same tables. Throws DatabaseFault.

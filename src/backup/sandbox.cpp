@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "backup/database_copies.h"
 #include "backup/device_files.h"
-#include "backup/sqlite.h"
 #include "command/error_line.h"
 #include "db/database.h"
 #include "document/xml.h"
@@ -44,7 +44,7 @@ Sandbox::Sandbox() : earlierDebugMask_(platform::debugMask) {
     for (const char* database : kDatabases) {
         jobs.push_back({database, mapped(database)});
     }
-    takeCopies(jobs);
+    copyFromDevice(jobs);
     platform::debugMask |= platform::kDebugLogBit;
     current = this;
 }
@@ -60,12 +60,6 @@ void Sandbox::setDocument(const std::string& text) { traffic_.files[kDocument] =
 
 std::string Sandbox::mapped(const std::string& path) const {
     return folder_.path() + path.substr(path.rfind('/'));
-}
-
-std::string Sandbox::keepConfiguration(const char* name) const {
-    std::string path = folder_.path() + "/" + name;
-    takeCopies({{mapped(tarvodb::kConfigDatabase), path}});
-    return path;
 }
 
 void Sandbox::startAfresh() {

@@ -69,12 +69,10 @@ class Sandbox {
     static constexpr const char* kDocument = "document";
     void setDocument(const std::string& text);
 
+    // Where the copy is.
+    [[nodiscard]] const std::string& folder() const { return folder_.path(); }
     // The path in the copy of a database's file.
     [[nodiscard]] std::string mapped(const std::string& path) const;
-
-    // A further copy of the configuration database as it is now. Gives its path, in the private
-    // folder.
-    [[nodiscard]] std::string keepConfiguration(const char* name) const;
 
     // Forgets what was noted, but for the files.
     void startAfresh();

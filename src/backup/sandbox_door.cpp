@@ -5,12 +5,16 @@
 #include <cstring>
 #include <iostream>
 
+#include "backup/fault.h"
 #include "backup/sandbox.h"
+#include "backup/sqlite.h"
 #include "document/xml.h"
 #include "platform/os.h"
 
 namespace platform {
 
+using tarvo_backup::ExitStatus;
+using tarvo_backup::Fault;
 using tarvo_backup::Sandbox;
 using tarvo_backup::Traffic;
 
@@ -44,9 +48,16 @@ std::optional<std::string> readBy(Read read, const std::string& path) {
     return written == traffic.files.end() ? read(path) : written->second;
 }
 
-int counted(int result) {
+int counted(int result, sqlite3* db, char** errorMessage) {
     if (Sandbox* sandbox = Sandbox::active(); sandbox != nullptr && result != SQLITE_OK) {
         ++sandbox->traffic().failedStatements;
+        // That there is no room for the copy says nothing of the device.
+        if (const int code = sqlite3_extended_errcode(db); tarvo_backup::isDiskFault(code)) {
+            if (errorMessage != nullptr) {
+                sqlite3_free(*errorMessage);
+            }
+            throw Fault(ExitStatus::cannotWrite, sandbox->folder() + ": " + sqlite3_errstr(code));
+        }
     }
     return result;
 }
@@ -63,13 +74,13 @@ int closeDatabase(sqlite3* db) { return os::closeDatabase(db); }
 
 int executeSql(sqlite3* db, const char* sql, char** errorMessage) {
     enterSandbox();
-    return counted(os::executeSql(db, sql, errorMessage));
+    return counted(os::executeSql(db, sql, errorMessage), db, errorMessage);
 }
 
 int getTable(sqlite3* db, const char* sql, char*** cells, int* rows, int* columns,
              char** errorMessage) {
     enterSandbox();
-    return counted(os::getTable(db, sql, cells, rows, columns, errorMessage));
+    return counted(os::getTable(db, sql, cells, rows, columns, errorMessage), db, errorMessage);
 }
 
 int runShell(const std::string& command) {

@@ -1,4 +1,4 @@
-// SQLite as the verbs use it on copies and for copying.
+// SQLite as the verbs use it beside the import's own.
 #pragma once
 
 #include <memory>
@@ -32,6 +32,14 @@ class DatabaseFault : public Fault {
 
 // Opens the file, which readWrite makes when it is not there. Throws DatabaseFault.
 Connection openConnection(const std::string& path, Access access);
+// The same for who must know SQLite's result code.
+int tryOpening(const std::string& path, Access access, Connection& db);
+
+// Throws DatabaseFault, which names the file, unless SQLite's result code tells of success.
+void checkResult(int code, ExitStatus status, const std::string& path);
+
+// Whether a file could not be written, by SQLite's extended result code.
+bool isDiskFault(int code);
 
 using Cell = std::optional<std::string>;  // nothing is NULL
 using Cells = std::vector<Cell>;
@@ -44,21 +52,5 @@ struct Selected {
 Selected select(sqlite3* db, const std::string& sql);
 // The rows alone.
 std::vector<Cells> query(sqlite3* db, const std::string& sql);
-
-struct CopyJob {
-    std::string from;
-    std::string to;
-};
-
-// Copies whole databases, all of them as they are at one moment: their writers are waited for, half
-// a minute at most. A source that is not there leaves no file; one that is no database is copied
-// as it is; one with a journal that still has to be rolled back is copied with it. The sources are
-// only read, and those that db/trusted_files.h speaks against not even opened. Throws DatabaseFault
-// or Fault (cannotRead), and Interrupted.
-void takeCopies(const std::vector<CopyJob>& jobs);
-
-// Makes the content of a database that others use that of a copy, all or nothing unless the file
-// was no database any more. Waits in the same way. Throws DatabaseFault (cannotWrite).
-void putBack(const CopyJob& job);
 
 }  // namespace tarvo_backup

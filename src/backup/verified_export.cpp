@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <optional>
 
 #include "app/exit_status.h"
 #include "backup/device_run.h"
@@ -61,46 +60,36 @@ bool readsBack(const std::string& text) {
                text;
 }
 
-// A copy of the headend with a sound configuration.
-void takeVerifiedCopy(std::optional<Sandbox>& sandbox) {
-    beginStep("Copying the databases");
-    sandbox.emplace();
-    beginStep("Checking the databases");
-    checkConfiguration(*sandbox);
-}
+}  // namespace
 
-std::string exportFromCopy(std::optional<Sandbox>& sandbox) {
-    takeVerifiedCopy(sandbox);
+std::string verifiedExportIn(Sandbox& sandbox) {
+    beginStep("Checking the databases");
+    checkConfiguration(sandbox);
     loadIdentity();
     beginStep("Exporting the headend");
-    std::string document = exportIn(*sandbox);
+    std::string document = exportIn(sandbox);
     if (!readsBack(document)) {
         throw Fault(ExitStatus::cannotRead, "the document cannot be read back as it is written");
     }
     return document;
 }
 
-}  // namespace
-
-void verifyConfiguration() {
-    std::optional<Sandbox> sandbox;
-    takeVerifiedCopy(sandbox);
-}
-
 std::string verifiedExport() {
-    std::optional<Sandbox> sandbox;
-    return exportFromCopy(sandbox);
+    beginStep("Copying the databases");
+    Sandbox sandbox;
+    return verifiedExportIn(sandbox);
 }
 
 TriedExport triedExport() {
-    std::optional<Sandbox> sandbox;
-    TriedExport tried{.document = exportFromCopy(sandbox), .refusals = {}};
+    beginStep("Copying the databases");
+    Sandbox sandbox;
+    TriedExport tried{.document = verifiedExportIn(sandbox), .refusals = {}};
     beginStep("Importing into a copy");
-    if (importIn(*sandbox, tried.document) == app::ExitStatus::success) {
+    if (importIn(sandbox, tried.document) == app::ExitStatus::success) {
         return tried;
     }
     // Each of the import's tries has met them, and the last of them only says that it failed.
-    for (const RecordedError& error : sandbox->traffic().errors) {
+    for (const RecordedError& error : sandbox.traffic().errors) {
         const bool tellsWhy = error.code != tarvo_remote_control::ErrorCode::setConfiguration;
         std::string refusal = "error " + std::to_string(number(error.code)) + ": " + error.text;
         if (tellsWhy && std::find(tried.refusals.begin(), tried.refusals.end(), refusal) ==

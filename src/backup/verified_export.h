@@ -6,10 +6,14 @@
 
 namespace tarvo_backup {
 
+class Sandbox;
+
 // The document of the headend as it is now, from one consistent state of its databases. Throws
 // Fault (cannotRead) unless it is complete: every statement succeeded, the configuration database
 // is there, sound and not empty, and the document can be read back.
 std::string verifiedExport();
+// The same of a headend that was copied before.
+std::string verifiedExportIn(Sandbox& sandbox);
 
 struct TriedExport {
     std::string document;
@@ -20,8 +24,5 @@ struct TriedExport {
 
 // The same, imported into a private copy of the headend after that.
 TriedExport triedExport();
-
-// Throws Fault (cannotRead) unless the configuration database is there, sound and not empty.
-void verifyConfiguration();
 
 }  // namespace tarvo_backup

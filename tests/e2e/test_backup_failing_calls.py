@@ -11,7 +11,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 
 from e2e import (
     BACKUP_PROGRAM,
-    CONFIG_DB,
+    STATE_DB,
     Device,
     EndToEndTest,
     Result,
@@ -81,8 +81,43 @@ class FailingCallsTest(EndToEndTest):
     def test_without_a_private_copy_nothing_is_done(self) -> None:
         device = self.made()
         result = self.failing(device, "open", "/tmp/tarvo-backup.", "save")
-        self.assertFails(result, 3, f"{CONFIG_DB}: unable to open database file")
+        self.assertNoRoom(result, "config_global.sqlite: unable to open database file")
         self.assertEqual([], self.private(device))
+
+    def assertNoRoom(self, result: Result, message: str) -> None:
+        """Status 4, and a message that names the place of the private copies."""
+        self.assertEqual((4, b""), (result.status, result.stdout))
+        self.assertRegex(
+            result.stderr.decode(), rf"^tarvo-backup: /tmp/tarvo-backup\.\w+(/|: ){message}\n$"
+        )
+
+    def test_a_full_disk_is_told_of_the_private_copy_and_not_of_the_database(self) -> None:
+        full = "config_global.sqlite: database or disk is full"
+        for words in (["save"], ["plan", DOCUMENT], ["restore", "--yes", DOCUMENT]):
+            device = self.made()
+            before = contents(device)
+            result = self.failing(device, "pwrite64", "", *words, fault="full")
+            self.assertNoRoom(result, full)
+            self.assertEqual([], self.private(device))
+            self.assertEqual(before, contents(device))
+
+    def test_a_file_that_may_not_grow_is_told_of_the_private_copy(self) -> None:
+        device = self.made()
+        environment = {"TZ": "UTC", "PROGRAM": installed(device)}
+        result = device.run("sh", ["-c", 'ulimit -f 4; exec "$PROGRAM" save'], env=environment)
+        self.assertNoRoom(result, "config_global.sqlite: disk I/O error")
+
+    def test_a_disk_that_is_full_in_the_midst_of_a_plan_ends_it(self) -> None:
+        device = self.made()
+        count = device.path("/tarvo/sim/steps")
+        steps = {"STEP_NAME": "pwrite64", "STEP_COUNT": "/tarvo/sim/steps"}
+        env = {"LD_PRELOAD": preloaded(device, "steps"), **steps}
+        self.assertEqual(1, self.backup(device, "plan", DOCUMENT, env=env).status)
+        number = int(count.read_text())
+        for step in (number // 2, number * 3 // 4, number):
+            fault = {"STEP_AT": str(step), "STEP_FAULT": "full"}
+            result = self.backup(device, "plan", DOCUMENT, env={**env, **fault})
+            self.assertNoRoom(result, "database or disk is full")
 
     def test_folders_of_others_and_in_use_are_not_taken_for_left_ones(self) -> None:
         device = self.made()
@@ -194,11 +229,13 @@ class FailingCallsTest(EndToEndTest):
     def test_a_restore_without_what_undoes_it_is_not_begun(self) -> None:
         restore = f"{FOLDER}/.restore"
         copy = f"{restore}/before_tarvo_datosWeb_tablasSI_NIT_table_12345"
+        database = f"{restore}/before_tarvo_DB_config_global.sqlite"
         self.each(
             self.assertNotBegun,
             (
                 ("chmod", restore, 4, f"{restore}: {FULL}"),
                 ("sendfile", "", 4, f"{copy}: {FULL}"),
+                ("open", database, 4, f"{database}: {FULL}"),
                 ("mkostemp", STATE, 4, f"{STATE}: {FULL}"),
                 ("fork", "", 5, "cannot start the process that would undo the restore"),
                 (
@@ -237,6 +274,53 @@ class FailingCallsTest(EndToEndTest):
         )
         self.assertEqual(0, self.backup(device, "undo").status)
         self.assertEqual(before, contents(device))
+
+    def test_an_undo_whose_work_cannot_be_saved_says_so_and_is_done(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.restored(device)
+        # No document, and no room for the databases.
+        state_database = device.path(STATE_DB).read_bytes()
+        device.path(STATE_DB).unlink()
+        result = self.failing(device, "mkdir", f"{FOLDER}/.restore/kept", "undo")
+        device.path(STATE_DB).write_bytes(state_database)
+        self.assertEqual(0, result.status)
+        self.assertEqual(b"The restore of /tmp/document.xml was undone.\n", result.stdout)
+        reason = (
+            r"could not be saved: the configuration cannot be read as a whole\\n[^\n]*"
+            rf"; {FOLDER}/\.restore/kept: {FULL}\n$"
+        )
+        self.assertRegex(
+            result.stderr.decode(), r"^tarvo-backup: what the undo took back " + reason
+        )
+        self.assertEqual(before, contents(device))
+        late = self.backup(device, "confirm")
+        self.assertEqual(6, late.status)
+        self.assertRegex(late.stderr.decode(), r"UTC; what it took back " + reason)
+        told = json.loads(self.backup(device, "confirm", "--json").stdout)
+        self.assertEqual([], told["kept"])
+        self.assertRegex(told["notKept"], r"^the configuration cannot be read as a whole")
+
+    def test_a_restore_that_cannot_be_looked_at_afterwards_is_done(self) -> None:
+        device = self.made()
+        count = device.path("/tarvo/sim/steps")
+        steps = {"STEP_NAME": "mkdtemp", "STEP_COUNT": "/tarvo/sim/steps"}
+        env = {"LD_PRELOAD": preloaded(device, "steps"), **steps}
+        self.assertEqual(0, self.backup(device, "restore", "--yes", DOCUMENT, env=env).status)
+        last = {"STEP_AT": count.read_text().strip(), "STEP_FAULT": "fail"}
+        device = self.made()
+        env["LD_PRELOAD"] = preloaded(device, "steps")
+        words = ("restore", "--json", "--yes", DOCUMENT)
+        result = self.backup(device, *words, env={**env, **last})
+        self.assertFails(
+            result,
+            8,
+            "restored, but the headend cannot be compared with the document:"
+            f" /tmp: cannot make a folder: {FULL}",
+        )
+        told = json.loads(result.stdout)
+        self.assertEqual(("restored", 0, None), (told["outcome"], told["importStatus"], told["notTaken"]))
+        self.assertEqual([], list(device.path(f"{FOLDER}/.restore").glob("before*")))
 
     def test_an_undo_that_cannot_be_remembered_is_done(self) -> None:
         device = self.made()

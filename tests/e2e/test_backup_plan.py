@@ -204,7 +204,9 @@ class PlanTest(EndToEndTest):
         device.path(DOCUMENT).write_bytes(golden("RNB-K408"))
         result = self.backup(device, "plan", DOCUMENT)
         self.assertEqual((3, b""), (result.status, result.stdout))
-        self.assertIn(b"malformed", result.stderr)
+        self.assertEqual(
+            f"tarvo-backup: {VSEC_DB}: database disk image is malformed\n", result.stderr.decode()
+        )
 
     def folders(self, device: Device) -> list[Path]:
         return list(device.path("/tmp").glob("tarvo-backup.*"))

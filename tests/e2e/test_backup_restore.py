@@ -18,7 +18,10 @@ from e2e import (
     Device,
     EndToEndTest,
     REPOSITORY,
+    STATE_DB,
+    VSEC_DB,
     Result,
+    document,
     golden,
     installed,
     main,
@@ -120,12 +123,12 @@ class RestoreTest(EndToEndTest):
         self.assertEqual(6, self.backup(device, "restore", "--yes", DOCUMENT).status)
         self.assertEqual(before, contents(device))
 
-    def assertTooLate(self, result: Result) -> None:
+    def assertTooLate(self, result: Result, kept: bytes = rb"/tarvo/backup/\S+\.xml") -> None:
         self.assertEqual(6, result.status)
         self.assertRegex(
             result.stderr,
             rb"^tarvo-backup: too late: the restore of /tmp/document\.xml was undone"
-            rb" on \d{4}-\d\d-\d\d at \d\d:\d\d UTC\n$",
+            rb" on \d{4}-\d\d-\d\d at \d\d:\d\d UTC; what it took back is in %s\n$" % kept,
         )
 
     def over(self, device: Device) -> None:
@@ -146,13 +149,17 @@ class RestoreTest(EndToEndTest):
         told = self.json(device, "confirm", "--json")
         moment = datetime.fromisoformat(told.pop("undoneAt")).timestamp()
         self.assertTrue(start <= moment <= time.time(), moment)
-        self.assertEqual({"status": 6, "outcome": "undone", "document": DOCUMENT}, told)
+        [kept] = told.pop("kept")
+        self.assertIn(b"10.9.9.9", device.path(kept).read_bytes())
+        self.assertEqual(
+            {"status": 6, "outcome": "undone", "document": DOCUMENT, "notKept": None}, told
+        )
         again = self.backup(device, "undo")
         self.assertEqual(5, again.status)
         self.assertRegex(
             again.stderr,
             rb"^tarvo-backup: there is no restore to undo; the restore of /tmp/document\.xml was"
-            rb" undone on [^\n]+ UTC\n$",
+            rb" undone on [^\n]+ UTC; what it took back is in \S+\n$",
         )
 
     def test_an_undo_that_no_restore_came_after_is_remembered_until_one_does(self) -> None:
@@ -332,8 +339,11 @@ class RestoreTest(EndToEndTest):
         self.edit_state(device, "^serial .*\n", "")
         self.edit_state(device, "^document .*", r"document by hand\\")
         result = self.backup(device, "undo")
-        self.assertEqual(
-            (0, b"The restore of by hand\\ was undone.\n"), (result.status, result.stdout)
+        self.assertEqual(0, result.status)
+        self.assertRegex(
+            result.stdout,
+            rb"^The restore of by hand\\ was undone\.\n"
+            rb"What was there before that is in /tarvo/backup/\S+\.xml\n$",
         )
         self.assertEqual(before, contents(device))
 
@@ -505,6 +515,290 @@ class RestoreTest(EndToEndTest):
         self.assertFalse(device.path(STATE).exists())
         self.assertEqual(before, contents(device))
 
+    def work(self, device: Device, location: str) -> None:
+        """Somebody changes the headend."""
+        text = f"<identification><location>{location}</location></identification>"
+        self.assertEqual(0, self.load(device, document(text)).status)
+
+    def locations_in(self, device: Device, path: str) -> list[str]:
+        """What stands for the location in the configuration database of this path."""
+        return [
+            value
+            for (value,) in self.query(
+                device,
+                "SELECT valor FROM configuracionWebGlobal"
+                " WHERE nombre = 'identificacion_localizacion'",
+                path,
+            )
+        ]
+
+    def test_work_since_a_restore_was_killed_is_saved_before_it_is_undone(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.killed_in(device, "importing", "restore", "--yes", DOCUMENT)
+        self.work(device, "New")
+        wanted = self.export(device).stdout
+        told = self.json(device, "undo", "--json", "--abandoned")
+        [kept] = told["kept"]
+        self.assertBytes(wanted.rstrip(b"\n"), device.path(kept).read_bytes().rstrip(b"\n"))
+        self.assertEqual(before, contents(device))
+
+    def undos_folder(self, device: Device) -> Path:
+        [folder] = device.path("/tarvo/backup").glob("undone-*")
+        self.assertRegex(folder.name, r"^undone-\d{4}-\d\d-\d\dT\d{4}Z$")
+        self.assertEqual(0o700, stat.S_IMODE(folder.stat().st_mode))
+        return folder
+
+    def test_where_no_document_can_be_made_the_databases_are_saved_before_an_undo(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.work(device, "New")
+        # As in a start of the headend, whose software makes this one later.
+        state_database = device.path(STATE_DB).read_bytes()
+        device.path(STATE_DB).unlink()
+        self.over(device)
+        result = self.backup(device, "undo", "--abandoned")
+        folder = self.undos_folder(device)
+        self.assertEqual(
+            (
+                0,
+                "The restore of /tmp/document.xml was undone.\n"
+                f"What was there before that is in /tarvo/backup/{folder.name}\n",
+                b"",
+            ),
+            (result.status, result.stdout.decode(), result.stderr),
+        )
+        self.assertEqual(
+            {"config_global.sqlite", "vsec_global.sqlite"}, {p.name for p in folder.iterdir()}
+        )
+        kept = f"/tarvo/backup/{folder.name}/config_global.sqlite"
+        self.assertEqual(["New"], self.locations_in(device, kept))
+        device.path(STATE_DB).write_bytes(state_database)
+        self.assertEqual(before, contents(device))
+        self.assertTooLate(
+            self.backup(device, "confirm"), b"/tarvo/backup/%s" % folder.name.encode()
+        )
+
+    def test_an_undo_that_is_tried_again_saves_the_databases_once(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.work(device, "New")
+        state_database = device.path(STATE_DB).read_bytes()
+        device.path(STATE_DB).unlink()
+        # Nothing can take its place.
+        obstacle = device.path(f"{SI_FOLDER}/NIT_table_4242")
+        content = obstacle.read_bytes()
+        obstacle.unlink()
+        obstacle.mkdir()
+        (obstacle / "file").touch()
+        for _ in range(3):
+            result = self.backup(device, "undo")
+            self.assertEqual(4, result.status)
+            self.assertIn(b"is not undone yet", result.stderr)
+        (obstacle / "file").unlink()
+        obstacle.rmdir()
+        obstacle.write_bytes(content)
+        told = self.json(device, "undo", "--json")
+        folder = self.undos_folder(device)
+        self.assertEqual(
+            (0, [f"/tarvo/backup/{folder.name}"], None),
+            tuple(told[k] for k in ("status", "kept", "notKept")),
+        )
+        kept = f"/tarvo/backup/{folder.name}/config_global.sqlite"
+        self.assertEqual(["New"], self.locations_in(device, kept))
+        device.path(STATE_DB).write_bytes(state_database)
+        self.assertEqual(before, contents(device))
+
+    def test_work_between_two_tries_of_an_undo_is_saved_too(self) -> None:
+        device = self.made()
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        device.path(STATE_DB).unlink()
+        obstacle = device.path(f"{SI_FOLDER}/NIT_table_4242")
+        obstacle.unlink()
+        (obstacle / "folder").mkdir(parents=True)
+        for location in ("One", "Two"):
+            self.query(
+                device,
+                f"UPDATE configuracionWebGlobal SET valor = '{location}'"
+                " WHERE nombre = 'identificacion_localizacion'",
+            )
+            self.assertEqual(4, self.backup(device, "undo").status)
+        (obstacle / "folder").rmdir()
+        obstacle.rmdir()
+        kept = self.json(device, "undo", "--json")["kept"]
+        self.assertEqual(
+            [["One"], ["Two"]],
+            [self.locations_in(device, f"{path}/config_global.sqlite") for path in kept],
+        )
+
+    def test_what_changes_while_somebody_is_asked_is_planned_anew(self) -> None:
+        gateway = document("<network><gateway>10.7.7.7</gateway></network>")
+        for answers in ("yn", "yy"):
+            device = self.made()
+            # No change of the gateway, at first.
+            text = re.sub(rb"<nid>[^<]*", b"<nid>4242", golden("QRA-310"), count=1)
+            device.path(DOCUMENT).write_bytes(text)
+            out = device.path("/tmp/out")
+            out.touch()
+            script = f'mkfifo /tmp/in; "$PROGRAM" restore --confirm 9 {DOCUMENT} </tmp/in >/tmp/out'
+            environment = {"TZ": "UTC", "PROGRAM": installed(device)}
+            running = device.start("sh", ["-c", script], env=environment)
+            asked: list[str] = []
+            with closing(self.opened(device.path("/tmp/in"))) as to:
+                for number, answer in enumerate(answers, 1):
+                    end = time.monotonic() + 60
+                    while out.read_text().count("Restore it?") < number:
+                        self.assertLess(time.monotonic(), end)
+                        time.sleep(0.01)
+                    asked.append(out.read_text())
+                    if number == 1:
+                        device.path("/tmp/gateway.xml").write_bytes(gateway)
+                        self.assertEqual(0, self.run_program(device, "/tmp/gateway.xml").status)
+                        changed = contents(device)
+                    to.write(answer + "\n")
+                    to.flush()
+            result = running.wait(120)
+            self.assertNotIn("WAN_from_DB.sh", asked[0])
+            anew = asked[1].removeprefix(asked[0])
+            self.assertTrue(
+                anew.startswith("\nThe headend has changed meanwhile. What a restore would do now:"),
+                anew,
+            )
+            self.assertIn("gateway: 10.7.7.7 -> 192.168.10.1", anew)
+            self.assertIn("WAN_from_DB.sh", anew)
+            if answers == "yn":
+                self.assertEqual(5, result.status)
+                self.assertEqual([], list(device.path("/tarvo/backup").glob("*.xml")))
+            else:
+                self.assertEqual(0, result.status, result.stderr)
+                undone = self.backup(device, "undo")
+                self.assertEqual(0, undone.status)
+                self.assertIn("WAN_from_DB.sh", undone.actions)
+            self.assertEqual(changed, contents(device))
+
+    def opened(self, pipe: Path):
+        end = time.monotonic() + 60
+        while not pipe.exists():
+            self.assertLess(time.monotonic(), end)
+            time.sleep(0.01)
+        return pipe.open("w")
+
+    def test_what_changes_before_a_restore_that_need_not_ask_begins_is_planned_anew(self) -> None:
+        device = self.made()
+        text = re.sub(rb"<(\w*[nN]ame)>", rb"<\1>New ", golden("QRA-310"))
+        device.path(DOCUMENT).write_bytes(text)
+        # It waits until somebody reads what it prints.
+        running = device.start(
+            BACKUP_PROGRAM,
+            ["restore", "--yes", "--confirm", "9", DOCUMENT],
+            env={"TZ": "UTC"},
+            pipe_size=4096,
+        )
+        end = time.monotonic() + 60
+        for wanted in (True, False):
+            while any(device.path("/tmp").glob("tarvo-backup.*")) != wanted:
+                self.assertLess(time.monotonic(), end)
+                time.sleep(0.001)
+        device.path("/tmp/gateway.xml").write_bytes(
+            document("<network><gateway>10.7.7.7</gateway></network>")
+        )
+        self.assertEqual(0, self.run_program(device, "/tmp/gateway.xml").status)
+        changed = contents(device)
+        result = running.wait(120)
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertIn(b"The headend has changed meanwhile.", result.stdout)
+        undone = self.backup(device, "undo")
+        self.assertIn("WAN_from_DB.sh", undone.actions)
+        self.assertEqual(changed, contents(device))
+
+    def test_without_the_state_database_plan_and_restore_say_that_nothing_is_begun(self) -> None:
+        device = self.made()
+        device.path(STATE_DB).unlink()
+        for words in (["restore", DOCUMENT], ["restore", "--yes", DOCUMENT]):
+            result = self.backup(device, *words)
+            self.assertEqual((3, b""), (result.status, result.stdout))
+            self.assertTrue(
+                result.stderr.startswith(
+                    b"tarvo-backup: the configuration cannot be read as a whole\n"
+                ),
+                result.stderr,
+            )
+        planned = self.backup(device, "plan", DOCUMENT)
+        self.assertEqual((3, b""), (planned.status, planned.stderr))
+        self.assertTrue(
+            planned.stdout.startswith(
+                b"tarvo-backup restore would not begin: there is no backup of this headend.\n"
+                b"the configuration cannot be read as a whole\n"
+            ),
+            planned.stdout,
+        )
+        self.assertIn(b"\nThe import by tarvo-config would succeed.\n", planned.stdout)
+        plan = json.loads(self.backup(device, "plan", "--json", DOCUMENT).stdout)
+        self.assertTrue(plan["notBegun"].startswith("the configuration cannot be read as a whole"))
+
+    def test_what_nobody_can_be_told_is_done_and_not_half_done(self) -> None:
+        lost = "tarvo-backup: cannot write standard output\n"
+        for out in (">/dev/full", ">&-", "| true"):
+            with self.subTest(out):
+                device = self.made()
+                before = contents(device)
+
+                def run(words: str, *, pipe: str = out) -> tuple[int, str]:
+                    script = f'{{ "$PROGRAM" {words}; echo $? >/tmp/status; }} {pipe}'
+                    result = self.in_shell(device, script)
+                    return int(device.path("/tmp/status").read_text()), result.stderr.decode()
+
+                if out != "| true":  # where the plan may be read until the restore begins, or not
+                    self.assertEqual(
+                        (4, "tarvo-backup: cannot write standard output; nothing was done\n"),
+                        run(f"restore {DOCUMENT} </dev/null"),
+                    )
+                    self.assertEqual(before, contents(device))
+                    self.assertEqual((8, lost), run(f"restore --yes --confirm 9 {DOCUMENT}"))
+                else:
+                    self.assertEqual(
+                        (0, ""), run(f"restore --yes --confirm 9 {DOCUMENT}", pipe="| cat")
+                    )
+                self.assertIn(b"10.9.9.9", self.export(device).stdout)
+                self.assertEqual((8, lost), run("undo"))
+                self.assertEqual(before, contents(device))
+                run(f"restore --yes --confirm 9 {DOCUMENT}", pipe="| cat")
+                self.assertEqual((8, lost), run("confirm"))
+                self.assertFalse(device.path(STATE).exists())
+                if out != "| true":
+                    self.assertEqual((8, lost), run("save --json"))
+                    self.assertEqual((4, lost), run("save --output -"))
+                    self.assertEqual((4, lost), run(f"plan {DOCUMENT}"))
+
+    def test_a_database_that_was_none_before_is_none_after_an_undo(self) -> None:
+        device = self.made()
+        ruin = b"This is no database. " * 100
+        device.path(VSEC_DB).write_bytes(ruin)
+        rows = self.query(device, "SELECT * FROM configuracionWebGlobal")
+        done = self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.assertEqual((0, b""), (done.status, done.stderr))
+        undone = self.backup(device, "undo")
+        self.assertEqual((0, b""), (undone.status, undone.stderr))
+        self.assertEqual(rows, self.query(device, "SELECT * FROM configuracionWebGlobal"))
+        self.assertEqual(ruin, device.path(VSEC_DB).read_bytes())
+
+    def test_files_that_a_killed_program_left_are_removed_by_the_next(self) -> None:
+        device = self.made()
+        self.backup(device, "undo")
+        folder = device.path("/tarvo/backup/.restore")
+        left = [folder / f"{name}.new-aB3dEf" for name in ("state", "undone", "document.xml")]
+        others = [folder / name for name in ("state.new-aB3dE", "other.new-aB3dEf")]
+        for path in (*left, *others):
+            path.touch()
+        link = folder / "state.new-linked"
+        link.symlink_to("/tmp/temp_global.sqlite")
+        self.backup(device, "confirm")
+        self.assertEqual([], [path for path in left if path.exists()])
+        self.assertTrue(all(path.exists() for path in others))
+        self.assertTrue(link.is_symlink())
+
     def test_a_start_of_the_headend_does_not_wait_for_an_undo_for_ever(self) -> None:
         unit = (REPOSITORY / "dist/systemd/tarvo-backup-undo.service").read_text()
         self.assertRegex(unit, r"(?m)^TimeoutStartSec=4min$")
@@ -544,18 +838,25 @@ class RestoreTest(EndToEndTest):
             },
             done,
         )
+        untold = {"undoneAt": None, "kept": [], "notKept": None}
+        nothing = {"outcome": "nothing", "document": None, **untold}
         self.assertEqual(
-            {"status": 0, "outcome": "nothing", "document": None, "undoneAt": None},
-            self.json(device, "undo", "--json", "--abandoned"),
+            {"status": 0, **nothing}, self.json(device, "undo", "--json", "--abandoned")
         )
         self.assertEqual(
-            {"status": 0, "outcome": "confirmed", "document": DOCUMENT, "undoneAt": None},
+            {"status": 0, "outcome": "confirmed", "document": DOCUMENT, **untold},
             self.json(device, "confirm", "--json"),
         )
+        for verb in ("confirm", "undo"):
+            self.assertEqual({"status": 5, **nothing}, self.json(device, verb, "--json"))
         self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
         undone = self.json(device, "undo", "--json")
         self.assertRegex(undone.pop("undoneAt"), r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ$")
-        self.assertEqual({"status": 0, "outcome": "undone", "document": DOCUMENT}, undone)
+        # What was restored was there before.
+        self.assertEqual(
+            {"status": 0, "outcome": "undone", "document": DOCUMENT, "kept": [], "notKept": None},
+            undone,
+        )
         device.path(DOCUMENT).write_bytes(
             b"<configuration><homeChannels><x/></homeChannels></configuration>"
         )

@@ -70,6 +70,26 @@ class SaveTest(EndToEndTest):
         names = [re.search(rb"<headendName>(.*?)<", p.read_bytes())[1] for p in self.kept(device)]
         self.assertEqual([b"two", b"three"], names)
 
+    def test_a_database_with_a_journal_to_roll_back_is_saved_as_it_was_before(self) -> None:
+        device = self.device("WVX-BQ4")
+        path = device.path(CONFIG_DB)
+        with closing(device.database(CONFIG_DB)) as database:
+            database.execute("PRAGMA cache_size = 1")
+            database.execute("BEGIN")
+            database.execute("UPDATE configuracionWebGlobal SET valor = 'half' || valor")
+            database.execute("UPDATE ServiciosSalidaGlobal SET NombreSalida = 'half' || idSSG")
+            database.execute("UPDATE PIDsSalidaGlobal SET AudioCode = 'half' || idPSG")
+            half, journal = path.read_bytes(), Path(f"{path}-journal").read_bytes()
+            database.execute("ROLLBACK")
+        self.assertNotEqual(half, path.read_bytes())
+        path.write_bytes(half)
+        Path(f"{path}-journal").write_bytes(journal)
+        result = self.save(device)
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        [saved] = self.kept(device)
+        self.assertBytes(golden("WVX-BQ4"), saved.read_bytes())
+        self.assertEqual(half, path.read_bytes())
+
     def place(self, device: Device, name: str, text: str) -> Path:
         path = device.path(FOLDER) / name
         path.parent.mkdir(exist_ok=True)

@@ -7,6 +7,7 @@
 namespace tarvo_backup {
 
 using testing::HasSubstr;
+using testing::Not;
 
 TEST(BackupJson, HasNullForWhatARestoreDidNotComeTo) {
     const std::string json = toJson(RestoreReport{});
@@ -30,6 +31,36 @@ TEST(BackupJson, AListIsIndentedAsOneOfAnythingElse) {
               "]");
     EXPECT_EQ(toJson(std::vector<Difference>{{.path = "p", .oldText = {}, .newText = "t"}}),
               "[\n  {\n    \"path\": \"p\",\n    \"old\": null,\n    \"new\": \"t\"\n  }\n]");
+}
+
+TEST(BackupJson, HasNullForWhatCouldNotBeComparedAfterARestore) {
+    RestoreReport report;
+    report.plan.notTaken = {{}};
+    report.notTaken = {{}};
+    EXPECT_THAT(toJson(report), Not(HasSubstr("\"notTaken\": null")));
+    report.notCompared = "no room";
+    EXPECT_THAT(toJson(report), HasSubstr("\"notTaken\": null"));
+}
+
+TEST(BackupJson, TellsWhyNothingWouldBeBegun) {
+    Plan plan;
+    EXPECT_THAT(toJson(plan), HasSubstr("\"notBegun\": null"));
+    plan.notBegun = "it is lost";
+    EXPECT_THAT(toJson(plan), HasSubstr("\"notBegun\": \"it is lost\""));
+}
+
+TEST(BackupJson, TellsWhereWhatWasUndoneIs) {
+    EXPECT_EQ(toJson(Ending()),
+              "{\n  \"outcome\": \"nothing\",\n  \"document\": null,\n  \"undoneAt\": null,\n"
+              "  \"kept\": [],\n  \"notKept\": null\n}");
+    Ending ending{.outcome = Ending::Outcome::undone, .document = "a.xml", .undone = Undone()};
+    ending.undone->moment = 1700000000;
+    ending.undone->kept = {"/k"};
+    ending.undone->notKept = "no room";
+    EXPECT_EQ(toJson(ending),
+              "{\n  \"outcome\": \"undone\",\n  \"document\": \"a.xml\",\n"
+              "  \"undoneAt\": \"2023-11-14T22:13:20Z\",\n  \"kept\": [\n    \"/k\"\n  ],\n"
+              "  \"notKept\": \"no room\"\n}");
 }
 
 }  // namespace tarvo_backup

@@ -33,6 +33,8 @@ TEST(BackupPlan, IsEmptyWhenARestoreDoesNothing) {
 }
 
 TEST(BackupPlan, IsNotEmptyWithAnythingInIt) {
+    Plan notBegun;
+    notBegun.notBegun = "x";
     Plan failing;
     failing.status = app::ExitStatus::failure;
     Plan withError;
@@ -48,7 +50,7 @@ TEST(BackupPlan, IsNotEmptyWithAnythingInIt) {
     Plan withRename;
     withRename.renames = {{"x", "y"}};
     for (const Plan& plan :
-         {failing, withError, withChange, untold, withRow, withScript, withRename}) {
+         {notBegun, failing, withError, withChange, untold, withRow, withScript, withRename}) {
         EXPECT_FALSE(plan.isEmpty());
     }
 }
@@ -80,6 +82,34 @@ TEST(BackupPlanReport, HasTheErrorsWithTheirPlacesAndWhatIsComplainedOf) {
                   "test.xml:4:9: error 201: modules/module[1]: No module element found\n"
                   "test.xml:1:2: error 202: at the top\n"
                   "warning: [ERROR_DB]doSelect: locked\\n\n");
+}
+
+TEST(BackupPlanReport, SaysFirstThatARestoreWouldNotBegin) {
+    Plan plan;
+    plan.notBegun = "it is lost";
+    const std::string start =
+        "tarvo-backup restore would not begin: there is no backup of this headend.\nit is lost\n"
+        "The import by tarvo-config would ";
+    EXPECT_EQ(printed(plan), start + "succeed.\n");
+    plan.status = app::ExitStatus::failure;
+    EXPECT_EQ(printed(plan), start + "end with status 1.\n");
+}
+
+TEST(BackupPlan, IsAnotherOneWhenAnythingOfItIs) {
+    Plan script;
+    script.scripts = {"x"};
+    Plan cell;
+    cell.rows = {{.table = "t", .row = "1", .mac = "", .kind = {}, .cells = {{"c", "1", "2"}}}};
+    Plan otherCell = cell;
+    otherCell.rows.front().cells.front().after = "3";
+    Plan module;
+    module.modules = {{}};
+    Plan otherModule = module;
+    otherModule.modules.front().headendMac = "02:01";
+    EXPECT_EQ(cell, Plan(cell));
+    EXPECT_NE(Plan(), script);
+    EXPECT_NE(cell, otherCell);
+    EXPECT_NE(module, otherModule);
 }
 
 TEST(BackupPlanReport, SaysWhyTheChangesCannotBeTold) {
