@@ -230,6 +230,24 @@ class RepositoryTest(unittest.TestCase):
             self.assertIn(str(lock), caught.exception.lines[0])
             lock.unlink()
 
+    def test_a_run_that_was_killed_over_its_own_index_holds_up_none(self) -> None:
+        self.repository.keep("one", b"1", ["one"])
+        (self.repository.private / "index.lock").touch()
+        self.repository.keep("one", b"2", ["two"])
+        self.assertEqual(b"2", self.repository.document("one"))
+
+    def test_the_repository_of_another_user_is_left_alone(self) -> None:
+        with patch.object(os, "geteuid", return_value=os.geteuid() + 1):
+            for step in (self.repository.make, self.repository.require):
+                with self.assertRaises(Failure) as caught:
+                    step()
+                self.assertIn("run this as its owner", caught.exception.lines[0])
+
+    def test_a_repository_has_a_whole_path(self) -> None:
+        for path in ("headends", "", "~nobody-of-that-name/headends"):
+            with self.subTest(path):
+                self.assertRaises(Failure, Repository, {"repository": path, "author": "me <me@here>"})
+
     def test_one_at_a_time_works_on_a_host(self) -> None:
         with self.repository.turn("one"), self.repository.turn("two", wait=False):
             with self.assertRaises(Failure) as caught, self.repository.turn("one", wait=False):
@@ -265,6 +283,8 @@ class RepositoryTest(unittest.TestCase):
         self.assertRaises(Failure, self.repository.at, "hotel", "2026-11-17")
         self.assertRaises(Failure, self.repository.at, "nobody", "2026-11-20")
         self.assertRaises(Failure, self.repository.at, "hotel", "0001-01-01")
+        # Which would be the beginning of the day, and so the document of the day before.
+        self.assertRaises(Failure, self.repository.at, "hotel", "20261120")
         self.assertRaises(Failure, self.repository.commit_named, "hotel", "--all")
         self.assertRaises(Failure, self.repository.commit_named, "nobody", "HEAD")
         self.assertEqual(b"a", self.repository.document("hotel", self.repository.commit_named("hotel", "HEAD~2")))

@@ -34,17 +34,19 @@ TELLING = r"No space left|Out of diskspace|Disk quota|Unable to create|insuffici
 
 class Repository:
     def __init__(self, job: dict) -> None:
-        self.folder = Path(job["repository"]).expanduser().absolute()
+        self.folder = Path(os.path.expanduser(job["repository"]))
+        if not self.folder.is_absolute():
+            raise Failure(
+                f"headend_repository is '{job['repository']}': write all of the path, from / or from ~/ on"
+            )
         self._author = job["author"]
         self.private = self.folder / ".git/tarvo-fleet"
 
     def make(self) -> None:
         """Makes the repository where there is none, and closes it to others."""
         self.folder.mkdir(mode=0o700, parents=True, exist_ok=True)
-        status = self.folder.lstat()
-        if not stat.S_ISDIR(status.st_mode) or status.st_uid != os.geteuid():
-            raise Failure(f"on this machine: {self.folder} is not a folder of the user of this run")
-        if stat.S_IMODE(status.st_mode) != 0o700:
+        self._require_own()
+        if stat.S_IMODE(self.folder.lstat().st_mode) != 0o700:
             self.folder.chmod(0o700)
         lock = os.open(self.folder, os.O_RDONLY)
         try:
@@ -63,9 +65,22 @@ class Repository:
             os.close(lock)
 
     def require(self) -> None:
+        if self.folder.exists():
+            self._require_own()
         if not (self.folder / ".git").is_dir():
-            raise Failure(f"there is no repository {self.folder} yet: playbooks/backup.yml makes it")
+            raise Failure(
+                f"there is no repository {self.folder} yet: playbooks/backup.yml makes it, for the user who"
+                " runs that"
+            )
         self.private.mkdir(mode=0o700, exist_ok=True)
+
+    def _require_own(self) -> None:
+        status = self.folder.lstat()
+        if not stat.S_ISDIR(status.st_mode) or status.st_uid != os.geteuid():
+            raise Failure(
+                f"on this machine: {self.folder} is not a folder of the user of this run: run this as its"
+                " owner, or name another folder in headend_repository"
+            )
 
     def document(self, host: str, commit: str = "HEAD") -> bytes | None:
         result = self._try("cat-file", "blob", f"{commit}:{file_name(host)}")
@@ -154,7 +169,7 @@ class Repository:
         for stage in self.private.glob("stage-*"):
             stage.unlink()
         git = self.folder / ".git"
-        for lock in (git / "index.lock", git / "HEAD.lock", *(git / "refs/heads").rglob("*.lock")):
+        for lock in (*git.glob("*.lock"), *(git / "refs/heads").rglob("*.lock")):
             with contextlib.suppress(FileNotFoundError):
                 if time.time() - lock.stat().st_mtime > STALE_LOCK_SECONDS:
                     lock.unlink()
@@ -165,7 +180,9 @@ class Repository:
             raise Failure(f"on this machine: no branch is checked out in {self.folder}: git switch main")
         before = decoded(self._try("rev-parse", "-q", "--verify", "HEAD").stdout).strip()
         index = {"GIT_INDEX_FILE": str(self.private / "index")}
-        (self.private / "index").unlink(missing_ok=True)
+        # Nobody else works on this index, so a lock of it was left by a run that was killed.
+        for left in ("index", "index.lock"):
+            (self.private / left).unlink(missing_ok=True)
         if before:
             self._git("read-tree", before, environment=index)
         blob = decoded(self._git("hash-object", "-w", "--no-filters", stage)).strip()
@@ -238,7 +255,9 @@ def file_name(host: str) -> str:
 
 def _moment(when: str) -> float:
     try:
-        end_of_day = "T23:59:59.999999" if re.fullmatch(r"\d{4}-\d\d-\d\d", when) else ""
+        if not re.match(r"\d{4}-\d\d-\d\d(?:[T ]|$)", when):
+            raise ValueError
+        end_of_day = "T23:59:59.999999" if len(when) == len("2026-11-20") else ""
         return datetime.datetime.fromisoformat(when + end_of_day).timestamp()
     except (ValueError, OverflowError):
         raise Failure(f"date={when} is no date: write 2026-11-20, or 2026-11-20T14:30") from None
