@@ -1,10 +1,14 @@
 """What the role does on the control machine, without a headend."""
 
+import contextlib
+import datetime
+import errno
 import json
 import os
 import subprocess
 import sys
 import tempfile
+import tracemalloc
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
@@ -15,9 +19,11 @@ sys.path.insert(0, str(HERE.parent))
 CONTROL = HERE.parents[2] / "fleet/roles/headend/files/control"
 sys.path.insert(0, str(CONTROL))
 
-from documents import prove_whole
+import verbs
+from documents import Change, Tool, prove_whole
+from fleet_sim import BACKUP
 from repository import Repository, file_name
-from session import ConnectionFailure, _connection_failure, _parsed, _run, _ssh
+from session import Answer, ConnectionFailure, _connection_failure, _parsed, _run, _ssh
 from words import Failure, clean
 
 MODULES = b"<modules><module><mac/></module></modules>"
@@ -95,6 +101,20 @@ class AnswerTest(unittest.TestCase):
     def test_an_answer_without_its_end_has_no_document(self) -> None:
         answer = _parsed(b"M", b"M begins save\n<a/>\nM end")
         self.assertEqual((None, {"begins": "save"}), (answer.body, answer.said))
+
+    def test_lines_that_say_nothing_take_no_memory(self) -> None:
+        output = b"x\n" * 500_000 + b"M over\n"
+        tracemalloc.start()
+        self.addCleanup(tracemalloc.stop)
+        self.assertEqual({"over": ""}, _parsed(b"M", output).said)
+        self.assertLess(tracemalloc.get_traced_memory()[1], len(output))
+
+    def test_a_number_that_is_none_is_not_believed(self) -> None:
+        for number in ("\u00b2", "9" * 5000, "-1", ""):
+            with self.subTest(number[:9]):
+                answer = Answer({"clock": number, "log": number})
+                self.assertEqual([], verbs._clock(answer))
+                self.assertRaises(Failure, verbs._prove_by_log, answer)
 
     def test_an_empty_document(self) -> None:
         self.assertEqual(b"", _parsed(b"M", b"M begins save\n\nM ends 0\nM over\n").body)
@@ -322,6 +342,114 @@ class RepositoryTest(unittest.TestCase):
         hook.chmod(0o755)
         self.repository.keep("one", b"1", ["one"])
         self.assertEqual(b"1", self.repository.document("one"))
+
+
+class NoTool:
+    """Stands for tarvo-backup: two documents are the same or have one change."""
+
+    def __init__(self, _: str) -> None:
+        pass
+
+    def changes(self, old: bytes, new: bytes) -> list[Change]:
+        return [] if old == new else [Change("name", new.decode(), "name: changed")]
+
+
+class StepsTest(unittest.TestCase):
+    """A restore of a headend that is what the test says."""
+
+    def setUp(self) -> None:
+        folder = tempfile.TemporaryDirectory(prefix="fleet-")
+        self.addCleanup(folder.cleanup)
+        self.job = {
+            "host": "hotel",
+            "repository": f"{folder.name}/headends",
+            "author": "me <me@here>",
+            "tool": str(BACKUP),
+            "folder": folder.name,
+            "limit": 1000,
+            **dict.fromkeys(("date", "commit", "document"), ""),
+        }
+        self.repository = Repository(self.job)
+        self.repository.make()
+        self.repository.keep("hotel", b"good", ["first"])
+        self.restored: list[bytes] = []
+
+    def restore(self, fetched: list[bytes], *said: Answer | Failure, **asked: str) -> dict:
+        """The restore of a headend that holds one thing before and another afterwards."""
+        answers = iter((*said, Answer()))
+
+        def job_script(_: dict, verb: str, __: verbs.Pending, document: bytes = b"") -> Answer:
+            if verb == "start":
+                self.restored.append(document)
+            answer = next(answers)
+            if isinstance(answer, Failure):
+                raise answer
+            return answer
+
+        with (
+            patch.object(verbs, "Tool", lambda _: contextlib.nullcontext(NoTool(""))),
+            patch.object(verbs, "_fetch", side_effect=[(document, []) for document in fetched]),
+            patch.object(verbs, "_job_script", job_script),
+        ):
+            return verbs.restore({**self.job, **asked})
+
+    def failed(self, *words: object, **asked: str) -> str:
+        with self.assertRaises(Failure) as caught:
+            self.restore(*words, **asked)
+        return "\n".join(caught.exception.lines)
+
+    CUT = Answer({"cut": ""})
+    DONE = Answer({"begins": "x"}, b"done", 0)
+
+    def test_the_same_command_means_the_same_document_until_it_is_done(self) -> None:
+        # Every restore keeps a backup, which is a commit of today, and the last one.
+        for asked in ({"date": datetime.date.today().isoformat()}, {"commit": "HEAD"}):
+            with self.subTest(asked):
+                self.restored.clear()
+                self.assertIn("Before:", self.failed([b"other", b"other"], self.CUT, **asked))
+                self.assertEqual(b"other", self.repository.document("hotel"))
+                self.restore([b"other", b"good"], self.DONE, **asked)
+                self.assertEqual([b"good", b"good"], self.restored)
+        self.repository.keep("hotel", b"later", ["later"])
+        self.assertEqual(b"later", verbs._intended({**self.job, **asked}, self.repository).document)
+
+    def test_trouble_of_this_machine_does_not_hide_the_restore(self) -> None:
+        for trouble in (OSError(errno.ENOSPC, "No space left on device"), Failure("git failed")):
+            with (
+                self.subTest(trouble),
+                patch.object(Repository, "keep", side_effect=[None, trouble]),
+            ):
+                text = self.failed([b"other", b"third"], self.DONE, commit="HEAD")
+                self.assertIn("the headend says (status 0)", text)
+                self.assertIn("No space left" if isinstance(trouble, OSError) else "git failed", text)
+                self.assertIn("run the same command again", text)
+                self.assertTrue(verbs.Pending(self.repository, "hotel"))
+
+    def test_a_connection_that_is_lost_at_the_very_end_says_what_to_do(self) -> None:
+        text = self.failed([b"other", b"good"], self.DONE, ConnectionFailure("it is lost"), commit="HEAD")
+        self.assertIn("it is lost", text)
+        self.assertIn("run the same command", text)
+        self.assertTrue(verbs.Pending(self.repository, "hotel"))
+
+    def test_the_file_of_the_repository_is_no_document_to_edit(self) -> None:
+        # A rerun would find it as it was in its last commit.
+        (self.repository.folder / "hotel.xml").write_bytes(b"edited")
+        text = self.failed([], document="headends/hotel.xml")
+        self.assertIn("edit a copy", text)
+
+    def test_what_no_comparison_could_read_is_not_kept(self) -> None:
+        document = b"<configuration><name>Ho\0tel</name>" + MODULES + b"</configuration>"
+        answer = Answer({"begins": "save"}, document, 0)
+        job = {**self.job, "log_command": "", "accept_faults": True}
+        with patch.object(verbs, "ask", return_value=answer), Tool(str(BACKUP)) as tool:
+            self.assertRaises(Failure, verbs._fetched, job, tool, 1)
+
+    def test_a_last_commit_that_nobody_can_read_is_no_obstacle(self) -> None:
+        document = b"<configuration>" + MODULES + b"</configuration>"
+        with Tool(str(BACKUP)) as tool:
+            what, _ = verbs._keep(self.job, self.repository, tool, document)
+        self.assertEqual("backup in the place of a file that is no configuration", what)
+        self.assertEqual(document, self.repository.document("hotel"))
 
 
 if __name__ == "__main__":

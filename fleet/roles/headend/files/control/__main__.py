@@ -13,7 +13,7 @@ import re
 import sys
 
 import verbs
-from words import Failure, clean
+from words import Failure, clean, trouble_here
 
 
 # Ansible gives most values as texts.
@@ -40,8 +40,7 @@ def main() -> int:
     except Failure as failure:
         answer.update(failed=True, lines=failure.lines)
     except OSError as error:
-        where = f" ({error.filename})" if error.filename else ""
-        answer.update(failed=True, lines=[f"on this machine: {error.strerror}{where}"])
+        answer.update(failed=True, lines=[trouble_here(error)])
     answer["lines"] = [clean(line) for line in answer["lines"]]
     json.dump(answer, sys.stdout)
     return 0

@@ -97,6 +97,17 @@ class Tool:
         found = [fault for fault in json.loads(output) if fault["severity"] == "error"]
         return [f"{fault['path']}: {fault['message']}".removeprefix(": ") for fault in found]
 
+    def prove_readable(self, document: bytes) -> None:
+        """Fails when no later comparison or restore could read the document."""
+        self._run("show", self._file(document), good=(0,))
+
+    def can_read(self, document: bytes) -> bool:
+        try:
+            self.prove_readable(document)
+        except Failure:
+            return False
+        return True
+
     def changes(self, old: bytes, new: bytes) -> list[Change]:
         """What is different in the settings; empty when nothing is."""
         if old == new:

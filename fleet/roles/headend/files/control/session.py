@@ -198,10 +198,9 @@ def _parsed(mark: bytes, output: bytes) -> Answer:
             output = output[: begin.end()] + output[end + 1 :]
         else:
             output = output[: begin.end()]
-    for line in output.split(b"\n"):
-        if line.startswith(mark + b" "):
-            word, _, rest = decoded(line[len(mark) + 1 :]).partition(" ")
-            answer.said.setdefault(word, rest)
+    for line in re.findall(rb"(?m)^" + mark + rb" (.*)$", output):
+        word, _, rest = decoded(line).partition(" ")
+        answer.said.setdefault(word, rest)
     return answer
 
 

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+import os
 import re
 import secrets
 import shutil
@@ -13,7 +14,7 @@ from pathlib import Path
 from documents import Change, Tool, lines_of, prove_whole, summary
 from repository import Repository, file_name
 from session import Answer, ConnectionFailure, ask
-from words import Failure, clean, decoded, last_line, plural
+from words import Failure, clean, decoded, last_line, plural, trouble_here
 
 # A device's clock may be so far off before it is worth a word.
 CLOCK_SECONDS = 300
@@ -42,48 +43,60 @@ def plan(job: dict) -> dict:
     repository = Repository(job)
     repository.require()
     with repository.turn(job["host"], wait=False), Tool(job["tool"]) as tool:
-        intended, description = _intended(job, repository)
-        lines = [f"the document: {description}"]
-        settled, is_done = _settle(job, repository, tool, intended)
+        intended = _intended(job, repository)
+        lines = [f"the document: {intended.description}"]
+        settled, is_done = _settle(job, repository, tool, intended.document)
         lines += settled
         if is_done:
-            return {"lines": lines, "refused": False, "same": True}
-        try:
-            prove_whole(intended)
-        except Failure as failure:
-            raise Failure(*(line.replace("what it sends", "the document") for line in failure.lines)) from None
-        answer = ask(job, "plan.sh", str(len(intended)), document=intended, limit=1 << 20, seconds=job["timeout"])
-        if answer.body is not None:
-            lines += _printed(answer)
-            if answer.status == REFUSED:
-                lines.append("The headend would refuse this document: nothing would change.")
-            elif answer.status not in (0, 1):
-                raise Failure(*lines, f"tarvo-backup plan ended with status {answer.status}")
-            return {"lines": lines, "refused": answer.status == REFUSED, "same": answer.status == 0}
-        if "cannot" not in answer.said:
-            raise Failure("the document did not arrive whole: nothing was done, try again", again=True)
-        current, _ = _fetch(job, tool)
-        faults = tool.faults(intended)
-        differences = lines_of(tool.changes(current, intended))
-        lines.append("The headend has no tarvo-backup, so this is what is different, not what an import would do:")
-        lines += [f"  {line}" for line in differences] or ["  nothing"]
-        if faults:
-            lines += ["An import would refuse this document:", *(f"  {fault}" for fault in faults[:20])]
-        return {"lines": lines, "refused": bool(faults), "same": not differences}
+            result = {"lines": lines, "refused": False, "same": True}
+        else:
+            result = _planned(job, tool, intended.document, lines)
+        if result["same"]:
+            Meant(repository, job["host"]).end()
+        return result
+
+
+def _planned(job: dict, tool: Tool, intended: bytes, lines: list[str]) -> dict:
+    try:
+        prove_whole(intended)
+    except Failure as failure:
+        raise Failure(*(line.replace("what it sends", "the document") for line in failure.lines)) from None
+    answer = ask(job, "plan.sh", str(len(intended)), document=intended, limit=1 << 20, seconds=job["timeout"])
+    if answer.body is not None:
+        lines += _printed(answer)
+        if answer.status == REFUSED:
+            lines.append("The headend would refuse this document: nothing would change.")
+        elif answer.status not in (0, 1):
+            raise Failure(*lines, f"tarvo-backup plan ended with status {answer.status}")
+        return {"lines": lines, "refused": answer.status == REFUSED, "same": answer.status == 0}
+    if "cannot" not in answer.said:
+        raise Failure("the document did not arrive whole: nothing was done, try again", again=True)
+    current, _ = _fetch(job, tool)
+    faults = tool.faults(intended)
+    differences = lines_of(tool.changes(current, intended))
+    lines.append("The headend has no tarvo-backup, so this is what is different, not what an import would do:")
+    lines += [f"  {line}" for line in differences] or ["  nothing"]
+    if faults:
+        lines += ["An import would refuse this document:", *(f"  {fault}" for fault in faults[:20])]
+    return {"lines": lines, "refused": bool(faults), "same": not differences}
 
 
 def restore(job: dict) -> dict:
     repository = Repository(job)
     repository.require()
     with repository.turn(job["host"], wait=False), Tool(job["tool"]) as tool:
-        intended, description = _intended(job, repository)
+        intended = _intended(job, repository)
         mended = _mend(job, repository)
         before, remarks = _fetch(job, tool)
+        meant = Meant(repository, job["host"])
+        meant.begin(intended)
         what, _ = _keep(job, repository, tool, before)
         pending = Pending(repository, job["host"])
-        pending.begin(intended, before, description)
+        pending.begin(intended.document, before, intended.description)
         lines = [f"before the restore: {what}", *mended, *remarks]
-        return _finish(job, repository, tool, pending, lines, document=intended)
+        result = _finish(job, repository, tool, pending, lines, document=intended.document)
+        meant.end()
+        return result
 
 
 VERBS = {"backup": backup, "plan": plan, "restore": restore}
@@ -122,6 +135,45 @@ class Pending:
     @property
     def before(self) -> bytes:
         return (self._folder / "before.xml").read_bytes()
+
+
+@dataclass(frozen=True)
+class Intended:
+    """The document that is to be restored, and what it is. One of the repository also has the words that
+    it was asked for with, and its commit.
+    """
+
+    document: bytes
+    description: str
+    asked: str = ""
+    commit: str = ""
+
+
+class Meant:
+    """The commit that a date or a name meant when a restore was begun that has not been done since. Its
+    own backups are commits, too, and the same command has to mean the same document again.
+    """
+
+    def __init__(self, repository: Repository, host: str) -> None:
+        self._file = repository.private / ("meant-" + file_name(host))
+
+    def commit(self, asked: str) -> str | None:
+        try:
+            known = json.loads(self._file.read_text("utf-8"))
+        except (FileNotFoundError, ValueError):
+            return None
+        return known["commit"] if known["asked"] == asked else None
+
+    def begin(self, intended: Intended) -> None:
+        if not intended.commit:
+            self.end()
+            return
+        new = self._file.with_suffix(".new")
+        new.write_text(json.dumps({"asked": intended.asked, "commit": intended.commit}), "utf-8")
+        new.rename(self._file)
+
+    def end(self) -> None:
+        self._file.unlink(missing_ok=True)
 
 
 def _mend(job: dict, repository: Repository) -> list[str]:
@@ -166,6 +218,7 @@ def _fetched(job: dict, tool: Tool, seconds: float) -> tuple[bytes, list[str]]:
     remarks = []
     faults = tool.faults(document)
     if faults:
+        tool.prove_readable(document)
         count = f"an import would refuse it for {plural(len(faults), 'fault')}, the first: {faults[0]}"
         if answer.method != "save" and not job["accept_faults"]:
             raise Failure(
@@ -180,7 +233,7 @@ def _fetched(job: dict, tool: Tool, seconds: float) -> tuple[bytes, list[str]]:
 def _prove_by_log(answer: Answer) -> None:
     """tarvo-config ends with 0 also when it could not read a table; the log tells."""
     found = answer.said.get("log", "unknown")
-    if not found.isdigit():
+    if not re.fullmatch("[0-9]{1,9}", found):
         raise Failure(
             "its log does not show the run, so that nothing proves that the backup is whole:"
             " headend_log_command can say how to print the log",
@@ -196,7 +249,7 @@ def _prove_by_log(answer: Answer) -> None:
 
 def _clock(answer: Answer) -> list[str]:
     told = answer.said.get("clock", "")
-    if not told.isdigit() or len(told) > 12:
+    if not re.fullmatch("[0-9]{1,12}", told):
         return []
     off = int(told) - int(time.time())
     if abs(off) < CLOCK_SECONDS:
@@ -217,10 +270,16 @@ def _keep(
     if last is None:
         what, details = "first backup", []
     else:
-        changes = tool.changes(last, document)
-        if not changes:
-            return "unchanged", False
-        what, details = summary(changes), lines_of(changes)
+        try:
+            changes = tool.changes(last, document)
+        except Failure:
+            if tool.can_read(last):
+                raise
+            what, details = "backup in the place of a file that is no configuration", []
+        else:
+            if not changes:
+                return "unchanged", False
+            what, details = summary(changes), lines_of(changes)
     message = [f"{clean(host, 100)}: {what}" + (", after a restore" if reason else "")]
     if reason or details:
         message += ["", *([reason, ""] if reason else []), *details]
@@ -228,22 +287,32 @@ def _keep(
     return what, True
 
 
-def _intended(job: dict, repository: Repository) -> tuple[bytes, str]:
-    """The document that is to be restored, and what it is."""
+def _intended(job: dict, repository: Repository) -> Intended:
     named = [word for word in ("date", "commit", "document") if job[word]]
     if len(named) != 1:
         raise Failure("say which document: one of -e date=2026-11-20, -e commit=COMMIT, -e document=FILE")
+    name = file_name(job["host"])
     if job["document"]:
-        path = Path(job["folder"], Path(job["document"]).expanduser())
+        path = Path(job["folder"], os.path.expanduser(job["document"]))
+        if path.resolve() == (repository.folder / name).resolve():
+            raise Failure(
+                f"{path} is the repository's own file, and is put back to its last commit: name the commit"
+                " with -e commit=COMMIT, or edit a copy elsewhere"
+            )
         if path.stat().st_size > job["limit"]:
             raise Failure(f"{path} is larger than headend_document_limit")
-        return path.read_bytes(), str(path)
-    find = repository.at if job["date"] else repository.commit_named
-    commit = find(job["host"], job["date"] or job["commit"])
+        return Intended(path.read_bytes(), str(path))
+    asked = f"{named[0]}={job[named[0]]}"
+    commit = Meant(repository, job["host"]).commit(asked)
+    again = ", as when this was asked for first" if commit else ""
+    if not commit:
+        find = repository.at if job["date"] else repository.commit_named
+        commit = find(job["host"], job["date"] or job["commit"])
     document = repository.document(job["host"], commit)
     if document is None:
         raise Failure(f"commit {commit[:12]} holds no backup of {job['host']}")
-    return document, f"{file_name(job['host'])} in commit {repository.described(commit)}"
+    description = f"{name} in commit {repository.described(commit)}{again}"
+    return Intended(document, description, asked, commit)
 
 
 def _settle(
@@ -280,7 +349,8 @@ def _finish(
         else:
             answer = _job_script(job, "start", pending, document)
         lines += _told(job, pending, answer)
-        now = _fetched_after(job, tool, lines)
+        now, what = _kept_after(job, repository, tool, pending, lines)
+        _job_script(job, "forget", pending)
     except ConnectionFailure as failure:
         raise Failure(
             *lines,
@@ -290,9 +360,7 @@ def _finish(
             " it is, and goes on from there. If the document holds another address than the headend had,"
             " look for it there: change ansible_host in the inventory.",
         ) from None
-    about, intended, before = pending.about, pending.intended, pending.before
-    what, _ = _keep(job, repository, tool, now, f"Restored was {about['document']}.")
-    _job_script(job, "forget", pending)
+    intended, before = pending.intended, pending.before
     pending.end()
     told = answer.status if answer.body is not None else None
     outcome = _outcome(tool, intended, before, now, told)
@@ -368,21 +436,26 @@ def _sorted_by(since: list[Change], wanted: list[Change]) -> tuple[list[Change],
     return came, [change for change in since if change not in came]
 
 
-def _fetched_after(job: dict, tool: Tool, lines: list[str]) -> bytes:
-    """The backup that tells before from after. `lines` have told what the headend says of the restore."""
+def _kept_after(
+    job: dict, repository: Repository, tool: Tool, pending: Pending, lines: list[str]
+) -> tuple[bytes, str]:
+    """The backup that tells before from after, and what has been kept of it. `lines` have told what the
+    headend says of the restore.
+    """
     try:
         document, _ = _fetch(job, tool)
+        what, _ = _keep(job, repository, tool, document, f"Restored was {pending.about['document']}.")
     except ConnectionFailure:
         raise
-    except Failure as failure:
+    except (Failure, OSError) as failure:
         raise Failure(
             *lines,
             "the backup afterwards failed:",
-            *failure.lines,
+            *([trouble_here(failure)] if isinstance(failure, OSError) else failure.lines),
             "When that has passed, run the same command again: it tells whether the headend is as before"
             " the restore or as after it, and goes on from there.",
         ) from None
-    return document
+    return document, what
 
 
 def _told(job: dict, pending: Pending, answer: Answer) -> list[str]:

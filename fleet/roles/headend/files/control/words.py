@@ -23,6 +23,11 @@ def clean(text: str, longest: int = LONGEST_LINE) -> str:
     return text if len(text) <= longest else text[: longest - 3] + "..."
 
 
+def trouble_here(error: OSError) -> str:
+    where = f" ({error.filename})" if error.filename else ""
+    return f"on this machine: {error.strerror}{where}"
+
+
 def decoded(output: bytes) -> str:
     return output.decode("utf-8", "replace")
 
