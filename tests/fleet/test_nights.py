@@ -106,7 +106,8 @@ class NightsTest(unittest.TestCase):
         self.assertEqual("", headends.git("status", "--porcelain"))
 
         devices = headends.devices
-        rename(devices["changed"], "Pension Seeblick {{ lookup('pipe', 'touch pwned') }} \033[2J")
+        pwned = headends.folder / "pwned"
+        rename(devices["changed"], f"Pension Seeblick {{{{ lookup('pipe', 'touch {pwned}') }}}} \033[2J")
         before = devices["state"].run(CONFIG).stdout
         write(devices["state"], "UPDATE TempNIMCOFDMGlobal SET Calidad = 7, CNR = 3", path=STATE_DB)
         write(devices["state"], "UPDATE TempNIMGlobal SET Calidad = 7, CNR = 3", path=STATE_DB)
@@ -147,7 +148,7 @@ class NightsTest(unittest.TestCase):
                 (
                     "changed: 1 change in identification",
                     "identification/headendName: Hotel Atlântico -> Pension Seeblick"
-                    " { { lookup('pipe', 'touch pwned') }}  [2J",
+                    f" {{ {{ lookup('pipe', 'touch {pwned}') }}}}  [2J",
                     "fast: 1 change in identification",
                     "identification/headendName: Hotel Atlântico -> Fast",
                     "secret: 1 change in remoteControl",
@@ -158,7 +159,9 @@ class NightsTest(unittest.TestCase):
         )
         self.assertNotIn("hush-hush", third.output)
         self.assertNotIn("\033", third.output)
-        self.assertEqual([], list(headends.folder.rglob("pwned")))
+        self.assertFalse(pwned.exists())
+        places = (Path.cwd(), FLEET / "playbooks", headends.folder, headends.repository)
+        self.assertEqual([], [place for place in places if (place / "x").exists()])
         self.assertIn("its clock is 400 days fast", third.output)
         self.assertIn("unchanged; its clock is 3 days slow", third.output)
         for host, why in (
@@ -239,6 +242,7 @@ class NightsTest(unittest.TestCase):
         for name in ("backup", "plan", "restore"):
             for words, extra, why in (
                 ((), misspelt, "The inventory names no host in headens, so nothing was done"),
+                (("-l", "hotel", "--check"), None, "There is no check mode, so nothing was done"),
                 # Which leaves no host to say so on, where there is no check of its own.
                 (("-l", "hotel"), misspelt, "The inventory names no host in headens that is in -l hotel"),
                 (("-l", "hotle"), None, "Could not match supplied host pattern.*hotle"),
