@@ -13,8 +13,9 @@ constexpr std::string_view kMinuteForm = "0000-00-00T0000Z";
 
 bool hasFormOfMinute(std::string_view text) {
     return std::equal(text.begin(), text.end(), kMinuteForm.begin(), kMinuteForm.end(),
-                      [](unsigned char character, char form) {
-                          return form == '0' ? std::isdigit(character) != 0 : character == form;
+                      [](char character, char form) {
+                          const auto byte = static_cast<unsigned char>(character);
+                          return form == '0' ? std::isdigit(byte) != 0 : character == form;
                       });
 }
 

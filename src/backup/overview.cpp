@@ -203,7 +203,7 @@ class Making {
 
     // --- Channels ------------------------------------------------------------------------------
 
-    static std::string nameOf(const XmlNode& service) {
+    static std::string serviceName(const XmlNode& service) {
         const std::string name = textIn(service, "outputName");
         return name.empty() ? textIn(service, "inputName") : name;
     }
@@ -230,7 +230,7 @@ class Making {
                 const XmlNode* node = document::lastChildNamed(*service, "lcn");
                 const int lcn = node == nullptr ? 0 : numberOf(*node);
                 channels.push_back({lcn,
-                                    {lcn > 0 ? std::to_string(lcn) : "", nameOf(*service),
+                                    {lcn > 0 ? std::to_string(lcn) : "", serviceName(*service),
                                      textIn(*service, "outputSid"), moduleName(*module),
                                      textIn(*service, "inputId"), textIn(*service, "outputId"),
                                      scrambling(*service)}});

@@ -34,7 +34,7 @@ void warn(const std::vector<std::string>& refusals, std::ostream& err) {
     }
 }
 
-Saved saved(const SaveOptions& options, const std::string& document) {
+Saved keep(const SaveOptions& options, const std::string& document) {
     if (options.outputPath.empty()) {
         return saveInto(options.folder, document, options.keep);
     }
@@ -57,7 +57,7 @@ ExitStatus runSave(const SaveOptions& options, const Console& console) {
         warn(refusals, console.err);
         return ExitStatus::done;
     }
-    const Saved result = saved(options, document);
+    const Saved result = keep(options, document);
     progress.reset();
     if (options.output.json) {
         console.out << toJson(result, refusals) << '\n';
