@@ -140,7 +140,7 @@ class TreeCheck {
             return lists;
         }
         for (const XmlNode& child : childrenOf(node)) {
-            const Element* row = isElement(child) ? rowOf(&parent, child) : nullptr;
+            const Element* row = rowOf(&parent, child);
             if (row != nullptr && row->kind == Kind::list) {
                 lists[row] = &child;
             }

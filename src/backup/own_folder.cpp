@@ -12,6 +12,7 @@
 #include "backup/console.h"
 #include "backup/fault.h"
 #include "platform/files.h"
+#include "platform/platform.h"
 
 namespace tarvo_backup {
 
@@ -41,7 +42,7 @@ void makeOwnFolder(const std::string& folder) {
         fail("is a link, not the folder itself");
     }
     const auto found = platform::files::status(name);
-    if (!found || !found->isFolder) {
+    if (!found.value_or(platform::FileStatus{}).isFolder) {
         fail("is no folder");
     }
     if (found->owner != geteuid() || (found->mode & kWrittenByOthers) != 0) {

@@ -129,12 +129,9 @@ bool renameToNew(const char* from, const char* to) {
         ::unlink(from);
         return true;
     }
-    const bool areLinksUnknown = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
-    if (!areLinksUnknown) {
-        return false;
-    }
-    // Between the look and the rename another program may take the name.
-    if (status(to)) {
+    // Not every file system has hard links. Between this look and the rename another program may
+    // take the name.
+    if (errno == EEXIST || status(to)) {
         errno = EEXIST;
         return false;
     }

@@ -179,12 +179,34 @@ class FailingCallsTest(EndToEndTest):
 
     def test_a_backup_without_a_name_is_gone(self) -> None:
         device = self.made()
-        result = self.failing(device, "link", FOLDER, "save")
+        env = {
+            "LD_PRELOAD": f"{preloaded(device, 'others')}:{preloaded(device, 'steps')}",
+            "DISK_NO_LINKS": "1",
+            "STEP_AT": "1",
+            "STEP_FAULT": "fail",
+            "STEP_NAME": "rename",
+            "STEP_PATH": FOLDER,
+        }
+        result = self.backup(device, "save", env=env)
         self.assertEqual(4, result.status)
         self.assertRegex(
             result.stderr.decode(), rf"^tarvo-backup: {FOLDER}/.*T\d{{4}}Z\.xml: {FULL}\n$"
         )
         self.assertEqual([], list(device.path(FOLDER).iterdir()))
+
+    def test_a_left_over_of_another_user_stays(self) -> None:
+        device = self.made()
+        device.path(FOLDER).mkdir(mode=0o700)
+        self.assertEqual(0, self.backup(device, "save").status)
+        [first] = device.path(FOLDER).glob("*.xml")
+        for name in ("aaaaaa", "bbbbbb"):
+            path = first.with_name(f"{first.name}.new-{name}")
+            path.write_text("")
+            os.utime(path, (0, 0))
+        result = self.beside(device, "OTHERS_OWN", ".new-aaaaaa", "save")
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        names = sorted(path.name for path in device.path(FOLDER).iterdir())
+        self.assertEqual([first.name, f"{first.name}.new-aaaaaa"], names)
 
     def test_a_backup_that_cannot_be_removed_is_not_told_to_be(self) -> None:
         device = self.made()
