@@ -5,9 +5,11 @@ import datetime
 import errno
 import json
 import os
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import tracemalloc
 import unittest
 from concurrent.futures import ThreadPoolExecutor
@@ -352,6 +354,41 @@ class NoTool:
 
     def changes(self, old: bytes, new: bytes) -> list[Change]:
         return [] if old == new else [Change("name", new.decode(), "name: changed")]
+
+
+class EndTest(unittest.TestCase):
+    """A run that is ended while a headend answers, by systemd or with its terminal."""
+
+    def test_nothing_is_left_of_a_run_that_is_ended(self) -> None:
+        for number in (signal.SIGTERM, signal.SIGHUP):
+            with self.subTest(number), tempfile.TemporaryDirectory(prefix="fleet-") as name:
+                folder = Path(name)
+                ssh = folder / "ssh"
+                ssh.write_text(f"#!/bin/sh\necho $$ >{folder}/new\nmv {folder}/new {folder}/pid\nexec sleep 60\n")
+                ssh.chmod(0o755)
+                (folder / "tmp").mkdir()
+                numbers = dict.fromkeys(("connect_timeout", "silence", "timeout", "restore_timeout", "limit"), 600)
+                job = {
+                    **numbers,
+                    **dict.fromkeys(("key", "port", "ssh_args", "log_command"), ""),
+                    **{"host": "hotel", "address": "hotel", "user": "root", "tries": 1, "pause": 0},
+                    **{"repository": f"{name}/headends", "author": "me <me@here>", "tool": str(BACKUP)},
+                }
+                environment = {**os.environ, "PATH": f"{name}:{os.environ['PATH']}", "TMPDIR": f"{name}/tmp"}
+                process = subprocess.Popen(
+                    [sys.executable, "-B", CONTROL, "backup"], stdin=subprocess.PIPE, env=environment
+                )
+                process.stdin.write(json.dumps(job).encode())
+                process.stdin.close()
+                while not (folder / "pid").exists():
+                    self.assertIsNone(process.poll())
+                    time.sleep(0.02)
+                self.assertNotEqual([], list((folder / "tmp").iterdir()))
+                process.send_signal(number)
+                process.wait()
+                self.assertEqual([], list((folder / "tmp").iterdir()))
+                with self.assertRaises(ProcessLookupError):
+                    os.kill(int((folder / "pid").read_text()), 0)
 
 
 class StepsTest(unittest.TestCase):
