@@ -356,6 +356,26 @@ class NoTool:
         return [] if old == new else [Change("name", new.decode(), "name: changed")]
 
 
+class DeviceScriptTest(unittest.TestCase):
+    def said(self, folder: Path) -> str:
+        device = CONTROL.parent / "device"
+        text = "".join((device / name).read_text("utf-8") for name in ("answer.sh", "restore.sh"))
+        command = ["sh", "-c", text, "tarvo-fleet", "M", "10", folder, "start", "id", "0", "1"]
+        result = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True)
+        self.assertIn("mkdir: ", result.stderr)
+        return result.stdout
+
+    def test_a_folder_that_cannot_be_made_is_not_another_restore(self) -> None:
+        with tempfile.TemporaryDirectory(prefix="fleet-") as name:
+            folder = Path(name)
+            self.assertEqual("M foreign\nM over\n", self.said(folder / "nowhere/device"))
+            (folder / "restore").touch()
+            self.assertEqual("M cut\nM over\n", self.said(folder))
+            (folder / "restore").unlink()
+            (folder / "restore").mkdir()
+            self.assertEqual("M busy\nM over\n", self.said(folder))
+
+
 class EndTest(unittest.TestCase):
     """A run that is ended while a headend answers, by systemd or with its terminal."""
 
@@ -467,6 +487,16 @@ class StepsTest(unittest.TestCase):
         self.assertIn("it is lost", text)
         self.assertIn("run the same command", text)
         self.assertTrue(verbs.Pending(self.repository, "hotel"))
+
+    def test_a_full_disk_of_the_headend_is_told(self) -> None:
+        said = b"mkdir: cannot create directory: No space left on device\n"
+        text = self.failed([b"other", b"other"], Answer({"cut": ""}, complaints=said), commit="HEAD")
+        self.assertIn("did not arrive whole (mkdir: cannot create directory: No space left on device)", text)
+        job = {**self.job, "device_folder": "/tmp/tarvo-fleet"}
+        with self.assertRaises(Failure) as caught:
+            pending = verbs.Pending(self.repository, "hotel")
+            verbs._told(job, pending, Answer({"foreign": ""}, complaints=said))
+        self.assertIn("cannot be used (mkdir: cannot create directory", caught.exception.lines[0])
 
     def test_the_file_of_the_repository_is_no_document_to_edit(self) -> None:
         # A rerun would find it as it was in its last commit.

@@ -70,7 +70,7 @@ def _planned(job: dict, tool: Tool, intended: bytes, lines: list[str]) -> dict:
             raise Failure(*lines, f"tarvo-backup plan ended with status {answer.status}")
         return {"lines": lines, "refused": answer.status == REFUSED, "same": answer.status == 0}
     if "cannot" not in answer.said:
-        raise Failure("the document did not arrive whole: nothing was done, try again", again=True)
+        raise Failure(f"the document did not arrive whole{_why(answer)}: nothing was done, try again")
     current, _ = _fetch(job, tool)
     faults = tool.faults(intended)
     differences = lines_of(tool.changes(current, intended))
@@ -464,8 +464,8 @@ def _told(job: dict, pending: Pending, answer: Answer) -> list[str]:
     if "foreign" in said:
         pending.end()
         raise Failure(
-            f"{job['device_folder']} on the headend belongs to somebody else: nothing was done."
-            " Remove it there, or name another folder in headend_device_folder"
+            f"{job['device_folder']} on the headend cannot be used{_why(answer)}: nothing was done. If it"
+            " belongs to somebody else, remove it there, or name another folder in headend_device_folder"
         )
     if "busy" in said or ("id" in said and said["id"] != pending.about["id"]):
         pending.end()
@@ -490,7 +490,13 @@ def _told(job: dict, pending: Pending, answer: Answer) -> list[str]:
         return lines
     if "none" in said:
         return ["the headend knows nothing of it: it never began there, or the headend has started anew"]
-    return ["the document did not arrive whole, so that the restore never began"]
+    return [f"the document did not arrive whole{_why(answer)}, so that the restore never began"]
+
+
+def _why(answer: Answer) -> str:
+    """What the headend complained of, such as a full disk."""
+    said = last_line(answer.complaints)
+    return f" ({said})" if said else ""
 
 
 def _printed(answer: Answer) -> list[str]:

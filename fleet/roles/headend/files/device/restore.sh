@@ -10,7 +10,7 @@ size=$4
 seconds=$5
 job=$folder/restore
 
-mkdir "$folder" 2>/dev/null
+[ -d "$folder" ] || mkdir "$folder"
 if [ -L "$folder" ] || [ ! -d "$folder" ] || [ ! -O "$folder" ]; then
     say foreign
     finish
@@ -44,8 +44,8 @@ mv "$job/status.new" "$job/status"
 
 case $verb in
     start)
-        if ! mkdir "$job" 2>/dev/null; then
-            say busy
+        if ! mkdir "$job"; then
+            if [ -d "$job" ]; then say busy; else say cut; fi
             finish
         fi
         echo "$id" >"$job/id"
