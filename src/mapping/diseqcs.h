@@ -16,8 +16,16 @@ inline constexpr Element kDiseqc[] = {
     {"position", tarvodb::DiSEqCGlobal::Posicion, Take::text, "position="},
     {"name", tarvodb::DiSEqCGlobal::Nombre, Take::text, " name="},
     {"orbit", tarvodb::DiSEqCGlobal::Orbita, Take::text, " orbit="},
-    {"polarity", tarvodb::DiSEqCGlobal::Polaridad, Take::code, " polarity=", document::kPolarity},
-    {"band", tarvodb::DiSEqCGlobal::Banda, Take::code, " band=", document::kBand},
+    {.name = "polarity",
+     .column = tarvodb::DiSEqCGlobal::Polaridad,
+     .take = Take::code,
+     .label = " polarity=",
+     .texts = document::kPolarity},
+    {.name = "band",
+     .column = tarvodb::DiSEqCGlobal::Banda,
+     .take = Take::code,
+     .label = " band=",
+     .texts = document::kBand},
 };
 
 inline constexpr Element kDiseqcs[] = {entry("diseqc", kDiseqc)};
