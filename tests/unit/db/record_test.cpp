@@ -21,11 +21,6 @@ Record<Settings> setting(const char* value) {
     return settingOf(std::array<const char*, 4>{"7", "network_IP", value, "1"});
 }
 
-template <class Table>
-concept HasSetters = requires(Record<Table>& record, typename Table::Column column) {
-    record.set(column, "x");
-};
-
 }  // namespace
 
 TEST(TableRecord, TakesItsCellsInColumnOrderAndCopiesThem) {
@@ -201,18 +196,6 @@ TEST(TableRecord, CopyHasItsOwnValuesAndTheMarks) {
     EXPECT_EQ(copy[Settings::aplicarBackup].text(), nullptr);
     EXPECT_TRUE(copy.isModified(Settings::valor));
     EXPECT_FALSE(copy.isModified(Settings::nombre));
-}
-
-TEST(TableRecord, OnlyWritableTablesHaveSetters) {
-    EXPECT_TRUE(HasSetters<configuracionWebGlobal>);
-    EXPECT_TRUE(HasSetters<RedesModulos>);
-    EXPECT_TRUE(HasSetters<Service_EPG>);
-    EXPECT_FALSE(HasSetters<ServiciosEntradaGlobal>);
-    EXPECT_FALSE(HasSetters<ModulosCabecera>);
-    EXPECT_FALSE(HasSetters<CAMInfoGlobal>);
-    EXPECT_FALSE(HasSetters<TempNIMGlobal>);
-    EXPECT_FALSE(HasSetters<TempNIMCOFDMGlobal>);
-    EXPECT_FALSE(HasSetters<TempNIMQAMGlobal>);
 }
 
 }  // namespace tarvodb

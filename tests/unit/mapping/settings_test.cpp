@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <set>
 #include <string>
 
 #include "mapping/document_tree.h"
@@ -46,15 +45,6 @@ TEST(SettingTables, HaveTheFormsOfTheirValues) {
                                                   {"lnb/oscBandaCFreq", Form::number},
                                                   {"lnb/oscBandaSatelite", Form::number}}));
     EXPECT_EQ(kMaturityRating.form, Form::number);
-}
-
-TEST(SettingTables, UseNoKeyTwice) {
-    std::set<std::string> keys = {kMaturityRating.key};
-    for (const auto& [section, settings] : kSettings) {
-        for (const Element& setting : settings) {
-            EXPECT_TRUE(keys.insert(setting.key).second) << section << " " << setting.key;
-        }
-    }
 }
 
 }  // namespace mapping
