@@ -5,13 +5,13 @@
 #include <string_view>
 
 #include "db/schema.h"
-#include "import/status_marks.h"
+#include "db/status_marks.h"
 #include "mapping/element.h"
 
 namespace tarvo_backup {
 
-using tarvo_remote_control::RemovalMark;
-using tarvo_remote_control::StatusMark;
+using tarvodb::RemovalMark;
+using tarvodb::StatusMark;
 
 namespace {
 

@@ -14,6 +14,7 @@
 #include "db/operations.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "db/status_marks.h"
 #include "db/transaction.h"
 #include "device/device_identity.h"
 #include "document/xml.h"
@@ -28,6 +29,7 @@ namespace tarvo_remote_control {
 
 using document::XmlNode;
 using tarvodb::Record;
+using tarvodb::StatusMark;
 using tarvodb::VSecure;
 
 namespace {
@@ -49,7 +51,7 @@ Record<VSecure> newCam(const char* serialNumber) {
     }
     cam.set(VSecure::Reintentos, 0);
     cam.set(VSecure::Error, 0);
-    cam.set(VSecure::estado, 1);
+    cam.set(VSecure::estado, StatusMark::changed);
     return cam;
 }
 
@@ -64,7 +66,7 @@ void setField(Record<VSecure>& cam, const XmlNode& child) {
                cam.set(VSecure::K_Publica, withoutWhiteSpace(document::textOf(child)))) {
         // The module must be processed again with its new key.
         cam.setValue(element->derived.index, tarvodb::tSqlite3parent(""));
-        cam.set(VSecure::estado, 1);
+        cam.set(VSecure::estado, StatusMark::changed);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "db/operations.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "db/status_marks.h"
 #include "document/coded_texts.h"
 #include "document/writer.h"
 #include "export/elements.h"
@@ -62,7 +63,8 @@ void writePidOrders(CmdGetConfiguration& command, const Element& section,
 }
 
 bool isListed(const Record<Service>& service) {
-    return service[Service::SSU].asInt() == 0 && service[Service::EstadoBorrado].asInt() == 0;
+    return service[Service::SSU].asInt() == 0 &&
+           holds(service[Service::EstadoBorrado], tarvodb::RemovalMark::listed);
 }
 
 }  // namespace

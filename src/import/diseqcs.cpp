@@ -8,12 +8,12 @@
 #include "db/clauses.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "db/status_marks.h"
 #include "document/xml.h"
 #include "import/elements.h"
 #include "import/keyed_rows.h"
 #include "import/reporting.h"
 #include "import/sections.h"
-#include "import/status_marks.h"
 #include "import/table_writes.h"
 #include "mapping/element.h"
 
@@ -23,6 +23,7 @@ using document::XmlNode;
 using mapping::Element;
 using tarvodb::DiSEqCGlobal;
 using tarvodb::Record;
+using tarvodb::StatusMark;
 
 namespace {
 

@@ -12,12 +12,12 @@
 #include "db/record.h"
 #include "db/schema.h"
 #include "db/si_tables.h"
+#include "db/status_marks.h"
 #include "document/xml.h"
 #include "import/elements.h"
 #include "import/keyed_rows.h"
 #include "import/reporting.h"
 #include "import/sections.h"
-#include "import/status_marks.h"
 #include "import/table_writes.h"
 #include "mapping/element.h"
 
@@ -27,6 +27,7 @@ using document::XmlNode;
 using mapping::Element;
 using tarvodb::Record;
 using tarvodb::RedesCabecera;
+using tarvodb::StatusMark;
 
 namespace {
 

@@ -8,9 +8,9 @@
 
 #include "command/error_codes.h"
 #include "db/record.h"
+#include "db/status_marks.h"
 #include "document/xml.h"
 #include "import/cmd_set_configuration.h"
-#include "import/status_marks.h"
 #include "import/table_writes.h"
 #include "mapping/element.h"
 
@@ -35,7 +35,7 @@ template <class Table>
 void takeAndMark(tarvodb::Record<Table>& record, mapping::Elements elements,
                  const document::XmlNode& parent) {
     if (takeLast(record, elements, parent)) {
-        record.set(Table::Estado, StatusMark::changed);
+        record.set(Table::Estado, tarvodb::StatusMark::changed);
     }
 }
 
@@ -72,7 +72,7 @@ bool saveIfChanged(CmdSetConfiguration& command, Change<Table>& change,
     if (!change.changed) {
         return true;
     }
-    change.row.set(status, StatusMark::changed);
+    change.row.set(status, tarvodb::StatusMark::changed);
     return updateRecord(command, change.row, message);
 }
 

@@ -7,12 +7,12 @@
 #include "db/clauses.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "db/status_marks.h"
 #include "document/xml.h"
 #include "import/elements.h"
 #include "import/keyed_rows.h"
 #include "import/reporting.h"
 #include "import/sections.h"
-#include "import/status_marks.h"
 #include "import/table_writes.h"
 #include "mapping/element.h"
 
@@ -20,6 +20,7 @@ namespace tarvo_remote_control {
 
 using document::XmlNode;
 using tarvodb::Record;
+using tarvodb::StatusMark;
 using HomeChannels = tarvodb::MantenimientoHomeChannelsGlobal;
 
 namespace {

@@ -13,10 +13,10 @@
 #include "db/operations.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "db/status_marks.h"
 #include "document/xml.h"
 #include "import/reporting.h"
 #include "import/sections.h"
-#include "import/status_marks.h"
 #include "import/table_writes.h"
 #include "mapping/element.h"
 #include "mapping/services.h"
@@ -26,6 +26,8 @@ namespace tarvo_remote_control {
 using document::XmlNode;
 using mapping::Element;
 using tarvodb::Record;
+using tarvodb::RemovalMark;
+using tarvodb::StatusMark;
 using Stream = tarvodb::PIDsSalidaGlobal;
 using Service = tarvodb::ServiciosSalidaGlobal;
 

@@ -9,11 +9,11 @@
 #include "db/operations.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "db/status_marks.h"
 #include "document/xml.h"
 #include "import/elements.h"
 #include "import/reporting.h"
 #include "import/sections.h"
-#include "import/status_marks.h"
 #include "import/table_writes.h"
 #include "mapping/element.h"
 
@@ -24,6 +24,7 @@ using mapping::Element;
 using tarvodb::Record;
 using tarvodb::ScramblingGlobal;
 using tarvodb::ScramblingKeysGlobal;
+using tarvodb::StatusMark;
 
 namespace {
 

@@ -15,12 +15,12 @@
 #include "db/operations.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "db/status_marks.h"
 #include "device/device_identity.h"
 #include "document/xml.h"
 #include "import/elements.h"
 #include "import/reporting.h"
 #include "import/sections.h"
-#include "import/status_marks.h"
 #include "import/table_writes.h"
 #include "mapping/element.h"
 
@@ -30,6 +30,8 @@ using document::XmlNode;
 using mapping::Element;
 using tarvodb::PIDsSalidaGlobal;
 using tarvodb::Record;
+using tarvodb::RemovalMark;
+using tarvodb::StatusMark;
 using Service = tarvodb::ServiciosSalidaGlobal;
 
 namespace {

@@ -9,7 +9,6 @@
 #include "db/record.h"
 #include "import/cmd_set_configuration.h"
 #include "import/reporting.h"
-#include "import/status_marks.h"
 
 namespace tarvo_remote_control {
 

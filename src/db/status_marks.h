@@ -5,7 +5,7 @@
 
 #include "db/value.h"
 
-namespace tarvo_remote_control {
+namespace tarvodb {
 
 // Estado, estado, EstadoServicio, EstadoPID: changed and still to be applied.
 enum class StatusMark : int { changed = 1 };
@@ -18,14 +18,14 @@ concept Mark = std::same_as<T, StatusMark> || std::same_as<T, RemovalMark>;
 
 // The mark as a column stores it; db/record.h finds this one by the mark's type.
 template <Mark T>
-tarvodb::tSqlite3parent columnValue(T mark) {
-    return tarvodb::columnValue(static_cast<int>(mark));
+tSqlite3parent columnValue(T mark) {
+    return columnValue(static_cast<int>(mark));
 }
 
 // Whether a status column holds the mark. NULL reads as 0.
 template <Mark T>
-bool holds(const tarvodb::tSqlite3parent& column, T mark) {
+bool holds(const tSqlite3parent& column, T mark) {
     return column.asInt() == static_cast<int>(mark);
 }
 
-}  // namespace tarvo_remote_control
+}  // namespace tarvodb
