@@ -1,6 +1,7 @@
 #include "app/run_modes.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "db/database.h"
 #include "document/deferred_document.h"
@@ -11,6 +12,8 @@
 #include "export/elements.h"
 #include "import/cmd_set_configuration.h"
 #include "mapping/document_tree.h"
+#include "mapping/element.h"
+#include "mapping/modules.h"
 #include "platform/platform.h"
 
 namespace app {
@@ -49,11 +52,16 @@ ExitStatus writeDocument(const TextWriter& document, const std::string& outputPa
     return isPrinted && isWritten ? ExitStatus::success : ExitStatus::failure;
 }
 
-// A file that cannot be read counts as an empty document. Most of a document is in its services,
-// which their module's handler loads (import/modules.cpp).
+// Most of a document is in its services, which their module's handler loads (import/modules.cpp).
+constexpr const char* kReadLate[] = {mapping::rowNamed(mapping::kSections, "modules").name,
+                                     mapping::kModules[0].name,
+                                     mapping::rowNamed(mapping::kModule, "services").name};
+
+// A file that cannot be read counts as an empty document.
 DeferredDocument parsedFile(const std::string& path) {
     try {
-        return {platform::readFile(path).value_or(""), {"modules", "module", "services"}};
+        return {platform::readFile(path).value_or(""),
+                {std::begin(kReadLate), std::end(kReadLate)}};
     } catch (const document::ParseError& error) {
         throw document::ParseError(path + ":" + error.what());
     }

@@ -32,6 +32,9 @@ constexpr SectionWriter kSectionWriters[] = {
     {"modules", write::modules},
 };
 
+static_assert(mapping::nameExactly(kSectionWriters, mapping::kConfiguration.children,
+                                   [](const Element& section) { return !isOfSettings(section); }));
+
 }  // namespace
 
 void CmdGetConfiguration::execute() {

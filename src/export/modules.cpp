@@ -100,6 +100,9 @@ class ModuleExport {
         {"outputs", write::outputs},
         {"services", write::services},
     };
+    static_assert(mapping::nameExactly(kParts, mapping::kModule, [](const Element& element) {
+        return element.kind == mapping::Kind::list;
+    }));
 
     CmdGetConfiguration& command_;
     const write::Module& module_;

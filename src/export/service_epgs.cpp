@@ -53,6 +53,10 @@ constexpr PartWriter kPartWriters[] = {
     {"replacingEPGs", childRows<Service_EPG_replacing>},
 };
 
+static_assert(mapping::nameExactly(kPartWriters, mapping::kServiceEpg, [](const Element& element) {
+    return element.kind != mapping::Kind::leaf;
+}));
+
 }  // namespace
 
 void write::serviceEPGs(CmdGetConfiguration& command, const Element& section) {

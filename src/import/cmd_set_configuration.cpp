@@ -39,6 +39,11 @@ constexpr SectionHandler kSectionHandlers[] = {
     {"modules", apply::modules},
 };
 
+static_assert(mapping::nameExactly(kSectionHandlers, mapping::kConfiguration.children,
+                                   [](const mapping::Element& section) {
+                                       return section.kind != mapping::Kind::section;
+                                   }));
+
 bool applySection(CmdSetConfiguration& command, const XmlNode& node) {
     if (const auto* handler = document::rowFor(kSectionHandlers, node)) {
         return handler->apply(command, node);

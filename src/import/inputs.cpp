@@ -39,6 +39,7 @@ namespace {
 constexpr const Element& kInputId = mapping::rowNamed(mapping::kInput, "inputId");
 constexpr const Element& kActive = mapping::rowNamed(mapping::kInput, "active");
 constexpr const Element& kType = mapping::rowNamed(mapping::kInput, "type");
+constexpr const Element& kFrequency = mapping::rowNamed(mapping::kSatelliteTuner, "frequency");
 
 // How standard output calls the children of every type of input.
 struct ProgressName {
@@ -47,6 +48,8 @@ struct ProgressName {
 };
 
 constexpr ProgressName kProgressNames[] = {{"type", "Type"}, {"tsid", "TSID"}, {"onid", "ONID"}};
+
+static_assert(mapping::nameOnly(kProgressNames, mapping::kInput));
 
 // The error of a text that cannot be taken.
 bool failOnInputValue(CmdSetConfiguration& command, const Element& element) {
@@ -182,7 +185,7 @@ class InputImport {
             applyToInput(*element, child);
             return true;
         }
-        frequencyGiven_ |= document::hasName(child, "frequency");
+        frequencyGiven_ |= document::hasName(child, kFrequency.name);
         return applyToTuners(child);
     }
 

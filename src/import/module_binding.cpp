@@ -30,6 +30,10 @@ constexpr KindPart kKindParts[] = {
     {"isMaster", &ModuleKind::master},
 };
 
+static_assert(mapping::nameExactly(kKindParts, mapping::kModule, [](const Element& element) {
+    return element.take == mapping::Take::key && !element.identity;
+}));
+
 // Whether all is known that a module is found by.
 bool isComplete(const ModuleEntry& entry) {
     if (!documentsGiveKinds()) {

@@ -49,6 +49,8 @@ bool checkAmount(CmdSetConfiguration& command, std::size_t headendModules,
 }
 
 constexpr const Element& kRfOutputMode = mapping::rowNamed(mapping::kModule, "modoSalidaRF");
+constexpr const Element& kInputs = mapping::rowNamed(mapping::kModule, "inputs");
+constexpr const Element& kOutputs = mapping::rowNamed(mapping::kModule, "outputs");
 
 // Writes one module's settings and the sections inside it.
 class ModuleImport {
@@ -79,7 +81,7 @@ class ModuleImport {
             return true;
         }
         if (element->take == mapping::Take::children) {
-            return applySection(child);
+            return applySection(*element, child);
         }
         change_.take(*element, child);
         if (element->label != nullptr) {
@@ -97,11 +99,11 @@ class ModuleImport {
                                                      : document::textOf(child);
     }
 
-    bool applySection(const XmlNode& section) {
-        if (document::hasName(section, "inputs")) {
+    bool applySection(const Element& element, const XmlNode& section) {
+        if (&element == &kInputs) {
             return apply::inputs(command_, mac_, section);
         }
-        if (document::hasName(section, "outputs")) {
+        if (&element == &kOutputs) {
             return apply::outputs(command_, mac_, rfOutputMode_, section);
         }
         command_.load(section);

@@ -303,6 +303,27 @@ constexpr const auto& rowNamed(const AnyRows& rows, std::string_view name) {
     return *row;
 }
 
+// Whether every one of `rows` names one of the elements.
+template <class AnyRows>
+constexpr bool nameOnly(const AnyRows& rows, Elements elements) {
+    return std::all_of(std::begin(rows), std::end(rows), [elements](const auto& each) {
+        return std::any_of(elements.begin(), elements.end(),
+                           [&each](const Element& element) { return isNamed(element, each.name); });
+    });
+}
+
+// Whether `rows` name the elements that `isMeant(element)`, each of them once, and no others.
+template <class AnyRows, class IsMeant>
+constexpr bool nameExactly(const AnyRows& rows, Elements elements, IsMeant isMeant) {
+    return nameOnly(rows, elements) &&
+           std::all_of(elements.begin(), elements.end(), [&](const Element& element) {
+               const auto count =
+                   std::count_if(std::begin(rows), std::end(rows),
+                                 [&](const auto& each) { return isNamed(element, each.name); });
+               return count == (isMeant(element) ? 1 : 0);
+           });
+}
+
 // Visits the rows of all children, those of the parts last.
 template <class Visit>
 constexpr void forEachChild(const Element& parent, Visit visit) {
