@@ -45,11 +45,6 @@ bool isEmptyElement(const XmlNode& node) {
     return firstElement(node) == nullptr && textIn(node).empty();
 }
 
-int numberIn(const XmlNode& parent, const char* name) {
-    const XmlNode* child = document::childNamed(parent, name);
-    return child == nullptr ? 0 : document::numberOf(*child);
-}
-
 template <class Test>
 bool anyElement(const Document& document, Test test) {
     return anyBelow(document.configuration(), test);
@@ -166,12 +161,21 @@ bool guideHasNoNumber(const Document& document, const Plan&) {
     });
 }
 
+// Whether the import refuses a network's NIT pattern.
+bool hasOddNitPattern(const XmlNode& network) {
+    mapping::NitPattern pattern;
+    for (const XmlNode* node = firstElement(network); node != nullptr; node = nextElement(*node)) {
+        const mapping::Element* row = mapping::elementOf(mapping::kDvbNetwork, *node);
+        if (row != nullptr && !pattern.allows(*row, document::numberOf(*node))) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool nitPatternIsOdd(const Document& document, const Plan&) {
     return anyElement(document, [](const XmlNode& node) {
-        const int pattern = isNamed(node, "dvbNetwork") ? numberIn(node, "nitPatron") : 0;
-        return isNamed(node, "dvbNetwork") &&
-               ((pattern == 0 && numberIn(node, "versionNITPatron") != 0) ||
-                (pattern > 1 && numberIn(node, "tipoNITPatron") == 0));
+        return isNamed(node, "dvbNetwork") && hasOddNitPattern(node);
     });
 }
 

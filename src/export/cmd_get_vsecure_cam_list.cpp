@@ -26,11 +26,7 @@ void writeCams(document::Writer& out, sqlite3* db, bool includePublicKeys, bool 
             .with(mapping::When::fullList, fullRecords);
     for (const auto& cam : tarvodb::doSelect<VSecure>(db)) {
         out.open(mapping::kCams[0].name);
-        writeChildren(out, mapping::kCam, cam, conditions,
-                      [&](const mapping::Element& hasPublicKey) {
-                          const bool hasKey = *cam[VSecure::K_Publica].textOrEmpty() != '\0';
-                          out.leaf(hasPublicKey.name, hasKey ? "1" : "0");
-                      });
+        writeLeaves(out, mapping::kCam, cam, conditions);
         out.close();
     }
 }

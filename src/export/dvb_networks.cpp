@@ -1,6 +1,7 @@
 // The DVB networks with the versions of their SI tables.
 #include "mapping/dvb_networks.h"
 
+#include <optional>
 #include <string>
 
 #include "db/operations.h"
@@ -27,33 +28,24 @@ namespace {
 constexpr std::size_t kReceivedVersionByte = 5;
 constexpr std::size_t kGeneratedVersionByte = 16 + kReceivedVersionByte;
 
-struct ReceivedTable {
-    const char* name;
-    const char* file;
-};
+// The path of a table's file. Nothing for a network whose identifier names none.
+std::optional<std::string> pathOf(const mapping::SiTable& table, const std::string& nid) {
+    if (!table.ofNetwork) {
+        return std::string(tarvodb::kSiTableFolder) + table.file;
+    }
+    return tarvodb::namesSiTableFile(nid)
+               ? std::optional(std::string(tarvodb::kSiTableFolder) + table.file + nid)
+               : std::nullopt;
+}
 
-constexpr ReceivedTable kReceivedTables[] = {
-    {"InputVersionNIT", "NIT_table_CPLUS"},
-    {"InputVersionBAT", "BAT_table_CPLUS"},
-};
-
-std::string siTableFile(const std::string& name) { return tarvodb::kSiTableFolder + name; }
-
-std::string tableVersion(const Element& element, const std::string& path, std::size_t versionByte) {
-    const std::string content = platform::readFile(path).value_or("");
+std::string tableVersion(const Element& element, const std::optional<std::string>& path) {
+    const std::size_t versionByte =
+        element.siTable.ofNetwork ? kGeneratedVersionByte : kReceivedVersionByte;
+    const std::string content = path ? platform::readFile(*path).value_or("") : "";
     if (content.size() <= versionByte) {
         return element.unknown;
     }
     return std::to_string((static_cast<unsigned char>(content[versionByte]) >> 1) & 0x1F);
-}
-
-std::string outputFile(const std::string& nid) { return siTableFile(tarvodb::kNitTable + nid); }
-
-// An identifier that names no file has a table that is not found.
-std::string outputVersion(const Element& element, const std::string& nid) {
-    return tarvodb::namesSiTableFile(nid)
-               ? tableVersion(element, outputFile(nid), kGeneratedVersionByte)
-               : element.unknown;
 }
 
 void writePidMask(document::Writer& out, const Element& element, int mask) {
@@ -64,21 +56,20 @@ void writePidMask(document::Writer& out, const Element& element, int mask) {
     out.close();
 }
 
-void writeSiTable(document::Writer& out, const Element& element, const std::string& nid) {
-    if (mapping::isNamed(element, "OutputNITDate")) {
-        const auto time = platform::modificationTime(outputFile(nid));
-        if (time && tarvodb::namesSiTableFile(nid)) {
-            out.leaf(element.name, platform::localTimeText(*time, "%d-%m-%y %H:%M:%S").c_str());
-        }
-        return;
+void writeDate(document::Writer& out, const Element& element,
+               const std::optional<std::string>& path) {
+    if (const auto time = path ? platform::modificationTime(*path) : std::nullopt) {
+        out.leaf(element.name, platform::localTimeText(*time, "%d-%m-%y %H:%M:%S").c_str());
     }
-    const std::string version =
-        mapping::isNamed(element, "OutputVersionNIT")
-            ? outputVersion(element, nid)
-            : tableVersion(element,
-                           siTableFile(mapping::rowNamed(kReceivedTables, element.name).file),
-                           kReceivedVersionByte);
-    out.leaf(element.name, version.c_str());
+}
+
+void writeSiTable(document::Writer& out, const Element& element, const std::string& nid) {
+    const auto path = pathOf(element.siTable, nid);
+    if (mapping::isNamed(element, "OutputNITDate")) {
+        writeDate(out, element, path);
+    } else {
+        out.leaf(element.name, tableVersion(element, path).c_str());
+    }
 }
 
 }  // namespace

@@ -38,8 +38,9 @@ void writeLeaf(document::Writer& out, const Element& element, const tarvodb::Row
     }
 }
 
-void writeLeaves(document::Writer& out, mapping::Elements elements, const tarvodb::Row& record) {
-    writeChildren(out, elements, record, {}, [](const Element&) {});
+void writeLeaves(document::Writer& out, mapping::Elements elements, const tarvodb::Row& record,
+                 Conditions conditions) {
+    writeChildren(out, elements, record, conditions, [](const Element&) {});
 }
 
 }  // namespace tarvo_remote_control

@@ -37,6 +37,9 @@ bool isExported(const mapping::Element& element);
 // column's table.
 void writeLeaf(document::Writer& out, const mapping::Element& element, const tarvodb::Row& record);
 
+// Whether the value is neither NULL nor the empty text.
+inline bool hasText(const tarvodb::tSqlite3parent& value) { return *value.textOrEmpty() != '\0'; }
+
 // Writes the children of one element, in the order of their rows. Leaves of the record's table are
 // written here; all others, and those that are written specially, by `writeOther(element)`.
 template <class WriteOther>
@@ -48,6 +51,8 @@ void writeChildren(document::Writer& out, mapping::Elements elements, const tarv
         }
         if (element.constant != nullptr) {
             out.leaf(element.name, element.constant);
+        } else if (element.presenceOf.isOf(record.table())) {
+            out.leaf(element.name, hasText(record.value(element.presenceOf.index)) ? "1" : "0");
         } else if (element.writtenSpecially || !element.column.isOf(record.table())) {
             writeOther(element);
         } else {
@@ -57,7 +62,8 @@ void writeChildren(document::Writer& out, mapping::Elements elements, const tarv
 }
 
 // As above, where all children are leaves of the record's table.
-void writeLeaves(document::Writer& out, mapping::Elements elements, const tarvodb::Row& record);
+void writeLeaves(document::Writer& out, mapping::Elements elements, const tarvodb::Row& record,
+                 Conditions conditions = {});
 
 // Writes a list with one entry per record.
 template <class Table>

@@ -23,24 +23,11 @@ using Service = tarvodb::ServiciosSalidaGlobal;
 
 namespace {
 
-// A live state, shown when the service's column `enabledBy` is 1 and `validBit` is set.
-struct LiveState {
-    const char* name;
-    Service::Column enabledBy;
-    int validBit;
-    int errorBit;
-};
-
-constexpr LiveState kLiveStates[] = {
-    {"decrytStatus", Service::Descifrar, 0x10, 0x20},
-    {"transcodingStatus", Service::Transcoding, 0x40, 0x80},
-};
-
 void writeStates(document::Writer& out, const Record<Service>& service, int bits) {
     for (const Element& element : mapping::kServiceStatus) {
-        const LiveState& state = mapping::rowNamed(kLiveStates, element.name);
-        if (service[state.enabledBy].asInt() == 1 && (bits & state.validBit) != 0) {
-            const int error = (bits & state.errorBit) != 0 ? 1 : 0;
+        const mapping::StateBits& state = element.stateBits;
+        if (service.value(state.enabledBy.index).asInt() == 1 && (bits & state.valid) != 0) {
+            const int error = (bits & state.error) != 0 ? 1 : 0;
             out.leaf(element.name, document::codeText(element.texts, error));
         }
     }

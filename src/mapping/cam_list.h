@@ -18,7 +18,10 @@ inline constexpr Element kCam[] = {
      .take = Take::key,
      .required = {.missing = "No 'serialNumber' element found"},
      .identity = true},
-    {.name = "hasPublicKey", .take = Take::ignored, .form = Form::onOff, .writtenSpecially = true},
+    {.name = "hasPublicKey",
+     .take = Take::ignored,
+     .form = Form::onOff,
+     .presenceOf = tarvodb::VSecure::K_Publica},
     // Imported without its white space. A module with another key is processed again.
     {.name = "publicKey",
      .column = tarvodb::VSecure::K_Publica,

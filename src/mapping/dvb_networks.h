@@ -2,6 +2,7 @@
 #pragma once
 
 #include "db/schema.h"
+#include "db/si_tables.h"
 #include "document/coded_texts.h"
 #include "mapping/element.h"
 
@@ -38,15 +39,18 @@ constexpr Element networkNumber(const char* name, tarvodb::RedesCabecera::Column
 }
 
 // The version of an SI table, which its file tells.
-constexpr Element siTableVersion(const char* name, ExportedBy exportedBy) {
+constexpr Element siTableVersion(const char* name, SiTable table, ExportedBy exportedBy) {
     return {.name = name,
             .take = Take::ignored,
             .unknown = document::kNoSiTable,
             .form = Form::number,
             .exportedBy = exportedBy,
             .writtenSpecially = true,
-            .liveState = true};
+            .liveState = true,
+            .siTable = table};
 }
+
+inline constexpr SiTable kOutputNit{.file = tarvodb::kNitTable, .ofNetwork = true};
 
 inline constexpr Element kDvbNetwork[] = {
     {.name = "id",
@@ -74,16 +78,17 @@ inline constexpr Element kDvbNetwork[] = {
     pidMask("autoBlockPIDs", tarvodb::RedesCabecera::Block_PIDs, "autoBlockPIDsMask="),
     pidMask("autoDecryptPIDs", tarvodb::RedesCabecera::Decrypt_PIDs,
             "autoDecryptPIDsMask=", ExportedBy::exceptWvxb),
-    siTableVersion("InputVersionNIT", ExportedBy::familyA),
-    siTableVersion("InputVersionBAT", ExportedBy::familyA),
-    siTableVersion("OutputVersionNIT", ExportedBy::exceptRnb),
-    // When the output NIT's file was written, in local time.
+    siTableVersion("InputVersionNIT", {.file = "NIT_table_CPLUS"}, ExportedBy::familyA),
+    siTableVersion("InputVersionBAT", {.file = "BAT_table_CPLUS"}, ExportedBy::familyA),
+    siTableVersion("OutputVersionNIT", kOutputNit, ExportedBy::exceptRnb),
+    // When the file was written, in local time.
     {.name = "OutputNITDate",
      .take = Take::ignored,
      .exportedBy = ExportedBy::exceptRnb,
      .when = When::fileExists,
      .writtenSpecially = true,
-     .liveState = true},
+     .liveState = true,
+     .siTable = kOutputNit},
 };
 
 inline constexpr const Element& kNitPatternType = rowNamed(kDvbNetwork, "tipoNITPatron");

@@ -131,6 +131,20 @@ struct Requirement {
     const char* outOfRangeDebugLine = nullptr;  // the debug log's own line, if it has one
 };
 
+// Bits in which the device reports a state.
+struct StateBits {
+    Column enabledBy = {};  // there is a state where this column is 1
+    int valid = 0;          // and this bit is set
+    int error = 0;          // then set for an error, code 1
+};
+
+// A file among those of the SI tables.
+struct SiTable {
+    const char* file = nullptr;
+    // The headend's own, one for each network: the file's name ends with the network's identifier.
+    bool ofNetwork = false;
+};
+
 struct Element;
 struct Part;
 
@@ -184,6 +198,8 @@ struct Element {
     const char* constant = nullptr;
     // Exported as 1 for any number above 0, as 0 for the others.
     bool exportedAsOnOff = false;
+    // Exported as 1 when this column has a text, as 0 when it has none.
+    Column presenceOf = {};
     // On RNB-K408 exported with this in front of it, unless it is empty.
     const char* rnbPrefix = nullptr;
     // Exported as the section's writer says: more than a column's text.
@@ -192,11 +208,16 @@ struct Element {
     bool perRow = false;
     // What the device reports of itself, not what it is set to.
     bool liveState = false;
+    // Where the device reports it.
+    StateBits stateBits = {};
+    SiTable siTable = {};
     // Not to be shown to everybody.
     bool secret = false;
 
     // The import refuses numbers outside.
     Range range = {};
+    // As range, unless it is the number that is stored.
+    Range rangeOfOther = {};
     Requirement required = {};
     // The error of a refused text is recorded as one of an output, but logged as one of an input.
     bool refusedAsOutput = false;

@@ -20,18 +20,21 @@ inline constexpr Element kPidOrder[] = {
 inline constexpr Element kPidOrders[] = {entry("pidOrder", kPidOrder)};
 
 // From the bits of the service as it is received.
-constexpr Element serviceState(const char* name) {
+constexpr Element serviceState(const char* name, StateBits bits) {
     return {.name = name,
             .take = Take::ignored,
             .texts = document::kServiceState,
             .writtenSpecially = true,
             .perRow = true,
-            .liveState = true};
+            .liveState = true,
+            .stateBits = bits};
 }
 
 inline constexpr Element kServiceStatus[] = {
-    serviceState("decrytStatus"),  // spelled so
-    serviceState("transcodingStatus"),
+    // The name is spelled so.
+    serviceState("decrytStatus", {.enabledBy = Service::Descifrar, .valid = 0x10, .error = 0x20}),
+    serviceState("transcodingStatus",
+                 {.enabledBy = Service::Transcoding, .valid = 0x40, .error = 0x80}),
 };
 
 constexpr Element serviceNumber(const char* name, Service::Column column, const char* label,
@@ -71,8 +74,11 @@ inline constexpr Element kService[] = {
     {"inputName", Service::NombreEntrada, Take::text, "outputSid: "},  // kept as it is
     serviceNumber("forcedName", Service::NombreForzado, " forcedName: ", ExportedBy::all),
     {"outputName", Service::NombreSalida, Take::text, " outputName: "},
-    // Another LCN must be above 0.
-    {"lcn", Service::LCN, Take::special, " lcn: "},
+    {.name = "lcn",
+     .column = Service::LCN,
+     .take = Take::special,
+     .label = " lcn: ",
+     .rangeOfOther = {.lowest = 1}},
     serviceNumber("olcn", Service::OLCN, " olcn: "),
     serviceNumber("simulcastLcn", Service::SimulcastLCN, " simulcastLcn: "),
     serviceNumber("forcedLcn", Service::LCNForzado, " forcedLcn: "),

@@ -145,6 +145,8 @@ TEST(Asymmetries, OfANitPatternAreOfAVersionWithoutANumberAndOfANumberWithoutATy
     };
     EXPECT_TRUE(meets(kWhat, network("<versionNITPatron>3</versionNITPatron>")));
     EXPECT_TRUE(meets(kWhat, network("<nitPatron>2</nitPatron>")));
+    // The import reads them in their order.
+    EXPECT_TRUE(meets(kWhat, network("<nitPatron>2</nitPatron><tipoNITPatron>1</tipoNITPatron>")));
     EXPECT_FALSE(meets(kWhat, network("<nitPatron>1</nitPatron>")));
     EXPECT_FALSE(meets(kWhat, network("<tipoNITPatron>1</tipoNITPatron><nitPatron>2</nitPatron>")));
     EXPECT_FALSE(meets(kWhat, network("")));
