@@ -100,6 +100,26 @@ TEST(ChildOf, LooksIntoTheParts) {
     EXPECT_EQ(childOf(kOutputs[0], "lcn"), nullptr);
 }
 
+TEST(NameExactly, IsEachMeantElementOnceAndNoOther) {
+    struct Named {
+        const char* name;
+    };
+    const auto isNumber = [](const Element& element) { return formOf(element) == Form::number; };
+    const Named lnb[] = {{"oscBandaSatelite"}, {"oscLowFreq"}, {"oscHighFreq"}, {"oscBandaCFreq"}};
+    EXPECT_TRUE(nameExactly(lnb, kLnb, isNumber));
+    EXPECT_FALSE(nameExactly(lnb, kMaintenance, isNumber));
+    const Named one[] = {{"oscLowFreq"}};
+    EXPECT_TRUE(nameOnly(one, kLnb));
+    EXPECT_FALSE(nameExactly(one, kLnb, isNumber));
+    const Named twice[] = {{"hour"}, {"min"}, {"min"}};
+    EXPECT_FALSE(nameExactly(twice, kMaintenance, isNumber));
+    const Named further[] = {{"hour"}, {"min"}, {"active"}};
+    EXPECT_TRUE(nameOnly(further, kMaintenance));
+    EXPECT_FALSE(nameExactly(further, kMaintenance, isNumber));
+    const Named unknown[] = {{"hour"}, {"MIN"}};
+    EXPECT_FALSE(nameOnly(unknown, kMaintenance));
+}
+
 TEST(RowNamed, MustBeThere) {
     EXPECT_STREQ(rowNamed(kNetwork, "ip").name, "ip");
     EXPECT_THROW(rowNamed(kNetwork, "IP"), std::out_of_range);
