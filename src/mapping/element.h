@@ -171,6 +171,8 @@ class Rows {
 using Elements = Rows<Element>;
 using Parts = Rows<Part>;
 
+// Not every section obeys every member of its rows: which ones say something to it is in
+// mapping/obeyed.cpp, where the compiler refuses a row that says more.
 struct Element {
     const char* name;
 
