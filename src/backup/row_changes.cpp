@@ -137,7 +137,7 @@ constexpr MarkMeaning kMeanings[] = {
 
 bool isMark(const MarkMeaning& known, const RowChange& row, const CellChange& cell) {
     const tarvodb::TableInfo& table = *known.column.table;
-    return row.table == table.name && cell.column == table.columns[known.column.index].name &&
+    return row.table == table.name && cell.column == table.columns[known.column.index] &&
            cell.after == std::to_string(known.mark);
 }
 

@@ -70,16 +70,15 @@ std::string codedAttemptText(int code, const std::string& text, int attempt) {
 
 std::string joinedColumnNames(const TableInfo& table) {
     std::string names;
-    for (const ColumnInfo& column : table.columns) {
+    for (const std::string_view column : table.columns) {
         names += names.empty() ? "" : ", ";
-        names += column.name;
+        names += column;
     }
     return names;
 }
 
 std::string keyCondition(const Row& row) {
-    return " WHERE " + std::string(row.table().columns.front().name) + " = " +
-           quoted(row.key().text());
+    return " WHERE " + std::string(row.table().columns.front()) + " = " + quoted(row.key().text());
 }
 
 }  // namespace
@@ -148,7 +147,7 @@ bool update(Row& row, sqlite3* db) {
             row.setValue(column, tSqlite3parent(std::move(text)));
         }
         assignments += assignments.empty() ? "" : ",";
-        assignments += " " + std::string(table.columns[column].name) + " = " +
+        assignments += " " + std::string(table.columns[column]) + " = " +
                        quoted(row.value(column).text()) + " ";
     }
     if (assignments.empty()) {

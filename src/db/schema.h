@@ -1,5 +1,5 @@
-// Every table that the program reads or writes, one description each: the columns in stored order,
-// their kinds and the operations that the table has.
+// Every table that the program reads or writes, one description each: the columns in stored order
+// and the operations that the table has.
 //
 // The files are made and shared by other programs of the device; this program never creates a
 // table. Cells are read by position, so the order is part of the contract, and a table that has
@@ -8,6 +8,9 @@
 // Names are the device's own. `fk_id` + a table's stem refers to a row of that table, `MAC` to the
 // module (a row of RedesModulos) that the row belongs to.
 #pragma once
+
+#include <array>
+#include <string_view>
 
 #include "db/table.h"
 
@@ -18,7 +21,6 @@ namespace tarvodb {
 // Settings of the headend as key and value.
 struct configuracionWebGlobal {
     TARVO_COLUMNS(idConfiguracionGlobal, nombre, valor, aplicarBackup);
-    static constexpr auto columns = withTextColumns(integerColumns, {nombre, valor});
     static constexpr TableInfo info{"configuracionWebGlobal", columns,
                                     Operation::select | Operation::insert | Operation::update};
 };
@@ -27,7 +29,6 @@ struct configuracionWebGlobal {
 struct MantenimientoHomeChannelsGlobal {
     TARVO_COLUMNS(idMantenimiento, Frequency, Orbita, Polaridad, Banda, SymbolRate, ONID, TSID,
                   Estado);
-    static constexpr auto columns = integerColumns;
     static constexpr TableInfo info{"MantenimientoHomeChannelsGlobal", columns,
                                     Operation::select | Operation::insert | Operation::deleteAll};
 };
@@ -38,7 +39,6 @@ struct RedesCabecera {
                   Auto_Service_List, LCN_Offset, LCN_Mode, LCN_Type, Force_ServiceName, NIT_Version,
                   NIT_Data_Source, TV_Type, CI_TV_Type, LG_comp_VSecure, Block_PIDs, Decrypt_PIDs,
                   CellID, NIT_Follow, estado);
-    static constexpr auto columns = withTextColumns(integerColumns, {NombreRed});
     static constexpr TableInfo info{"RedesCabecera", columns,
                                     Operation::select | Operation::insert | Operation::deleteAll};
 };
@@ -48,15 +48,12 @@ struct RedesModulos {
     TARVO_COLUMNS(idRedMod, MAC, HostName, LabelName, RED, Familia, Modelo, Master, HWVersion,
                   NumeroSerie, PairedHost, Atenuacion, ResetFactory, NFS_Server, UpgradeCounter,
                   ModoSalidaRF, estado);
-    static constexpr auto columns = withTextColumns(
-        integerColumns, {MAC, HostName, LabelName, HWVersion, NumeroSerie, PairedHost});
     static constexpr TableInfo info{"RedesModulos", columns, Operation::select | Operation::update};
 };
 
 // Positions of the satellite dish switch.
 struct DiSEqCGlobal {
     TARVO_COLUMNS(idDiSEqCGlobal, Nombre, Posicion, Orbita, Polaridad, Banda, Estado);
-    static constexpr auto columns = withTextColumns(integerColumns, {Nombre});
     static constexpr TableInfo info{"DiSEqCGlobal", columns,
                                     Operation::select | Operation::insert | Operation::deleteAll};
 };
@@ -64,7 +61,6 @@ struct DiSEqCGlobal {
 // Preferred audio languages.
 struct AudioLanguageListGlobal {
     TARVO_COLUMNS(idALLG, AudioCode);
-    static constexpr auto columns = withTextColumns(integerColumns, {AudioCode});
     static constexpr TableInfo info{"AudioLanguageListGlobal", columns,
                                     Operation::select | Operation::insert | Operation::deleteAll};
 };
@@ -72,7 +68,6 @@ struct AudioLanguageListGlobal {
 // Output scrambling systems. Mode holds on (1) or off (0).
 struct ScramblingGlobal {
     TARVO_COLUMNS(idScrambling, ScramblingName, Mode, Estado);
-    static constexpr auto columns = withTextColumns(integerColumns, {ScramblingName});
     static constexpr TableInfo info{"ScramblingGlobal", columns,
                                     Operation::select | Operation::insert | Operation::update};
 };
@@ -81,8 +76,6 @@ struct ScramblingGlobal {
 struct ScramblingKeysGlobal {
     TARVO_COLUMNS(idScramblingKeys, Mode, Frequency, System, Odd, Even, K_Shared, EK_Odd, EK_Even,
                   Date, Estado);
-    static constexpr auto columns =
-        withTextColumns(integerColumns, {System, Odd, Even, K_Shared, EK_Odd, EK_Even, Date});
     static constexpr TableInfo info{"ScramblingKeysGlobal", columns,
                                     Operation::select | Operation::insert | Operation::update};
 };
@@ -91,7 +84,6 @@ struct ScramblingKeysGlobal {
 struct NimGlobal {
     TARVO_COLUMNS(idNimGlobal, MAC, Frequency, SymbolRate, banda_FI, fe, STANDBY, DiSEqC, RFIN_LOOP,
                   fk_idEntradasGlobal, fk_idNim, ModoPLS, ScramblingID, StreamID, Estado);
-    static constexpr auto columns = withTextColumns(integerColumns, {MAC});
     static constexpr TableInfo info{"NimGlobal", columns, Operation::select | Operation::update};
 };
 
@@ -100,7 +92,6 @@ struct NimCOFDMGlobal {
     TARVO_COLUMNS(idNimCOFDMGlobal, MAC, Frequency, Bandwidth, Hierarchy, trackingStatusEn,
                   TSID_Tracking, ONID_Tracking, STANDBY, fk_idEntradasGlobal, fk_idNimCOFDM, PLP_ID,
                   Estado);
-    static constexpr auto columns = withTextColumns(integerColumns, {MAC});
     static constexpr TableInfo info{"NimCOFDMGlobal", columns,
                                     Operation::select | Operation::update};
 };
@@ -109,7 +100,6 @@ struct NimCOFDMGlobal {
 struct NimQAMGlobal {
     TARVO_COLUMNS(idNimQAMGlobal, MAC, Frequency, SymbolRate, Constelacion, STANDBY,
                   fk_idEntradasGlobal, fk_idNimQAM, Estado);
-    static constexpr auto columns = withTextColumns(integerColumns, {MAC});
     static constexpr TableInfo info{"NimQAMGlobal", columns, Operation::select | Operation::update};
 };
 
@@ -117,7 +107,6 @@ struct NimQAMGlobal {
 struct EntradasGlobal {
     TARVO_COLUMNS(idEntradasGlobal, MAC, tipoEntrada, TSID, ONID, Activo, ResumenNIT, fk_idEntrada,
                   Estado);
-    static constexpr auto columns = withTextColumns(integerColumns, {MAC, ResumenNIT});
     static constexpr TableInfo info{"EntradasGlobal", columns,
                                     Operation::select | Operation::update};
 };
@@ -126,7 +115,6 @@ struct EntradasGlobal {
 struct SalidasLogicasGlobal {
     TARVO_COLUMNS(idSalidasLogicasGlobal, MAC, TSID_Out, ONID_Out, tipoSalida, Activo,
                   fk_idSalidasLogicas, num_check_solapamientos, Estado);
-    static constexpr auto columns = withTextColumns(integerColumns, {MAC});
     static constexpr TableInfo info{"SalidasLogicasGlobal", columns,
                                     Operation::select | Operation::update};
 };
@@ -136,7 +124,6 @@ struct RFOutGlobal {
     TARVO_COLUMNS(idRFOutGlobal, MAC, Frecuencia, Symbol_Rate, Ancho_Banda, Modo_OFDM,
                   Intervalo_Guarda, Constelacion, Code_Rate, Espectro_Salida,
                   Modo_Salida_Modulacion, fk_idSalidasLogicasGlobal, fk_idRFOut, Estado);
-    static constexpr auto columns = withTextColumns(integerColumns, {MAC});
     static constexpr TableInfo info{"RFOutGlobal", columns, Operation::select | Operation::update};
 };
 
@@ -147,8 +134,6 @@ struct ServiciosSalidaGlobal {
                   Seleccionado, Especial, Orden, Descifrar, Transcoding, OLCN, LCN, LCNForzado,
                   SimulcastLCN, idEPG, DuplicadoClonado, SSU, PMT_pid, EstadoBorrado,
                   EstadoServicio);
-    static constexpr auto columns =
-        withTextColumns(integerColumns, {MAC, NombreEntrada, NombreSalida});
     static constexpr TableInfo info{"ServiciosSalidaGlobal", columns,
                                     Operation::select | Operation::insert | Operation::update};
 };
@@ -157,7 +142,6 @@ struct ServiciosSalidaGlobal {
 struct PIDsSalidaGlobal {
     TARVO_COLUMNS(idPSG, MAC, fk_idSSG, fk_idEntrada, fk_idSalidasLogicas, Orden, Tipo, StreamId,
                   AudioCode, EstadoPID, EstadoBorrado);
-    static constexpr auto columns = withTextColumns(integerColumns, {MAC, AudioCode});
     static constexpr TableInfo info{"PIDsSalidaGlobal", columns,
                                     Operation::select | Operation::insert | Operation::update};
 };
@@ -166,7 +150,6 @@ struct PIDsSalidaGlobal {
 struct Service_EPG {
     TARVO_COLUMNS(idService_EPG, ONID, TSID, SID, EPG, LCN, fk_idService_EPG_Satellite, Video_Type,
                   Video_peak_bitrate, Service_type, Nombre, Proveedor);
-    static constexpr auto columns = withTextColumns(integerColumns, {Nombre, Proveedor});
     static constexpr TableInfo info{"Service_EPG", columns,
                                     Operation::select | Operation::insert | Operation::deleteAll};
 };
@@ -174,7 +157,6 @@ struct Service_EPG {
 // Audio tracks of the programme guide's services.
 struct Service_EPG_audios {
     TARVO_COLUMNS(idService_EPG_audios_EPG, fk_idService_EPG, Language_code, Audio_Type, Estado);
-    static constexpr auto columns = withTextColumns(integerColumns, {Language_code});
     static constexpr TableInfo info{"Service_EPG_audios", columns,
                                     Operation::select | Operation::insert | Operation::deleteAll};
 };
@@ -182,7 +164,6 @@ struct Service_EPG_audios {
 // Channels that a programme guide's service replaces.
 struct Service_EPG_replacing {
     TARVO_COLUMNS(idService_EPG_replacing, fk_idService_EPG, replacing_epg_channel_id, Estado);
-    static constexpr auto columns = integerColumns;
     static constexpr TableInfo info{"Service_EPG_replacing", columns,
                                     Operation::select | Operation::insert | Operation::deleteAll};
 };
@@ -191,20 +172,19 @@ struct Service_EPG_replacing {
 struct Service_EPG_Satellite {
     TARVO_COLUMNS(idService_EPG_Satellite, TSID, ONID, Frequency, SymbolRate, Polaridad, Orbita,
                   West_East_Flag, Estado);
-    static constexpr auto columns = integerColumns;
     static constexpr TableInfo info{"Service_EPG_Satellite", columns,
                                     Operation::select | Operation::insert | Operation::deleteAll};
 };
 
 // --- State database (kStateDatabase), read by position ---
 //
-// Only the columns that are read have a name here, which says what the column holds.
+// Only the columns that are read have a name here, an enumerator that says what the column holds.
 
 // Input services as the device received them.
 struct ServiciosEntradaGlobal {
     enum Column { statusBits = 16 };
     friend constexpr const TableInfo& tableOf(Column) { return info; }
-    static constexpr auto columns = columnsByPosition("ITIIITTIIIIIIIIIIII");
+    static constexpr std::array<std::string_view, 19> columns{};
     static constexpr TableInfo info{"ServiciosEntradaGlobal", columns, Operation::select};
 };
 
@@ -212,7 +192,7 @@ struct ServiciosEntradaGlobal {
 struct ModulosCabecera {
     enum Column { softwareVersion = 11 };
     friend constexpr const TableInfo& tableOf(Column) { return info; }
-    static constexpr auto columns = columnsByPosition("ITTTTTTIITTTTTITTTTTIIIIIIIIIII");
+    static constexpr std::array<std::string_view, 31> columns{};
     static constexpr TableInfo info{"ModulosCabecera", columns, Operation::select};
 };
 
@@ -226,7 +206,7 @@ struct CAMInfoGlobal {
         rightsHours = 14
     };
     friend constexpr const TableInfo& tableOf(Column) { return info; }
-    static constexpr auto columns = columnsByPosition("ITIIIIIIIIITIIIIIIIIIIIIIIITTTIIIIII");
+    static constexpr std::array<std::string_view, 36> columns{};
     static constexpr TableInfo info{"CAMInfoGlobal", columns, Operation::select};
 };
 
@@ -234,7 +214,7 @@ struct CAMInfoGlobal {
 struct TempNIMGlobal {
     enum Column { inputNumber = 4, quality = 11, locked = 17 };
     friend constexpr const TableInfo& tableOf(Column) { return info; }
-    static constexpr auto columns = columnsByPosition("ITIIIIIIIIIIIIIIIII");
+    static constexpr std::array<std::string_view, 19> columns{};
     static constexpr TableInfo info{"TempNIMGlobal", columns, Operation::select};
 };
 
@@ -242,7 +222,7 @@ struct TempNIMGlobal {
 struct TempNIMCOFDMGlobal {
     enum Column { quality = 7, locked = 10 };
     friend constexpr const TableInfo& tableOf(Column) { return info; }
-    static constexpr auto columns = columnsByPosition("ITIIIIIIIIII");
+    static constexpr std::array<std::string_view, 12> columns{};
     static constexpr TableInfo info{"TempNIMCOFDMGlobal", columns, Operation::select};
 };
 
@@ -250,7 +230,7 @@ struct TempNIMCOFDMGlobal {
 struct TempNIMQAMGlobal {
     enum Column { quality = 7, locked = 12 };
     friend constexpr const TableInfo& tableOf(Column) { return info; }
-    static constexpr auto columns = columnsByPosition("ITIIIIIIIIIIII");
+    static constexpr std::array<std::string_view, 14> columns{};
     static constexpr TableInfo info{"TempNIMQAMGlobal", columns, Operation::select};
 };
 
@@ -260,7 +240,6 @@ struct TempNIMQAMGlobal {
 struct VSecure {
     TARVO_COLUMNS(idVSecure, Fabricante, idCliente, K_Publica, EK_Shared, Alta, Reintentos, Error,
                   Descripcion, estado);
-    static constexpr auto columns = asText(integerColumns);
     static constexpr TableInfo info{
         "VSecure", columns,
         Operation::select | Operation::insert | Operation::update | Operation::deleteAll};
@@ -271,7 +250,6 @@ struct VSecure {
 // Stored commands of the remote-control server.
 struct RCCommand {
     TARVO_COLUMNS(id, commandId, status, nextTime, schedule, command, result);
-    static constexpr auto columns = withTextColumns(integerColumns, {schedule, command, result});
     static constexpr TableInfo info{"RCCommand", columns,
                                     Operation::select | Operation::insert | Operation::update |
                                         Operation::deleteAll | Operation::deleteId};

@@ -9,13 +9,14 @@ namespace mapping {
 
 // A column that only a full list tells.
 constexpr Element fullListText(const char* name, tarvodb::VSecure::Column column) {
-    return {.name = name, .column = column, .when = When::fullList};
+    return {.name = name, .column = column, .form = Form::text, .when = When::fullList};
 }
 
 inline constexpr Element kCam[] = {
     {.name = "serialNumber",
      .column = tarvodb::VSecure::idCliente,
      .take = Take::key,
+     .form = Form::text,
      .required = {.missing = "No 'serialNumber' element found"},
      .identity = true},
     {.name = "hasPublicKey",
@@ -26,6 +27,7 @@ inline constexpr Element kCam[] = {
     {.name = "publicKey",
      .column = tarvodb::VSecure::K_Publica,
      .take = Take::special,
+     .form = Form::text,
      .when = When::publicKeysAskedFor,
      .derived = tarvodb::VSecure::EK_Shared},
     fullListText("manufacturer", tarvodb::VSecure::Fabricante),

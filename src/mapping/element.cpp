@@ -42,7 +42,7 @@ bool isExportedBy(ExportedBy exportedBy, std::string_view model) {
 }
 
 Form formOf(const Element& element) {
-    if (element.form != Form::ofColumn) {
+    if (element.form != Form::number) {
         return element.form;
     }
     if (element.take == Take::codeOrNumber) {
@@ -57,10 +57,7 @@ Form formOf(const Element& element) {
     if (element.kind != Kind::leaf) {
         return Form::none;
     }
-    return element.column.exists() && element.column.table->columns[element.column.index].kind ==
-                                          tarvodb::ColumnKind::integer
-               ? Form::number
-               : Form::text;
+    return Form::number;
 }
 
 Range importedRange(const Element& element) {

@@ -87,9 +87,8 @@ enum class Take {
 
 // What the text stands for. Import need not insist on it.
 enum class Form {
-    ofColumn,  // text or number, as the column is, unless there is a code table
+    number,  // unless there is a code table
     text,
-    number,
     onOff,    // 1 or 0
     address,  // dotted IPv4
     code,
@@ -192,7 +191,7 @@ struct Element {
     document::CodeTable dvbCTexts = {};
     // A text that is not in the table is imported as code 1. Otherwise it is refused.
     bool otherTextsAreOne = false;
-    Form form = Form::ofColumn;
+    Form form = Form::number;
 
     ExportedBy exportedBy = ExportedBy::all;
     When when = When::always;
@@ -285,7 +284,7 @@ constexpr Element secret(Element element) {
 // Whether controllers of this model export the element, as far as the model decides it.
 bool isExportedBy(ExportedBy exportedBy, std::string_view model);
 
-// The form, worked out from column and code table where the row leaves it open.
+// The form, worked out from code table and children where the row leaves it open.
 Form formOf(const Element& element);
 
 // The numbers that the import lets pass.

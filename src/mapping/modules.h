@@ -11,6 +11,11 @@
 
 namespace mapping {
 
+// A text that says which module it is; the import leaves it to the device.
+constexpr Element moduleText(const char* name, tarvodb::RedesModulos::Column column) {
+    return {.name = name, .column = column, .take = Take::ignored, .form = Form::text};
+}
+
 // A text that a module reports of its conditional-access module and the smart card in it.
 constexpr Element camText(const char* name, tarvodb::CAMInfoGlobal::Column column) {
     return {.name = name,
@@ -27,10 +32,14 @@ constexpr Element withRnbPrefix(const char* prefix, Element element) {
 }
 
 inline constexpr Element kModule[] = {
-    {"id", tarvodb::RedesModulos::HostName, Take::ignored},
+    moduleText("id", tarvodb::RedesModulos::HostName),
     // The import binds an element to one of the headend's modules by its MAC or, for a module that
     // replaces another, by isMaster, family and model; on RNB-K408 by its MAC, or to any.
-    {.name = "mac", .column = tarvodb::RedesModulos::MAC, .take = Take::key, .identity = true},
+    {.name = "mac",
+     .column = tarvodb::RedesModulos::MAC,
+     .take = Take::key,
+     .form = Form::text,
+     .identity = true},
     {.name = "isMaster",
      .column = tarvodb::RedesModulos::Master,
      .take = Take::key,
@@ -38,6 +47,7 @@ inline constexpr Element kModule[] = {
     {.name = "name",
      .column = tarvodb::RedesModulos::LabelName,
      .label = " name: ",
+     .form = Form::text,
      .exportedBy = ExportedBy::exceptRnb},
     {.name = "family",
      .column = tarvodb::RedesModulos::Familia,
@@ -53,7 +63,7 @@ inline constexpr Element kModule[] = {
      .take = Take::number,
      .label = " modoSalidaRF: ",
      .exportedBy = ExportedBy::exceptRnb},
-    {"serialNumber", tarvodb::RedesModulos::NumeroSerie, Take::ignored},
+    moduleText("serialNumber", tarvodb::RedesModulos::NumeroSerie),
     camText("CAMSerialNumber", tarvodb::CAMInfoGlobal::camSerialNumber),
     camText("CAMVersion", tarvodb::CAMInfoGlobal::camVersion),
     withRnbPrefix("000", camText("CardSerialNumber", tarvodb::CAMInfoGlobal::cardSerialNumber)),
@@ -74,10 +84,11 @@ inline constexpr Element kModule[] = {
      .exportedBy = ExportedBy::familyAOrWvxa,
      .when = When::moduleReportsCam,
      .liveState = true},
-    {"hwVersion", tarvodb::RedesModulos::HWVersion, Take::ignored},
+    moduleText("hwVersion", tarvodb::RedesModulos::HWVersion),
     {.name = "swVersion",
      .column = tarvodb::ModulosCabecera::softwareVersion,
      .take = Take::ignored,
+     .form = Form::text,
      .writtenSpecially = true,
      .perRow = true},
     {"attenuation", tarvodb::RedesModulos::Atenuacion, Take::number, "attenuation: "},

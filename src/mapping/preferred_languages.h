@@ -7,7 +7,10 @@
 namespace mapping {
 
 inline constexpr Element kPreferredLanguages[] = {
-    {.name = "language", .column = tarvodb::AudioLanguageListGlobal::AudioCode, .identity = true},
+    {.name = "language",
+     .column = tarvodb::AudioLanguageListGlobal::AudioCode,
+     .form = Form::text,
+     .identity = true},
 };
 
 }  // namespace mapping

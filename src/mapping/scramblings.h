@@ -13,13 +13,15 @@ using ScramblingKeys = tarvodb::ScramblingKeysGlobal;
 // A control word. Its encrypted form stays on the device, whose key tool makes it anew.
 constexpr Element controlWord(const char* name, ScramblingKeys::Column column,
                               ScramblingKeys::Column encrypted) {
-    return {.name = name, .column = column, .secret = true, .derived = encrypted};
+    return {
+        .name = name, .column = column, .form = Form::text, .secret = true, .derived = encrypted};
 }
 
 inline constexpr Element kScrambling[] = {
     {.name = "name",
      .column = ScramblingKeys::System,
      .take = Take::ignored,
+     .form = Form::text,
      .required = {.missing = "scrambling has no name field"},
      .identity = true},
     // Exported as 0 for a system without a row.
@@ -35,7 +37,7 @@ inline constexpr Element kScrambling[] = {
     {"frequency", ScramblingKeys::Frequency},
     controlWord("oddKey", ScramblingKeys::Odd, ScramblingKeys::EK_Odd),
     controlWord("evenKey", ScramblingKeys::Even, ScramblingKeys::EK_Even),
-    {"date", ScramblingKeys::Date},
+    {.name = "date", .column = ScramblingKeys::Date, .form = Form::text},
 };
 
 inline constexpr Element kScramblings[] = {entry("scrambling", kScrambling)};

@@ -33,7 +33,9 @@ inline constexpr Part kSatelliteEpgParts[] = {
 };
 
 inline constexpr Element kAudiosEpg[] = {
-    {"languageCode", tarvodb::Service_EPG_audios::Language_code},
+    {.name = "languageCode",
+     .column = tarvodb::Service_EPG_audios::Language_code,
+     .form = Form::text},
     {"audioType", tarvodb::Service_EPG_audios::Audio_Type},
 };
 inline constexpr Element kAudiosEpgs[] = {entry("audiosEPG", kAudiosEpg)};
@@ -52,8 +54,8 @@ inline constexpr Element kServiceEpg[] = {
     {"videoType", tarvodb::Service_EPG::Video_Type},
     {"videoPeakBitrate", tarvodb::Service_EPG::Video_peak_bitrate},
     {"serviceType", tarvodb::Service_EPG::Service_type},
-    {"name", tarvodb::Service_EPG::Nombre},
-    {"provider", tarvodb::Service_EPG::Proveedor},
+    {.name = "name", .column = tarvodb::Service_EPG::Nombre, .form = Form::text},
+    {.name = "provider", .column = tarvodb::Service_EPG::Proveedor, .form = Form::text},
     {.name = "satelliteEPG",
      .take = Take::children,
      .kind = Kind::section,

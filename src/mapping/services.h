@@ -12,7 +12,11 @@ using Stream = tarvodb::PIDsSalidaGlobal;
 
 // The import knows a stream by all but its order.
 inline constexpr Element kPidOrder[] = {
-    {.name = "languageCode", .column = Stream::AudioCode, .take = Take::key, .identity = true},
+    {.name = "languageCode",
+     .column = Stream::AudioCode,
+     .take = Take::key,
+     .form = Form::text,
+     .identity = true},
     {.name = "streamId", .column = Stream::StreamId, .take = Take::key, .identity = true},
     {.name = "type", .column = Stream::Tipo, .take = Take::key, .identity = true},
     {"order", Stream::Orden},
@@ -71,9 +75,16 @@ inline constexpr Element kService[] = {
      .take = Take::number,
      .label = " inputSid: ",
      .range = {.highest = 65535}},
-    {"inputName", Service::NombreEntrada, Take::text, "outputSid: "},  // kept as it is
+    // The label is kept as it is.
+    {.name = "inputName",
+     .column = Service::NombreEntrada,
+     .label = "outputSid: ",
+     .form = Form::text},
     serviceNumber("forcedName", Service::NombreForzado, " forcedName: ", ExportedBy::all),
-    {"outputName", Service::NombreSalida, Take::text, " outputName: "},
+    {.name = "outputName",
+     .column = Service::NombreSalida,
+     .label = " outputName: ",
+     .form = Form::text},
     {.name = "lcn",
      .column = Service::LCN,
      .take = Take::special,

@@ -62,7 +62,6 @@ std::string valuesOf(const Element& element) {
         case Form::codeOrNumber:
             values = quotedTexts(element.texts) + " or a number";
             break;
-        case Form::ofColumn:
         case Form::text:
         case Form::none:
             return "";
@@ -183,7 +182,7 @@ std::string storedIn(const Element& element) {
     if (!element.column.exists()) {
         return "";
     }
-    const std::string_view name = element.column.table->columns[element.column.index].name;
+    const std::string_view name = element.column.table->columns[element.column.index];
     return name.empty() ? ""
                         : "Column " + std::string(element.column.table->name) + "." +
                               std::string(name) + ".";

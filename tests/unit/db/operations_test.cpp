@@ -136,7 +136,7 @@ TEST_F(TableOperations, SelectReadsNullInEveryColumnAsNull) {
     ASSERT_EQ(records.size(), 1U);
     EXPECT_EQ(records[0].key().asString(), "1");
     for (std::size_t column = 1; column < RedesModulos::columns.size(); ++column) {
-        SCOPED_TRACE(RedesModulos::columns[column].name);
+        SCOPED_TRACE(RedesModulos::columns[column]);
         EXPECT_EQ(records[0].value(column).text(), nullptr);
         EXPECT_EQ(records[0].value(column).asString(), "");
         EXPECT_EQ(records[0].value(column).asInt(), 0);

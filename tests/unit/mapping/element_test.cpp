@@ -39,11 +39,11 @@ TEST(Column, IsAColumnOfTheEnumeratorsTable) {
     const Column column = tarvodb::NimGlobal::fe;
     EXPECT_TRUE(column.isOf(tarvodb::NimGlobal::info));
     EXPECT_FALSE(column.isOf(tarvodb::NimQAMGlobal::info));
-    EXPECT_EQ(column.table->columns[column.index].name, "fe");
+    EXPECT_EQ(column.table->columns[column.index], "fe");
     EXPECT_FALSE(Column().exists());
 }
 
-TEST(Form, ComesFromTheColumnUnlessTheRowSaysOtherwise) {
+TEST(Form, IsANumberUnlessTheRowSaysOtherwise) {
     EXPECT_EQ(formOf(rowNamed(kDvbNetwork, "nid")), Form::number);
     EXPECT_EQ(formOf(rowNamed(kDvbNetwork, "name")), Form::text);
     EXPECT_EQ(formOf(rowNamed(kDvbNetwork, "OutputNITDate")), Form::text);
