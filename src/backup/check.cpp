@@ -107,13 +107,13 @@ class TreeCheck {
     // --- Sections and entries --------------------------------------------------------------------
 
     void checkMembers(const Element& parent, const XmlNode& node) {
-        const XmlNode* partsTeller = partsTellerIn(parent, node);
+        const XmlNode* type = inputTypeIn(parent, node);
         const LastLists lastLists = lastListsIn(parent, node);
         std::set<const Element*> seen;
         for (const XmlNode& child : childrenOf(node)) {
-            const Element* row = isElement(child) ? memberRow(parent, partsTeller, child) : nullptr;
+            const Element* row = isElement(child) ? memberRow(parent, type, child) : nullptr;
             if (row == nullptr) {
-                checkStranger(parent, partsTeller, child);
+                checkStranger(parent, type, child);
                 continue;
             }
             within({.name = row->name}, [&] {
@@ -166,25 +166,25 @@ class TreeCheck {
         }
     }
 
-    // The child that says which parts are there, if it is there itself.
-    static const XmlNode* partsTellerIn(const Element& parent, const XmlNode& node) {
-        const Element* teller = mapping::partsTellerOf(parent);
-        return teller == nullptr ? nullptr : document::childNamed(node, teller->name);
+    // The child that says which child tables are meant, if it is there itself.
+    static const XmlNode* inputTypeIn(const Element& parent, const XmlNode& node) {
+        const Element* row = mapping::inputTypeOf(parent);
+        return row == nullptr ? nullptr : document::childNamed(node, row->name);
     }
 
     // Of an input only what its type has counts, but for what all of them have.
-    static const Element* memberRow(const Element& parent, const XmlNode* partsTeller,
+    static const Element* memberRow(const Element& parent, const XmlNode* type,
                                     const XmlNode& child) {
         for (const Element& row : parent.children) {
             if (document::hasName(child, row.name)) {
                 return &row;
             }
         }
-        for (const mapping::Part& part : parent.parts) {
+        for (const mapping::ChildTable& table : parent.childTables) {
             const bool isMeant =
-                !part.inputType || (partsTeller != nullptr &&
-                                    static_cast<int>(*part.inputType) == numberOf(*partsTeller));
-            for (const Element& row : part.rows) {
+                !table.inputType ||
+                (type != nullptr && static_cast<int>(*table.inputType) == numberOf(*type));
+            for (const Element& row : table.rows) {
                 if (isMeant && document::hasName(child, row.name)) {
                     return &row;
                 }
@@ -193,10 +193,10 @@ class TreeCheck {
         return nullptr;
     }
 
-    void checkStranger(const Element& parent, const XmlNode* partsTeller, const XmlNode& child) {
+    void checkStranger(const Element& parent, const XmlNode* type, const XmlNode& child) {
         if (!isElement(child) || rowOf(&parent, child) == nullptr) {
             noteUnknown(&parent, child);
-        } else if (partsTeller != nullptr) {
+        } else if (type != nullptr) {
             within({.name = rowOf(&parent, child)->name}, [&] {
                 add(Severity::warning, child, "an input of this type has no such element");
             });

@@ -68,7 +68,7 @@ class ModuleExport {
         } else if (element.column.isOf(ModulosCabecera::info)) {
             writeFirmware(element);
         } else {
-            mapping::rowNamed(kParts, element.name).write(command_, element, module_);
+            mapping::rowNamed(kSectionWriters, element.name).write(command_, element, module_);
         }
     }
 
@@ -91,18 +91,19 @@ class ModuleExport {
 
     [[nodiscard]] const char* mac() const { return module_[RedesModulos::MAC].textOrEmpty(); }
 
-    struct Part {
+    struct SectionWriter {
         const char* name;
         void (*write)(CmdGetConfiguration&, const Element&, const write::Module&);
     };
-    static constexpr Part kParts[] = {
+    static constexpr SectionWriter kSectionWriters[] = {
         {"inputs", write::inputs},
         {"outputs", write::outputs},
         {"services", write::services},
     };
-    static_assert(mapping::nameExactly(kParts, mapping::kModule, [](const Element& element) {
-        return element.kind == mapping::Kind::list;
-    }));
+    static_assert(mapping::nameExactly(kSectionWriters, mapping::kModule,
+                                       [](const Element& element) {
+                                           return element.kind == mapping::Kind::list;
+                                       }));
 
     CmdGetConfiguration& command_;
     const write::Module& module_;

@@ -69,9 +69,9 @@ std::optional<Record<Table>> firstTuner(const CmdSetConfiguration& command,
 }
 
 template <class Table>
-constexpr const mapping::Part& tunerPart() {
+constexpr const mapping::ChildTable& tunerTable() {
     return *std::find_if(std::begin(mapping::kTuners), std::end(mapping::kTuners),
-                         [](const auto& part) { return part.table == &Table::info; });
+                         [](const auto& table) { return table.table == &Table::info; });
 }
 
 // The first tuner of its type that an input has, and what is changed of it.
@@ -88,12 +88,12 @@ struct Tuner {
     Tuner& operator=(const Tuner&) = delete;
 
     [[nodiscard]] static bool isOfType(InputType type) {
-        return tunerPart<Table>().inputType == type;
+        return tunerTable<Table>().inputType == type;
     }
 
     // The row of a child that the type has; null when it has none.
     [[nodiscard]] static const Element* elementOf(const XmlNode& child) {
-        return mapping::elementOf(tunerPart<Table>().rows, child);
+        return mapping::elementOf(tunerTable<Table>().rows, child);
     }
 
     void setStandby(int standby) {

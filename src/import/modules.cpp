@@ -49,8 +49,8 @@ bool checkAmount(CmdSetConfiguration& command, std::size_t headendModules,
 }
 
 constexpr const Element& kRfOutputMode = mapping::rowNamed(mapping::kModule, "modoSalidaRF");
-constexpr const Element& kInputs = mapping::rowNamed(mapping::kModule, "inputs");
-constexpr const Element& kOutputs = mapping::rowNamed(mapping::kModule, "outputs");
+constexpr const Element& kInputsList = mapping::rowNamed(mapping::kModule, "inputs");
+constexpr const Element& kOutputsList = mapping::rowNamed(mapping::kModule, "outputs");
 
 // Writes one module's settings and the sections inside it.
 class ModuleImport {
@@ -100,10 +100,10 @@ class ModuleImport {
     }
 
     bool applySection(const Element& element, const XmlNode& section) {
-        if (&element == &kInputs) {
+        if (&element == &kInputsList) {
             return apply::inputs(command_, mac_, section);
         }
-        if (&element == &kOutputs) {
+        if (&element == &kOutputsList) {
             return apply::outputs(command_, mac_, rfOutputMode_, section);
         }
         command_.load(section);

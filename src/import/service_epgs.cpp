@@ -139,11 +139,11 @@ class GuideServiceImport {
     }
 
     void readPart(const XmlNode& child) {
-        if (document::hasName(child, kSatelliteEpg.name)) {
+        if (document::hasName(child, kSatelliteSection.name)) {
             service_.set(Service_EPG::fk_idService_EPG_Satellite, insertSatellite(command_, child));
-        } else if (document::hasName(child, kAudiosEpgs.name)) {
+        } else if (document::hasName(child, kAudiosList.name)) {
             audios_ = &child;
-        } else if (document::hasName(child, kReplacingEpgs.name)) {
+        } else if (document::hasName(child, kReplacingsList.name)) {
             replacings_ = &child;
         }
     }
@@ -155,11 +155,11 @@ class GuideServiceImport {
                    command_, kReplacingTexts, mapping::kReplacingEpgs[0], serviceId, replacings_);
     }
 
-    static constexpr const Element& kSatelliteEpg =
+    static constexpr const Element& kSatelliteSection =
         mapping::rowNamed(mapping::kServiceEpg, "satelliteEPG");
-    static constexpr const Element& kAudiosEpgs =
+    static constexpr const Element& kAudiosList =
         mapping::rowNamed(mapping::kServiceEpg, "audiosEPGs");
-    static constexpr const Element& kReplacingEpgs =
+    static constexpr const Element& kReplacingsList =
         mapping::rowNamed(mapping::kServiceEpg, "replacingEPGs");
 
     CmdSetConfiguration& command_;

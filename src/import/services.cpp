@@ -40,7 +40,7 @@ constexpr const Element& kOutputId = mapping::rowNamed(mapping::kService, "outpu
 constexpr const Element& kOutputSid = mapping::rowNamed(mapping::kService, "outputSid");
 constexpr const Element& kLcn = mapping::rowNamed(mapping::kService, "lcn");
 constexpr const Element& kDecrypt = mapping::rowNamed(mapping::kService, "decrypt");
-constexpr const Element& kPidOrders = mapping::rowNamed(mapping::kService, "pidOrders");
+constexpr const Element& kPidOrdersList = mapping::rowNamed(mapping::kService, "pidOrders");
 
 // Of a service that has no row yet; newService adds what the element and its module tell.
 struct Default {
@@ -140,7 +140,7 @@ class ServiceImport {
     bool applyChildren(const XmlNode& element) {
         for (const XmlNode& child : document::childrenOf(element)) {
             const Element* row = mapping::elementOf(mapping::kService, child);
-            if (row == &kPidOrders) {
+            if (row == &kPidOrdersList) {
                 pidOrders_ = &child;
             } else if (row != nullptr && !applyChild(*row, child)) {
                 return false;

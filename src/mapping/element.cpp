@@ -84,8 +84,8 @@ const Element* elementOf(Elements rows, const XmlNode& node, const tarvodb::Tabl
     });
 }
 
-const Element* partsTellerOf(const Element& parent) {
-    return find(parent.children, [](const Element& child) { return child.tellsParts; });
+const Element* inputTypeOf(const Element& parent) {
+    return find(parent.children, [](const Element& child) { return child.isInputType; });
 }
 
 const Element* childOf(const Element& parent, std::string_view name) {

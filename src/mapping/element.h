@@ -145,7 +145,7 @@ struct SiTable {
 };
 
 struct Element;
-struct Part;
+struct ChildTable;
 
 // A view of rows that stand in an array.
 template <class Item>
@@ -168,7 +168,7 @@ class Rows {
 };
 
 using Elements = Rows<Element>;
-using Parts = Rows<Part>;
+using ChildTables = Rows<ChildTable>;
 
 // Not every section obeys every member of its rows: which ones say something to it is in
 // mapping/obeyed.cpp, where the compiler refuses a row that says more.
@@ -235,20 +235,20 @@ struct Element {
     // Tells its entry from the others of the list, with the other identities of the entry. A leaf
     // that is an entry itself identifies itself.
     bool identity = false;
-    // Its number says which of its parent's parts are there.
-    bool tellsParts = false;
+    // Its number is the document::InputType that says which of its parent's child tables are meant.
+    bool isInputType = false;
     // A list whose other elements the import skips. Other lists hold their entries and nothing
     // else.
     bool skipsOthers = false;
     Elements children = {};
-    Parts parts = {};
+    ChildTables childTables = {};
 };
 
-// Further children, once for each row of a table of their own that belongs to the element.
-struct Part {
+// Further children of an element, once for each row of another table that belongs to it.
+struct ChildTable {
     Elements rows;
     const tarvodb::TableInfo* table;
-    // Only where the child that tells the parts has this number.
+    // Only in an element of this type.
     std::optional<document::InputType> inputType = {};
 };
 
@@ -268,12 +268,12 @@ constexpr Element list(const char* name, Elements entry, ExportedBy exportedBy =
             .kind = Kind::list,
             .children = entry};
 }
-constexpr Element entry(const char* name, Elements children, Parts parts = {}) {
+constexpr Element entry(const char* name, Elements children, ChildTables childTables = {}) {
     return {.name = name,
             .take = Take::children,
             .kind = Kind::entry,
             .children = children,
-            .parts = parts};
+            .childTables = childTables};
 }
 
 constexpr Element secret(Element element) {
@@ -346,24 +346,24 @@ constexpr bool nameExactly(const AnyRows& rows, Elements elements, IsMeant isMea
            });
 }
 
-// Visits the rows of all children, those of the parts last.
+// Visits the rows of all children, those of the child tables last.
 template <class Visit>
 constexpr void forEachChild(const Element& parent, Visit visit) {
     for (const Element& child : parent.children) {
         visit(child);
     }
-    for (const Part& part : parent.parts) {
-        for (const Element& child : part.rows) {
+    for (const ChildTable& table : parent.childTables) {
+        for (const Element& child : table.rows) {
             visit(child);
         }
     }
 }
 
-// The row of the child that says which parts are there; null when all are.
-const Element* partsTellerOf(const Element& parent);
+// The row of the child that says which child tables are meant; null when all are.
+const Element* inputTypeOf(const Element& parent);
 
-// The row of a child, in `children` or in any of the parts, without regard to letter case; null
-// when the element holds no such child.
+// The row of a child, in `children` or in any of the child tables, without regard to letter case;
+// null when the element holds no such child.
 const Element* childOf(const Element& parent, std::string_view name);
 
 }  // namespace mapping

@@ -102,7 +102,7 @@ inline constexpr Element kCableTuner[] = {
     kRfLoop,
 };
 
-inline constexpr Part kTuners[] = {
+inline constexpr ChildTable kTuners[] = {
     {kSatelliteTuner, &tarvodb::NimGlobal::info, document::InputType::satellite},
     {kTerrestrialTuner, &tarvodb::NimCOFDMGlobal::info, document::InputType::terrestrial},
     {kCableTuner, &tarvodb::NimQAMGlobal::info, document::InputType::cable},
@@ -132,7 +132,7 @@ inline constexpr Element kInput[] = {
                   .range = {0, 2},
                   .outOfRange = "Input type should be 0, 1 or 2",
                   .outOfRangeDebugLine = "Error 401, Input Input type should be 0, 1 or 2"},
-     .tellsParts = true},
+     .isInputType = true},
     {.name = "onid",
      .column = tarvodb::EntradasGlobal::ONID,
      .take = Take::number,

@@ -149,8 +149,8 @@ constexpr bool isListed(Elements rows) {
 
 constexpr bool areListedBelow(const Element& parent) {
     bool listed = isListed(parent.children) &&
-                  std::all_of(parent.parts.begin(), parent.parts.end(),
-                              [](const Part& part) { return isListed(part.rows); });
+                  std::all_of(parent.childTables.begin(), parent.childTables.end(),
+                              [](const ChildTable& table) { return isListed(table.rows); });
     forEachChild(parent, [&listed](const Element& child) { listed &= areListedBelow(child); });
     return listed;
 }

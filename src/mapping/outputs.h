@@ -56,7 +56,7 @@ inline constexpr Element kRfOutput[] = {
      .texts = document::kSpectrum},
 };
 
-inline constexpr Part kRfOutputs[] = {{kRfOutput, &tarvodb::RFOutGlobal::info}};
+inline constexpr ChildTable kRfOutputs[] = {{kRfOutput, &tarvodb::RFOutGlobal::info}};
 
 inline constexpr Element kOutput[] = {
     {.name = "outputId",

@@ -28,7 +28,7 @@ inline constexpr Element kSatelliteEpg[] = {
     {"westEastFlag", tarvodb::Service_EPG_Satellite::West_East_Flag},
 };
 
-inline constexpr Part kSatelliteEpgParts[] = {
+inline constexpr ChildTable kSatelliteEpgTables[] = {
     {kSatelliteEpg, &tarvodb::Service_EPG_Satellite::info},
 };
 
@@ -59,7 +59,7 @@ inline constexpr Element kServiceEpg[] = {
     {.name = "satelliteEPG",
      .take = Take::children,
      .kind = Kind::section,
-     .parts = kSatelliteEpgParts},
+     .childTables = kSatelliteEpgTables},
     list("audiosEPGs", kAudiosEpgs),
     list("replacingEPGs", kReplacingEpgs),
 };

@@ -105,12 +105,12 @@ class Content {
     }
 
     [[nodiscard]] Patterns members(const Element& element) const {
-        if (!element.parts.empty() && element.parts[0].inputType) {
+        if (!element.childTables.empty() && element.childTables[0].inputType) {
             return membersOfInput(element);
         }
         Patterns patterns = sequence(element.children);
-        for (const mapping::Part& part : element.parts) {
-            patterns.push_back(repeated(part));
+        for (const mapping::ChildTable& table : element.childTables) {
+            patterns.push_back(repeated(table));
         }
         return patterns;
     }
@@ -118,16 +118,16 @@ class Content {
     // An input holds tuners of its type; one of an unknown type holds none. A model that does not
     // tell the type may hold any.
     [[nodiscard]] Patterns membersOfInput(const Element& element) const {
-        const Element& type = *mapping::partsTellerOf(element);
+        const Element& type = *mapping::inputTypeOf(element);
         Patterns alternatives;
-        for (const mapping::Part& part : element.parts) {
+        for (const mapping::ChildTable& table : element.childTables) {
             if (!isExported(type)) {
-                alternatives.push_back(repeated(part));
+                alternatives.push_back(repeated(table));
                 continue;
             }
-            const int code = static_cast<int>(part.inputType.value());
+            const int code = static_cast<int>(table.inputType.value());
             Patterns patterns = sequence(element.children, code);
-            patterns.push_back(repeated(part));
+            patterns.push_back(repeated(table));
             alternatives.push_back(block("(", patterns, ",", ")"));
         }
         if (isExported(type)) {
@@ -139,8 +139,8 @@ class Content {
         return patterns;
     }
 
-    [[nodiscard]] std::string repeated(const mapping::Part& part) const {
-        return block("(", sequence(part.rows), ",", ")*");
+    [[nodiscard]] std::string repeated(const mapping::ChildTable& table) const {
+        return block("(", sequence(table.rows), ",", ")*");
     }
 
     // Rows in their order. Neighbours on the same condition are there together.
@@ -173,7 +173,7 @@ class Content {
         if (row.kind != Kind::leaf) {
             return refer_(row, model_);
         }
-        const bool isType = inputType && row.tellsParts;
+        const bool isType = inputType && row.isInputType;
         return leaf(row.name, isType ? number({*inputType, *inputType}) : value(row)) +
                (row.perRow ? "*" : "");
     }

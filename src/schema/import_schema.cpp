@@ -89,7 +89,7 @@ class Members {
 
     void add(mapping::Elements rows, std::optional<int> inputType = {}) {
         for (const Element& row : rows) {
-            const bool isType = inputType && row.tellsParts;
+            const bool isType = inputType && row.isInputType;
             add(row, isType ? number({*inputType, *inputType}) : value(row));
         }
     }
@@ -131,10 +131,10 @@ class Members {
 // An input takes the elements of its type; those of the others count as unknown.
 std::string membersOfInput(const Element& input) {
     Patterns alternatives;
-    for (const mapping::Part& part : input.parts) {
+    for (const mapping::ChildTable& table : input.childTables) {
         Members members(input);
-        members.add(input.children, static_cast<int>(part.inputType.value()));
-        members.add(part.rows);
+        members.add(input.children, static_cast<int>(table.inputType.value()));
+        members.add(table.rows);
         alternatives.push_back(members.pattern());
     }
     return block("(", {joined(alternatives, "\n| ")}, "", ")");
@@ -147,13 +147,13 @@ std::string membersOf(const Element& element) {
                                          : entry.name) +
                std::string("*");
     }
-    if (!element.parts.empty() && element.parts[0].inputType) {
+    if (!element.childTables.empty() && element.childTables[0].inputType) {
         return membersOfInput(element);
     }
     Members members(element);
     members.add(element.children);
-    for (const mapping::Part& part : element.parts) {
-        members.add(part.rows);
+    for (const mapping::ChildTable& table : element.childTables) {
+        members.add(table.rows);
     }
     return members.pattern();
 }

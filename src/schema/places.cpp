@@ -30,8 +30,8 @@ class Walk {
             return;  // what the tuners of all types hold
         }
         add(holder.name, holder.children);
-        for (const mapping::Part& part : holder.parts) {
-            add((part.inputType ? typeName(*part.inputType) : "") + holder.name, part.rows);
+        for (const mapping::ChildTable& table : holder.childTables) {
+            add((table.inputType ? typeName(*table.inputType) : "") + holder.name, table.rows);
         }
         mapping::forEachChild(holder, [this](const Element& child) {
             if (child.kind != mapping::Kind::leaf) {

@@ -118,17 +118,17 @@ TEST(DocumentTree, HasTheElementsInTheOrderOfTheExport) {
             };
             add(element.children);
             const XmlNode* type = document::childNamed(node, "type");
-            for (const Part& part : element.parts) {
-                if (!part.inputType || (type != nullptr && static_cast<int>(*part.inputType) ==
-                                                               document::numberOf(*type))) {
-                    add(part.rows);
+            for (const ChildTable& table : element.childTables) {
+                if (!table.inputType || (type != nullptr && static_cast<int>(*table.inputType) ==
+                                                                document::numberOf(*type))) {
+                    add(table.rows);
                 }
             }
             auto next = order.begin();
             for (const XmlNode* child : elementsIn(node)) {
                 if (element.kind != Kind::list) {
                     next = std::find(next, order.end(), std::string(child->name()));
-                    if (next == order.end() && !element.parts.empty()) {  // of a further row
+                    if (next == order.end() && !element.childTables.empty()) {  // of a further row
                         next = std::find(order.begin() + static_cast<long>(element.children.size()),
                                          order.end(), std::string(child->name()));
                     }

@@ -93,7 +93,7 @@ TEST(ElementOf, FindsTheRowOfATable) {
     EXPECT_EQ(elementOf(kOutput, node), nullptr);
 }
 
-TEST(ChildOf, LooksIntoTheParts) {
+TEST(ChildOf, LooksIntoTheChildTables) {
     EXPECT_EQ(childOf(kOutputs[0], "outputID"), &rowNamed(kOutput, "outputId"));
     EXPECT_EQ(childOf(kOutputs[0], "codeRate"), &rowNamed(kRfOutput, "codeRate"));
     EXPECT_EQ(childOf(kInputs[0], "symbolRate"), &rowNamed(kCableTuner, "symbolRate"));
