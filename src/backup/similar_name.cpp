@@ -49,7 +49,7 @@ const Element* holderOf(const Element& root, std::string_view name) {
     return holder;
 }
 
-// Names beyond this are no slips of the pen, and need not be compared.
+// Names beyond this are not slips of the pen, and need not be compared.
 constexpr std::size_t kLongestName = 40;
 
 }  // namespace

@@ -50,7 +50,7 @@ class TextWriter : public Writer {
     void close() override;
     void leaf(const char* name, const char* text) override;
 
-    // Writes text that is no element.
+    // Writes text that is not an element.
     void add(std::string_view text) { blocks_.back() += text; }
 
     // What was written, to be read one after the other.

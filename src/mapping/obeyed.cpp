@@ -44,7 +44,7 @@ constexpr Obeyed kDiseqcsObey{.takes = kColumns.with({Take::code, Take::key, Tak
                               .derived = kColumns.with(Take::code),
                               .refusedCodes = Take::code,
                               .required = kById};
-// Whatever is no code is stored as it stands.
+// Whatever is not a code is stored as it stands.
 constexpr Obeyed kGuideObeys{.takes = {Take::text, Take::code, Take::codeExactly},
                              .otherTextsAreOne = true};
 constexpr Obeyed kGuideServicesObey{.takes = kGuideObeys.takes.with(Take::children),
@@ -90,7 +90,7 @@ constexpr Obeyed kServicesObey{
     .required = kServiceDemands,
     .requiredRanges = true,
     .conditions = When::moduleDescrambles};
-// Whatever is no key is stored as it stands.
+// Whatever is not a key is stored as it stands.
 constexpr Obeyed kPidOrdersObey{.takes = {Take::key, Take::text}};
 constexpr Obeyed kCamsObey{.takes = {Take::key, Take::text, Take::special, Take::ignored},
                            .derived = Take::special,

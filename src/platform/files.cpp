@@ -142,7 +142,7 @@ bool renameToNew(const char* from, const char* to) {
 
 std::optional<FileStatus> status(const std::string& path) {
     struct stat found {};
-    // A file that is not there is no system error, which printSystemError would tell.
+    // A file that is not there is not a system error, which printSystemError would tell.
     const int error = errno;
     if (::lstat(path.c_str(), &found) != 0) {
         errno = error;

@@ -116,7 +116,7 @@ TEST(BackupCheck, OfWhatAnElementMustHaveTheFirstCounts) {
                             "inputs/input[inputId=1]/type: given twice"));
 }
 
-TEST(BackupCheck, ATextThatIsNoCodeIsAnErrorUnlessTheImportHasACodeForIt) {
+TEST(BackupCheck, ATextThatIsNotACodeIsAnErrorUnlessTheImportHasACodeForIt) {
     EXPECT_THAT(checked("<diseqcs><diseqc><id>1</id><band>upper</band></diseqc></diseqcs>"
                         "<homeChannels><homechannel><id>1</id><band>upper</band></homechannel>"
                         "</homeChannels>"),
@@ -717,7 +717,7 @@ TEST(BackupCheckVerb, PrintsJson) {
               "    \"message\": \"unknown element; did you mean 'lnb'?\"\n  }\n]\n");
 }
 
-TEST(BackupCheck, ANameOfTheDocumentIsNoCommandToATerminal) {
+TEST(BackupCheck, ANameOfTheDocumentIsNotACommandToATerminal) {
     const Ran result = ran({"check", "-"}, "<configuration><a\x1b[2J></b\x1b[31m></configuration>");
     EXPECT_EQ(std::string::npos, result.out.find('\x1b')) << result.out;
     EXPECT_NE(std::string::npos, result.out.find("</b\\x1b[31m> closes <a\\x1b[2J>")) << result.out;

@@ -111,7 +111,7 @@ TEST(BackupCommandLine, AnOutputThatCannotBeWrittenHasAStatusOfItsOwn) {
     EXPECT_EQ(err.str(), "tarvo-backup: cannot write standard output\n");
 }
 
-TEST(BackupCommandLine, AFilesNameIsNoCommandToATerminal) {
+TEST(BackupCommandLine, AFilesNameIsNotACommandToATerminal) {
     EXPECT_EQ(ran({"show", "/nonexistent/\x1b[2J\n.xml"}).err,
               "tarvo-backup: /nonexistent/\\x1b[2J\\n.xml: No such file or directory\n");
 }

@@ -100,7 +100,7 @@ TEST(BackupDiff, AChangedNumberOfAServiceIsOneDifferenceWithItsPath) {
                             "service[outputId=1,outputSid=501]/lcn: 17 -> 18"));
 }
 
-TEST(BackupDiff, EntriesThatMovedAreNoDifference) {
+TEST(BackupDiff, EntriesThatMovedAreNotADifference) {
     EXPECT_THAT(between(modules(module("02:01", "<attenuation>1</attenuation>") +
                                 module("02:02", "<attenuation>2</attenuation>")),
                         modules(module("02:02", "<attenuation>2</attenuation>") +
@@ -108,7 +108,7 @@ TEST(BackupDiff, EntriesThatMovedAreNoDifference) {
                 IsEmpty());
 }
 
-TEST(BackupDiff, ElementsThatMovedInsideTheirParentAreNoDifference) {
+TEST(BackupDiff, ElementsThatMovedInsideTheirParentAreNotADifference) {
     EXPECT_THAT(between("<lnb><oscLowFreq>9750</oscLowFreq><oscHighFreq>10600</oscHighFreq></lnb>"
                         "<network><ip>10.0.0.1</ip></network>",
                         "<network><ip>10.0.0.1</ip></network>"
@@ -194,7 +194,7 @@ TEST(BackupDiff, ACodeAndItsTextAreOne) {
                             "8 MHz -> 8 mhz"));
 }
 
-TEST(BackupDiff, WhatIsNoTextOfAHomeChannelIsTheImportsCodeOne) {
+TEST(BackupDiff, WhatIsNotATextOfAHomeChannelIsTheImportsCodeOne) {
     const auto band = [](const std::string& text) {
         return "<homeChannels><homechannel><id>1</id><band>" + text +
                "</band></homechannel></homeChannels>";
@@ -389,7 +389,7 @@ TEST(BackupDiffVerb, TakesAnEmptyFileForAnEmptyConfiguration) {
     EXPECT_EQ(ran({"diff", "-", "-"}).status, ExitStatus::usage);
 }
 
-TEST(BackupDiffVerb, RefusesWhatIsNoConfiguration) {
+TEST(BackupDiffVerb, RefusesWhatIsNotAConfiguration) {
     const Ran refused = ran({"diff", goldenPath("QRA-310").c_str(), "-"}, "<other/>");
     EXPECT_EQ(refused.status, ExitStatus::usage);
     EXPECT_EQ(refused.err, "tarvo-backup: standard input: no 'configuration' element\n");

@@ -11,7 +11,7 @@ TEST(Utf8, CharactersAreAsLongAsTheirFirstByteSays) {
     EXPECT_EQ(characterLength("\xf0\x9f\x93\xba"), 4U);
 }
 
-TEST(Utf8, WhatIsNoCharacterHasNoLength) {
+TEST(Utf8, WhatIsNotACharacterHasNoLength) {
     for (const char* text : {"\xc3", "\xc3 a", "\xe2\x82", "\xe2\x82 ", "\xe2 \xac", "\xf0\x9f\x93",
                              "\xf0\x9f \xba", "\xf0\x9f\x93\xc3", "\x80", "\xc0\x80", "\xff"}) {
         EXPECT_EQ(characterLength(text), 0U) << text;
@@ -42,13 +42,13 @@ TEST(Utf8, NoCharacterIsPartedWhereATextIsShortened) {
     }
 }
 
-TEST(Utf8, WhatIsNoCharacterIsShortenedToo) {
+TEST(Utf8, WhatIsNotACharacterIsShortenedToo) {
     const std::string text(1000, '\x80');
     EXPECT_LE(shortened(text, 10).size(), 13U);
     EXPECT_LT(shortened(text).size(), 200U);
 }
 
-TEST(Utf8, TabsAndLineEndsAreNoControlCharactersHere) {
+TEST(Utf8, TabsAndLineEndsAreNotControlCharactersHere) {
     for (const char character : {'\x01', '\x1f', '\x7f', '\0'}) {
         EXPECT_TRUE(isControl(character));
     }

@@ -56,7 +56,7 @@ TEST(BackupValues, ACodeIsItsText) {
     EXPECT_EQ(canonical(hierarchy, "1"), "Low Priority");
 }
 
-TEST(BackupValues, WhatIsNoCodeMayStandForCodeOne) {
+TEST(BackupValues, WhatIsNotACodeMayStandForCodeOne) {
     const Element& polarity = rowNamed(mapping::kHomeChannel, "polarity");
     EXPECT_EQ(canonical(polarity, "vertical"), "vertical");
     EXPECT_EQ(canonical(polarity, "0"), "vertical");

@@ -320,7 +320,7 @@ TEST_F(CommandStore, LoadOfADoneCommandWithoutAResultMakesANewOne) {
     EXPECT_EQ(command.result().toXml(document::kNoIndenting), kGoodResult);
 }
 
-TEST_F(CommandStore, LoadOfAResultThatIsNoXmlIsRefused) {
+TEST_F(CommandStore, LoadOfAResultThatIsNotXmlIsRefused) {
     ScriptedCommand command;
     EXPECT_THROW(load(command, "7, 42, 2, 0, '', 'c', '<commandResult>'"), document::ParseError);
 }

@@ -327,7 +327,7 @@ TEST_F(ResultOfCommand, LoadedDocumentWithoutErrorsElementKeepsTheCodes) {
     EXPECT_EQ(result.errors(), std::set{ErrorCode{401}});
 }
 
-TEST_F(ResultOfCommand, LoadedTextThatIsNoXmlIsRefused) {
+TEST_F(ResultOfCommand, LoadedTextThatIsNotXmlIsRefused) {
     ResultDocument result;
     EXPECT_THROW(result.loadXml("<commandResult><id></commandResult"), document::ParseError);
 }

@@ -190,7 +190,7 @@ TEST_F(TableOperations, SelectFromALockedDatabaseGivesUpAfterSixSeconds) {
                                "database is locked"));
 }
 
-TEST_F(TableOperations, SelectFromAFileThatIsNoDatabaseGivesNoRows) {
+TEST_F(TableOperations, SelectFromAFileThatIsNotADatabaseGivesNoRows) {
     close();
     device.writeFile(kConfigDatabase, "<configuration/> is not SQLite");
     reopen();

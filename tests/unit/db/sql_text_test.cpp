@@ -10,7 +10,7 @@ TEST(SqlText, IsQuotedBySqlite) {
     EXPECT_EQ(quoted(nullptr), "NULL");
 }
 
-TEST(SqlText, ThatSqliteHadNoMemoryForIsNoEmptyStatement) {
+TEST(SqlText, ThatSqliteHadNoMemoryForIsNotAnEmptyStatement) {
     EXPECT_THROW(formatted(nullptr), std::bad_alloc);
 }
 

@@ -54,7 +54,7 @@ TEST_F(TrustedFiles, WhatLiesBesideADatabaseCountsToo) {
     }
 }
 
-TEST_F(TrustedFiles, ALinkAPipeAndAFolderAreNoJournal) {
+TEST_F(TrustedFiles, ALinkAPipeAndAFolderAreNotAJournal) {
     device.writeFile("/tmp/mine", "");
     fs::create_symlink(device.path("/tmp/mine"), device.path(kJournal));
     EXPECT_EQ(reasonAgainst(kStateDatabase), std::string(kJournal) + " is not a regular file");
@@ -66,7 +66,7 @@ TEST_F(TrustedFiles, ALinkAPipeAndAFolderAreNoJournal) {
     EXPECT_EQ(reasonAgainst(kStateDatabase), std::string(kJournal) + " is not a regular file");
 }
 
-TEST_F(TrustedFiles, ALinkIsNoDatabaseNotEvenADanglingOne) {
+TEST_F(TrustedFiles, ALinkIsNotADatabaseNotEvenADanglingOne) {
     fs::rename(device.path(kStateDatabase), device.path("/tmp/elsewhere"));
     fs::create_symlink(device.path("/tmp/elsewhere"), device.path(kStateDatabase));
     EXPECT_EQ(openDatabase(kStateDatabase), nullptr);

@@ -357,7 +357,7 @@ TEST_F(IdentityOfDevice, IsReadFromAFailedOpenAllTheSame) {
     EXPECT_EQ(identity().getSerialNumber(), "A123");
 }
 
-TEST_F(IdentityOfDevice, IsLoadedFromAFileThatIsNoDatabase) {
+TEST_F(IdentityOfDevice, IsLoadedFromAFileThatIsNotADatabase) {
     device.writeFile(tarvodb::kConfigDatabase, "this is not SQLite");
     EXPECT_TRUE(identity().load());
     EXPECT_EQ(device.logLines().at(1), "3: [ERROR_DB]doSelect: file is not a database\n");

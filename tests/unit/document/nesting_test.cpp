@@ -76,7 +76,7 @@ TEST(Nesting, IsCountedInElements) {
     EXPECT_EQ(firstElementBelow("", 0), std::nullopt);
 }
 
-TEST(Nesting, OfWhatIsNoElementIsNone) {
+TEST(Nesting, OfWhatIsNotAnElementIsNone) {
     for (const char* text :
          {"<a><!-- <b><c> --></a>", "<a><![CDATA[<b><c>]]></a>", "<a><?p <b><c> ?></a>",
           "<?xml version='<b><c>'?><a/>", "<!DOCTYPE a [<!ELEMENT b><!ENTITY c '<d>'>]><a></a>",
@@ -88,7 +88,7 @@ TEST(Nesting, OfWhatIsNoElementIsNone) {
     }
 }
 
-TEST(Nesting, IsFoundBehindWhatIsNoElement) {
+TEST(Nesting, IsFoundBehindWhatIsNotAnElement) {
     for (const char* text :
          {"<a><!-- > --><b/></a>", "<a><![CDATA[]]]]><b/></a>", "<a><?p > ?><b/></a>",
           "<!DOCTYPE a [ [ ] > ] ><a><b/></a>", "<a c='\"' d=\"'>\"><b/></a>", "<a><!-><b/></a>",

@@ -600,7 +600,7 @@ TEST_F(ExportedDocument, HasTheSectionOfAMissingTableWithoutRows) {
     }
 }
 
-TEST_F(ExportedDocument, IsEmptyWhenTheFilesAreNoDatabases) {
+TEST_F(ExportedDocument, IsEmptyWhenTheFilesAreNotDatabases) {
     exportConfiguration();
     const std::string empty = element("");
     device.writeFile(tarvodb::kConfigDatabase, std::string(2000, 'x'));

@@ -167,7 +167,7 @@ TEST_F(ExportedInputs, EndAfterTheirIdentityWhenTheTypeIsUnknown) {
     }
 }
 
-TEST_F(ExportedInputs, AreSatelliteInputsWhenTheTypeIsNoNumber) {
+TEST_F(ExportedInputs, AreSatelliteInputsWhenTheTypeIsNotANumber) {
     for (const char* type : {"NULL", "''", "'sat'"}) {
         SCOPED_TRACE(type);
         removeInputs();

@@ -309,7 +309,7 @@ TEST_F(SetConfiguration, AnUnknownSectionIsLoggedAndSkipped) {
     EXPECT_EQ(valueOf("network_IP"), "10.0.0.2");
 }
 
-TEST_F(SetConfiguration, WhiteSpaceAndCommentsBetweenSectionsAreNoSections) {
+TEST_F(SetConfiguration, WhiteSpaceAndCommentsBetweenSectionsAreNotSections) {
     importSections(std::string("\n  <!-- the address -->\n\t") + kNewIp + "\n  ");
     expectSuccess();
     EXPECT_EQ(valueOf("network_IP"), "10.0.0.2");

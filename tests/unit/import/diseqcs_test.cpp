@@ -221,7 +221,7 @@ TEST_F(Diseqcs, AnInsertThatFailsDoesNotStopTheOthers) {
     EXPECT_EQ(test::last(sectionStatements()), insertOf("'1', 'Astra', '2', '192', '1', '0', '0'"));
 }
 
-TEST_F(Diseqcs, AnIdThatIsNoNumberOrStandsTwiceCannotBeInserted) {
+TEST_F(Diseqcs, AnIdThatIsNotANumberOrStandsTwiceCannotBeInserted) {
     for (const char* ids : {"<id>one</id>", "<id>5</id></diseqc><diseqc><id>5</id>"}) {
         SCOPED_TRACE(ids);
         importDiseqc(ids);

@@ -422,7 +422,7 @@ TEST_F(DvbNetworks, AnInsertThatFailsDoesNotStopTheOthers) {
     EXPECT_THAT(test::last(sectionStatements()), testing::HasSubstr("VALUES ('1', 'Net', "));
 }
 
-TEST_F(DvbNetworks, AnIdThatIsNoNumberOrStandsTwiceCannotBeInserted) {
+TEST_F(DvbNetworks, AnIdThatIsNotANumberOrStandsTwiceCannotBeInserted) {
     for (const char* ids : {"<id>one</id>", "<id>9</id></dvbNetwork><dvbNetwork><id>9</id>"}) {
         SCOPED_TRACE(ids);
         importNetwork(ids);

@@ -183,7 +183,7 @@ TEST_F(HomeChannels, AnotherElementFailsBeforeAnythingIsDeleted) {
     EXPECT_THAT(sectionStatements(), ElementsAre(selectOf("1")));
 }
 
-TEST_F(HomeChannels, TextBetweenChannelsIsNoChannel) {
+TEST_F(HomeChannels, TextBetweenChannelsIsNotAChannel) {
     importSections("<homeChannels>stray text<homechannel><id>1</id></homechannel></homeChannels>");
     expectFailure({{"101 Invalid command", "Error 101, No homechannel element found"}});
 }
@@ -240,7 +240,7 @@ TEST_F(HomeChannels, EveryInsertThatFailsIsRecorded) {
                     "Error 102, Could not insert homeChannel"}});
 }
 
-TEST_F(HomeChannels, AnIdThatIsNoNumberOrStandsTwiceCannotBeInserted) {
+TEST_F(HomeChannels, AnIdThatIsNotANumberOrStandsTwiceCannotBeInserted) {
     for (const char* ids : {"<id>one</id>", "<id>5</id></homechannel><homechannel><id>5</id>"}) {
         SCOPED_TRACE(ids);
         importChannel(ids);

@@ -119,7 +119,7 @@ constexpr ChildCase kChildCases[] = {
     {2, "<hierarchy>none</hierarchy>", nullptr, " hierarchy: none"},
     {2, "<PLPID>5</PLPID>", nullptr, " PLPID: 5"},
     {2, "<tsidScan>1</tsidScan>", nullptr, " tsidScan: 1"},
-    // Names without regard to letter case, and what is no setting.
+    // Names without regard to letter case, and what is not a setting.
     {0, "<DISEQC>3</DISEQC>", "NimGlobal SET  DiSEqC = '3'", ""},
     {0, "<plsMODE>root</plsMODE>", "NimGlobal SET  ModoPLS = '1'", " PLSmode: root"},
     {2, "<SYMBOLRATE>6900</SYMBOLRATE>", "NimQAMGlobal SET  SymbolRate = '6900'",
@@ -156,7 +156,7 @@ TEST_F(ImportedInputs, AnAutomaticPlsModeReplacesAnother) {
                                       "idNimGlobal = '11'"));
 }
 
-TEST_F(ImportedInputs, AStreamThatIsNoNumberIsZero) {
+TEST_F(ImportedInputs, AStreamThatIsNotANumberIsZero) {
     rows("UPDATE NimGlobal SET StreamID = 4");
     importInputs(input(1, kSatellite, "<streamID>Auto</streamID>"));
     expectSuccess();

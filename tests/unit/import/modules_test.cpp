@@ -356,7 +356,7 @@ TEST_F(ImportedModules, AnotherElementIsRecordedWithoutAMessageAndLoggedWithOne)
     }
 }
 
-TEST_F(ImportedModules, ACommentBetweenElementsIsNoElement) {
+TEST_F(ImportedModules, ACommentBetweenElementsIsNotAnElement) {
     addModule(1, kFirst);
     importModules("<!-- one -->\n  " + named(kFirst, "a") + "\n<!-- two -->");
     expectSuccess();

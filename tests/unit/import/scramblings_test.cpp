@@ -236,7 +236,7 @@ TEST_F(Scramblings, OtherElementsAreIgnored) {
         ElementsAre(kSelectSystem, updateOfSystem(" Mode = '1' , Estado = '1' "), kSelectKeys));
 }
 
-TEST_F(Scramblings, AnActiveThatIsNoNumberIsZero) {
+TEST_F(Scramblings, AnActiveThatIsNotANumberIsZero) {
     importScrambling("<active>yes</active>");
     expectSuccess();
     EXPECT_EQ(cell("SELECT Mode FROM ScramblingGlobal"), "0");

@@ -58,7 +58,7 @@ TEST(Obeyed, AreTheMembersOfElementsThatAreTakenInTheseWays) {
     EXPECT_FALSE(isObeyed(logged, {.takes = {Take::text, Take::number}, .labels = Take::number}));
 }
 
-TEST(Obeyed, IsNoOtherRangeThanTheOneOfTheSectionsError) {
+TEST(Obeyed, IsARangeOnlyWhenTheSectionsErrorTellsOfIt) {
     const Obeyed section{.takes = Take::number, .ranges = Take::number, .toldRange = kBinary};
     EXPECT_TRUE(isObeyed(leaf(Take::number), section));
     EXPECT_TRUE(
