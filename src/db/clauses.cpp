@@ -3,6 +3,8 @@
 #include <array>
 #include <string>
 
+#include "db/record.h"
+
 namespace tarvodb {
 
 namespace {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "db/operations.h"
+#include "db/record.h"
 #include "db/schema.h"
 
 namespace tarvodb {

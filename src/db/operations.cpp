@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "db/sql_text.h"
 #include "platform/platform.h"

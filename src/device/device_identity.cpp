@@ -10,7 +10,10 @@
 
 #include "db/clauses.h"
 #include "db/database.h"
+#include "db/operations.h"
+#include "db/schema.h"
 #include "db/setting_keys.h"
+#include "db/value.h"
 #include "device/models.h"
 #include "platform/debug_log.h"
 #include "platform/platform.h"

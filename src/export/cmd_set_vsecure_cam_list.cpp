@@ -16,6 +16,7 @@
 #include "db/schema.h"
 #include "db/status_marks.h"
 #include "db/transaction.h"
+#include "db/value.h"
 #include "device/device_identity.h"
 #include "document/xml.h"
 #include "mapping/cam_list.h"

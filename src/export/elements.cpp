@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "db/value.h"
 #include "device/device_identity.h"
 #include "document/coded_texts.h"
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "db/record.h"
+#include "db/value.h"
 #include "document/writer.h"
 #include "mapping/element.h"
 

@@ -13,6 +13,7 @@
 #include "db/schema.h"
 #include "db/si_tables.h"
 #include "db/status_marks.h"
+#include "db/value.h"
 #include "document/xml.h"
 #include "import/elements.h"
 #include "import/keyed_rows.h"

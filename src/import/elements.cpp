@@ -1,5 +1,6 @@
 #include "import/elements.h"
 
+#include "db/value.h"
 #include "document/coded_texts.h"
 #include "import/reporting.h"
 #include "text/to_int.h"

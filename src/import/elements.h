@@ -9,6 +9,7 @@
 #include "command/error_codes.h"
 #include "db/record.h"
 #include "db/status_marks.h"
+#include "db/value.h"
 #include "document/xml.h"
 #include "import/cmd_set_configuration.h"
 #include "import/table_writes.h"

@@ -4,6 +4,7 @@
 #include <syslog.h>
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <utility>

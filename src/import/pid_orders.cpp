@@ -3,6 +3,7 @@
 // As with services, a stream that the document does not list is only marked for removal.
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 #include <string>
 #include <string_view>
@@ -14,6 +15,7 @@
 #include "db/record.h"
 #include "db/schema.h"
 #include "db/status_marks.h"
+#include "db/value.h"
 #include "document/xml.h"
 #include "import/reporting.h"
 #include "import/sections.h"

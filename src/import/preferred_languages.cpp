@@ -6,6 +6,7 @@
 #include "command/error_codes.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "db/value.h"
 #include "document/xml.h"
 #include "import/reporting.h"
 #include "import/sections.h"

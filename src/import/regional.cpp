@@ -8,7 +8,10 @@
 
 #include "db/clauses.h"
 #include "db/database.h"
+#include "db/operations.h"
+#include "db/schema.h"
 #include "db/setting_keys.h"
+#include "db/value.h"
 #include "import/reporting.h"
 #include "import/time_zones.h"
 #include "platform/debug_log.h"

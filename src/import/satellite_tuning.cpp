@@ -8,6 +8,7 @@
 #include "db/operations.h"
 #include "db/record.h"
 #include "db/setting_keys.h"
+#include "db/value.h"
 
 namespace tarvo_remote_control {
 

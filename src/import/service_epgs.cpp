@@ -5,6 +5,7 @@
 
 #include "command/error_codes.h"
 #include "db/record.h"
+#include "db/value.h"
 #include "document/xml.h"
 #include "import/elements.h"
 #include "import/reporting.h"

@@ -7,6 +7,7 @@
 #include "db/operations.h"
 #include "db/record.h"
 #include "db/schema.h"
+#include "db/value.h"
 #include "document/xml.h"
 #include "import/reporting.h"
 #include "import/sections.h"

@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "device/models.h"
+#include "document/coded_texts.h"
 #include "mapping/document_tree.h"
+#include "mapping/element.h"
 #include "schema/rnc.h"
 
 namespace schema {

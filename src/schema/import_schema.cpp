@@ -5,7 +5,9 @@
 #include <set>
 #include <string_view>
 
+#include "document/coded_texts.h"
 #include "mapping/document_tree.h"
+#include "mapping/element.h"
 #include "schema/rnc.h"
 
 namespace schema {

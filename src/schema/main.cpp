@@ -1,6 +1,7 @@
 // Prints a schema of the program's documents, or their manual page: document_schema export, import
 // or manual. scripts/document-schema writes all of them to their places.
 #include <iostream>
+#include <string>
 #include <string_view>
 
 #include "schema/export_schema.h"

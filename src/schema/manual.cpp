@@ -1,10 +1,13 @@
 #include "schema/manual.h"
 
+#include <iterator>
 #include <string_view>
 #include <vector>
 
 #include "device/models.h"
+#include "document/coded_texts.h"
 #include "mapping/document_tree.h"
+#include "mapping/element.h"
 #include "schema/import_schema.h"
 #include "schema/meanings.h"
 #include "schema/places.h"
