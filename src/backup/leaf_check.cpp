@@ -75,8 +75,8 @@ class LeafCheck {
         if (isFit) {
             checkSize(row, node);
         }
-        if (isNamed(parent, "service") && isNamed(row, "lcn")) {
-            checkLcn(node);
+        if (numberOf(node) < row.lowestOfOther) {
+            checkOtherNumber(row, node);
         }
     }
 
@@ -182,18 +182,16 @@ class LeafCheck {
         }
     }
 
-    // A number below 1 passes where the service has it already.
-    void checkLcn(const XmlNode& node) {
-        if (numberOf(node) >= 1) {
-            return;
-        }
+    // A channel number that passes only where the service has it already.
+    void checkOtherNumber(const Element& row, const XmlNode& node) {
         const XmlNode* before = node.previous_sibling();
-        while (before != nullptr && !document::hasName(*before, "lcn")) {
+        while (before != nullptr && !document::hasName(*before, row.name)) {
             before = before->previous_sibling();
         }
         if (before != nullptr && numberOf(*before) != numberOf(node)) {
             walk_.add(error_, node,
-                      inQuotes(textOf(node)) + " is not allowed; it must be at least 1");
+                      inQuotes(textOf(node)) + " is not allowed; it must be at least " +
+                          std::to_string(row.lowestOfOther));
         } else if (numberOf(node) < 0) {
             walk_.add(Severity::warning, node, inQuotes(textOf(node)) + " is no channel number");
         }

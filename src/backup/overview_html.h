@@ -12,7 +12,7 @@ namespace tarvo_backup {
 // box, and can be read on a phone and on paper.
 std::string htmlPage(const Overview& overview);
 
-// The text as HTML: markup escaped, what is no character of a page as U+FFFD.
+// The text as HTML: markup escaped, what is not a character of a page as U+FFFD.
 std::string asHtml(std::string_view text);
 
 }  // namespace tarvo_backup

@@ -40,7 +40,7 @@ std::optional<std::string> pathOf(const mapping::SiTable& table, const std::stri
 
 std::string tableVersion(const Element& element, const std::optional<std::string>& path) {
     const std::size_t versionByte =
-        element.siTable.ofNetwork ? kGeneratedVersionByte : kReceivedVersionByte;
+        element.siTable->ofNetwork ? kGeneratedVersionByte : kReceivedVersionByte;
     const std::string content = path ? platform::readFile(*path).value_or("") : "";
     if (content.size() <= versionByte) {
         return element.unknown;
@@ -64,7 +64,7 @@ void writeDate(document::Writer& out, const Element& element,
 }
 
 void writeSiTable(document::Writer& out, const Element& element, const std::string& nid) {
-    const auto path = pathOf(element.siTable, nid);
+    const auto path = pathOf(*element.siTable, nid);
     if (mapping::isNamed(element, "OutputNITDate")) {
         writeDate(out, element, path);
     } else {

@@ -52,8 +52,8 @@ void writeChildren(document::Writer& out, mapping::Elements elements, const tarv
         }
         if (element.constant != nullptr) {
             out.leaf(element.name, element.constant);
-        } else if (element.presenceOf.isOf(record.table())) {
-            out.leaf(element.name, hasText(record.value(element.presenceOf.index)) ? "1" : "0");
+        } else if (element.presenceOf != nullptr) {
+            out.leaf(element.name, hasText(record.value(element.presenceOf->index)) ? "1" : "0");
         } else if (element.writtenSpecially || !element.column.isOf(record.table())) {
             writeOther(element);
         } else {

@@ -25,7 +25,7 @@ namespace {
 
 void writeStates(document::Writer& out, const Record<Service>& service, int bits) {
     for (const Element& element : mapping::kServiceStatus) {
-        const mapping::StateBits& state = element.stateBits;
+        const mapping::StateBits& state = *element.stateBits;
         if (service.value(state.enabledBy.index).asInt() == 1 && (bits & state.valid) != 0) {
             const int error = (bits & state.error) != 0 ? 1 : 0;
             out.leaf(element.name, document::codeText(element.texts, error));

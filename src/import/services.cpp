@@ -177,7 +177,7 @@ class ServiceImport {
         if (service_.row[Service::LCN].asInt() == lcn) {
             return true;
         }
-        if (!kLcn.rangeOfOther.contains(lcn)) {
+        if (lcn < kLcn.lowestOfOther) {
             // The one refusal of a configuration that is not logged.
             command_.addError(ErrorCode::invalidValue, "LCN value cannot be 0");
             return false;

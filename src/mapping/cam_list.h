@@ -12,6 +12,8 @@ constexpr Element fullListText(const char* name, tarvodb::VSecure::Column column
     return {.name = name, .column = column, .form = Form::text, .when = When::fullList};
 }
 
+inline constexpr Column kPublicKey = tarvodb::VSecure::K_Publica;
+
 inline constexpr Element kCam[] = {
     {.name = "serialNumber",
      .column = tarvodb::VSecure::idCliente,
@@ -19,13 +21,10 @@ inline constexpr Element kCam[] = {
      .form = Form::text,
      .required = {.missing = "No 'serialNumber' element found"},
      .identity = true},
-    {.name = "hasPublicKey",
-     .take = Take::ignored,
-     .form = Form::onOff,
-     .presenceOf = tarvodb::VSecure::K_Publica},
+    {.name = "hasPublicKey", .take = Take::ignored, .form = Form::onOff, .presenceOf = &kPublicKey},
     // Imported without its white space. A module with another key is processed again.
     {.name = "publicKey",
-     .column = tarvodb::VSecure::K_Publica,
+     .column = kPublicKey,
      .take = Take::special,
      .form = Form::text,
      .when = When::publicKeysAskedFor,

@@ -39,16 +39,18 @@ constexpr Element networkNumber(const char* name, tarvodb::RedesCabecera::Column
 }
 
 // The version of an SI table, which its file tells.
-constexpr Element siTableVersion(const char* name, SiTable table, ExportedBy exportedBy) {
+constexpr Element siTableVersion(const char* name, const SiTable& table, ExportedBy exportedBy) {
     return {.name = name,
             .take = Take::ignored,
             .unknown = document::kNoSiTable,
             .exportedBy = exportedBy,
             .writtenSpecially = true,
             .liveState = true,
-            .siTable = table};
+            .siTable = &table};
 }
 
+inline constexpr SiTable kInputNit{.file = "NIT_table_CPLUS"};
+inline constexpr SiTable kInputBat{.file = "BAT_table_CPLUS"};
 inline constexpr SiTable kOutputNit{.file = tarvodb::kNitTable, .ofNetwork = true};
 
 inline constexpr Element kDvbNetwork[] = {
@@ -80,8 +82,8 @@ inline constexpr Element kDvbNetwork[] = {
     pidMask("autoBlockPIDs", tarvodb::RedesCabecera::Block_PIDs, "autoBlockPIDsMask="),
     pidMask("autoDecryptPIDs", tarvodb::RedesCabecera::Decrypt_PIDs,
             "autoDecryptPIDsMask=", ExportedBy::exceptWvxb),
-    siTableVersion("InputVersionNIT", {.file = "NIT_table_CPLUS"}, ExportedBy::familyA),
-    siTableVersion("InputVersionBAT", {.file = "BAT_table_CPLUS"}, ExportedBy::familyA),
+    siTableVersion("InputVersionNIT", kInputNit, ExportedBy::familyA),
+    siTableVersion("InputVersionBAT", kInputBat, ExportedBy::familyA),
     siTableVersion("OutputVersionNIT", kOutputNit, ExportedBy::exceptRnb),
     // When the file was written, in local time.
     {.name = "OutputNITDate",
@@ -91,7 +93,7 @@ inline constexpr Element kDvbNetwork[] = {
      .when = When::fileExists,
      .writtenSpecially = true,
      .liveState = true,
-     .siTable = kOutputNit},
+     .siTable = &kOutputNit},
 };
 
 inline constexpr const Element& kNitPatternType = rowNamed(kDvbNetwork, "tipoNITPatron");

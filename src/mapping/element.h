@@ -39,7 +39,7 @@ struct Column {
     }
 };
 
-enum class Kind {
+enum class Kind : unsigned char {
     leaf,
     section,  // holds one element of each of its rows, at most
     list,     // holds any number of the one element that its row describes
@@ -47,7 +47,7 @@ enum class Kind {
 };
 
 // The controllers that export an element. The import takes every element on every controller.
-enum class ExportedBy {
+enum class ExportedBy : unsigned char {
     all,
     rnb,
     exceptRnb,
@@ -58,7 +58,7 @@ enum class ExportedBy {
 };
 
 // What else must hold for an element to be exported.
-enum class When {
+enum class When : unsigned char {
     always,
     moduleDescrambles,   // the module descrambles services (mapping/module_family.h)
     moduleReportsCam,    // the module reports its conditional-access module
@@ -70,7 +70,7 @@ enum class When {
 };
 
 // How the import takes an element's text.
-enum class Take {
+enum class Take : unsigned char {
     text,              // compared and stored as text
     number,            // "05" is 5; the decimal number is stored
     numberStoredText,  // compared as a number; the text is stored as it stands
@@ -86,7 +86,7 @@ enum class Take {
 };
 
 // What the text stands for. Import need not insist on it.
-enum class Form {
+enum class Form : unsigned char {
     number,  // unless there is a code table
     text,
     onOff,    // 1 or 0
@@ -191,37 +191,37 @@ struct Element {
     document::CodeTable dvbCTexts = {};
     // A text that is not in the table is imported as code 1. Otherwise it is refused.
     bool otherTextsAreOne = false;
+    // The error of a refused text is recorded as one of an output, but logged as one of an input.
+    bool refusedAsOutput = false;
     Form form = Form::number;
 
     ExportedBy exportedBy = ExportedBy::all;
     When when = When::always;
     // Exported whatever the tables hold.
     const char* constant = nullptr;
-    // Exported as 1 for any number above 0, as 0 for the others.
-    bool exportedAsOnOff = false;
     // Exported as 1 when this column has a text, as 0 when it has none.
-    Column presenceOf = {};
+    const Column* presenceOf = nullptr;
     // On RNB-K408 exported with this in front of it, unless it is empty.
     const char* rnbPrefix = nullptr;
+    // Exported as 1 for any number above 0, as 0 for the others.
+    bool exportedAsOnOff = false;
     // Exported as the section's writer says: more than a column's text.
     bool writtenSpecially = false;
     // Once for each row of its table, instead of exactly once.
     bool perRow = false;
     // What the device reports of itself, not what it is set to.
     bool liveState = false;
-    // Where the device reports it.
-    StateBits stateBits = {};
-    SiTable siTable = {};
     // Not to be shown to everybody.
     bool secret = false;
+    // Where the device reports a live state, if the row says so.
+    const StateBits* stateBits = nullptr;
+    const SiTable* siTable = nullptr;
 
     // The import refuses numbers outside.
     Range range = {};
-    // As range, unless it is the number that is stored.
-    Range rangeOfOther = {};
+    // The import refuses a number below this, unless it is stored already.
+    int lowestOfOther = INT_MIN;
     Requirement required = {};
-    // The error of a refused text is recorded as one of an output, but logged as one of an input.
-    bool refusedAsOutput = false;
     // Emptied on import when this column gets another value: it is derived from it.
     Column derived = {};
 

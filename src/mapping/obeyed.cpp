@@ -85,7 +85,7 @@ constexpr Obeyed kServicesObey{
     .takes = kColumns.with({Take::key, Take::special, Take::children, Take::ignored}),
     .labels = kColumns.with({Take::key, Take::special, Take::ignored}),
     .ranges = kNumbers.with(Take::special),
-    .rangesOfOther = Take::special,
+    .lowestOfOther = Take::special,
     .toldRange = Range{.highest = 65535},
     .required = kServiceDemands,
     .requiredRanges = true,

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <climits>
 #include <concepts>
 #include <iterator>
 #include <optional>
@@ -41,7 +42,7 @@ struct Obeyed {
     Takes takes;
     Takes labels = {};
     Takes ranges = {};
-    Takes rangesOfOther = {};
+    Takes lowestOfOther = {};
     Takes derived = {};
     // A text without a code is refused; where it is not, `otherTextsAreOne` has to be set.
     Takes refusedCodes = {};
@@ -79,7 +80,7 @@ constexpr bool isInRange(const Element& row, const Obeyed& by) {
     const bool isTold = !by.toldRange || (row.range.lowest == by.toldRange->lowest &&
                                           row.range.highest == by.toldRange->highest);
     return (!row.range.isLimited() || (by.ranges.has(row.take) && isTold)) &&
-           (!row.rangeOfOther.isLimited() || by.rangesOfOther.has(row.take));
+           (row.lowestOfOther == INT_MIN || by.lowestOfOther.has(row.take));
 }
 
 constexpr bool isRequired(const Element& row, const Obeyed& by) {
@@ -92,7 +93,7 @@ constexpr bool isRequired(const Element& row, const Obeyed& by) {
 // Settings are written as they stand.
 constexpr bool isWritten(const Element& row, const Obeyed& by) {
     const bool isPlain = row.texts.empty() && row.constant == nullptr && !row.exportedAsOnOff &&
-                         !row.presenceOf.exists() && row.rnbPrefix == nullptr &&
+                         row.presenceOf == nullptr && row.rnbPrefix == nullptr &&
                          !row.writtenSpecially;
     return (!by.settings || isPlain) && (row.when == When::always || by.conditions.has(row.when));
 }

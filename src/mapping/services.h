@@ -24,21 +24,24 @@ inline constexpr Element kPidOrder[] = {
 inline constexpr Element kPidOrders[] = {entry("pidOrder", kPidOrder)};
 
 // From the bits of the service as it is received.
-constexpr Element serviceState(const char* name, StateBits bits) {
+constexpr Element serviceState(const char* name, const StateBits& bits) {
     return {.name = name,
             .take = Take::ignored,
             .texts = document::kServiceState,
             .writtenSpecially = true,
             .perRow = true,
             .liveState = true,
-            .stateBits = bits};
+            .stateBits = &bits};
 }
 
+inline constexpr StateBits kDescramblingBits{
+    .enabledBy = Service::Descifrar, .valid = 0x10, .error = 0x20};
+inline constexpr StateBits kTranscodingBits{
+    .enabledBy = Service::Transcoding, .valid = 0x40, .error = 0x80};
+
 inline constexpr Element kServiceStatus[] = {
-    // The name is spelled so.
-    serviceState("decrytStatus", {.enabledBy = Service::Descifrar, .valid = 0x10, .error = 0x20}),
-    serviceState("transcodingStatus",
-                 {.enabledBy = Service::Transcoding, .valid = 0x40, .error = 0x80}),
+    serviceState("decrytStatus", kDescramblingBits),  // spelled so
+    serviceState("transcodingStatus", kTranscodingBits),
 };
 
 constexpr Element serviceNumber(const char* name, Service::Column column, const char* label,
@@ -89,7 +92,7 @@ inline constexpr Element kService[] = {
      .column = Service::LCN,
      .take = Take::special,
      .label = " lcn: ",
-     .rangeOfOther = {.lowest = 1}},
+     .lowestOfOther = 1},
     serviceNumber("olcn", Service::OLCN, " olcn: "),
     serviceNumber("simulcastLcn", Service::SimulcastLCN, " simulcastLcn: "),
     serviceNumber("forcedLcn", Service::LCNForzado, " forcedLcn: "),

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "db/schema.h"
+#include "mapping/cam_list.h"
 
 namespace mapping {
 
@@ -44,8 +45,8 @@ TEST(Obeyed, AreTheMembersOfElementsThatAreTakenInTheseWays) {
                        [](Element& row) { row.label = "label"; });
     expectObeyedOnlyBy({.takes = Take::number, .ranges = Take::number},
                        [](Element& row) { row.range = kBinary; });
-    expectObeyedOnlyBy({.takes = Take::number, .rangesOfOther = Take::number},
-                       [](Element& row) { row.rangeOfOther = kBinary; });
+    expectObeyedOnlyBy({.takes = Take::number, .lowestOfOther = Take::number},
+                       [](Element& row) { row.lowestOfOther = 1; });
     expectObeyedOnlyBy({.takes = Take::number, .derived = Take::number},
                        [](Element& row) { row.derived = Table::Banda; });
     expectObeyedOnlyBy({.takes = Take::number, .conditions = When::fileExists},
@@ -110,7 +111,7 @@ TEST(Obeyed, AreSettingsThatAreWrittenAsTheyStandAndNothingElse) {
         [](Element& row) { row.texts = document::kBand; },
         [](Element& row) { row.constant = "0"; },
         [](Element& row) { row.exportedAsOnOff = true; },
-        [](Element& row) { row.presenceOf = Table::Nombre; },
+        [](Element& row) { row.presenceOf = &kPublicKey; },
         [](Element& row) { row.rnbPrefix = "000"; },
         [](Element& row) { row.writtenSpecially = true; },
     };
