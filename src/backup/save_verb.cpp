@@ -24,12 +24,17 @@ void printForPeople(const Saved& saved, std::ostream& out) {
 }
 
 // It is kept all the same: nothing else holds these settings.
-void warn(const std::vector<std::string>& refusals, std::ostream& err) {
-    if (refusals.empty()) {
+void warn(const TriedExport& tried, std::ostream& err) {
+    if (!tried.notTried.empty()) {
+        err << "tarvo-backup: warning: whether this headend would take the backup back cannot be "
+               "tried: "
+            << tried.notTried << '\n';
+    }
+    if (tried.refusals.empty()) {
         return;
     }
     err << "tarvo-backup: warning: this headend would not take the backup back as it is\n";
-    for (const std::string& refusal : refusals) {
+    for (const std::string& refusal : tried.refusals) {
         err << "  " << onOneLine(refusal) << '\n';
     }
 }
@@ -50,21 +55,21 @@ ExitStatus runSave(const SaveOptions& options, const Console& console) {
         throw Fault(ExitStatus::usage, "--json: with --output - the output is the document itself");
     }
     std::optional<Progress> progress(std::in_place, console, "Copying the databases");
-    const auto [document, refusals] = triedExport();
+    const TriedExport tried = triedExport();
     if (toStandardOutput) {
         progress.reset();
-        console.out << document;
-        warn(refusals, console.err);
+        console.out << tried.document;
+        warn(tried, console.err);
         return ExitStatus::done;
     }
-    const Saved result = keep(options, document);
+    const Saved result = keep(options, tried.document);
     progress.reset();
     if (options.output.json) {
-        console.out << toJson(result, refusals) << '\n';
+        console.out << toJson(result, tried.refusals) << '\n';
     } else {
         printForPeople(result, console.out);
     }
-    warn(refusals, console.err);
+    warn(tried, console.err);
     return ExitStatus::done;
 }
 

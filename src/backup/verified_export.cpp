@@ -83,9 +83,14 @@ std::string verifiedExport() {
 TriedExport triedExport() {
     beginStep("Copying the databases");
     Sandbox sandbox;
-    TriedExport tried{.document = verifiedExportIn(sandbox), .refusals = {}};
+    TriedExport tried{.document = verifiedExportIn(sandbox), .refusals = {}, .notTried = {}};
     beginStep("Importing into a copy");
-    if (importIn(sandbox, tried.document) == app::ExitStatus::success) {
+    try {
+        if (importIn(sandbox, tried.document) == app::ExitStatus::success) {
+            return tried;
+        }
+    } catch (const Fault& fault) {
+        tried.notTried = fault.what();
         return tried;
     }
     // Each of the import's tries has met them, and the last of them only says that it failed.

@@ -20,6 +20,8 @@ struct TriedExport {
     // Why this headend would not take the document back as it is: the errors of an import; empty
     // when it would.
     std::vector<std::string> refusals;
+    // Why that could not be tried, for lack of room; empty when it was.
+    std::string notTried;
 };
 
 // The same, imported into a private copy of the headend after that.

@@ -101,6 +101,22 @@ class FailingCallsTest(EndToEndTest):
             self.assertEqual([], self.private(device))
             self.assertEqual(before, contents(device))
 
+    def test_a_backup_that_cannot_be_tried_for_lack_of_room_is_kept(self) -> None:
+        device = self.made()
+        steps = {"STEP_NAME": "pwrite64", "STEP_COUNT": "/tarvo/sim/steps"}
+        env = {"LD_PRELOAD": preloaded(device, "steps"), **steps}
+        self.assertEqual(0, self.backup(device, "save", "--output", "/tmp/1.xml", env=env).status)
+        last = {"STEP_AT": device.path("/tarvo/sim/steps").read_text().strip()}
+        fault = {**last, "STEP_FAULT": "fail"}
+        result = self.backup(device, "save", "--output", "/tmp/2.xml", env={**env, **fault})
+        self.assertEqual(0, result.status)
+        self.assertRegex(
+            result.stderr.decode(),
+            r"^tarvo-backup: warning: whether this headend would take the backup back cannot be"
+            r" tried: /tmp/tarvo-backup\.\w+: database or disk is full\n$",
+        )
+        self.assertEqual(golden(MODEL), device.path("/tmp/2.xml").read_bytes())
+
     def test_a_file_that_may_not_grow_is_told_of_the_private_copy(self) -> None:
         device = self.made()
         environment = {"TZ": "UTC", "PROGRAM": installed(device)}
