@@ -21,6 +21,7 @@ sys.path.insert(0, str(HERE.parent))
 CONTROL = HERE.parents[2] / "fleet/roles/headend/files/control"
 sys.path.insert(0, str(CONTROL))
 
+import documents
 import verbs
 from documents import Change, Tool, prove_whole
 from fleet_sim import BACKUP
@@ -92,6 +93,26 @@ class ProofTest(unittest.TestCase):
         ):
             with self.subTest(name):
                 self.assertRaises(Failure, prove_whole, text)
+
+
+    def test_a_document_of_nothing_but_names_takes_no_memory_for_each(self) -> None:
+        names = b"".join(b"<x%d/>" % number for number in range(50_000))
+        document = b"<configuration>" + names + MODULES + b"</configuration>"
+        tracemalloc.start()
+        self.addCleanup(tracemalloc.stop)
+        prove_whole(document)
+        self.assertLess(tracemalloc.get_traced_memory()[1], 15 * len(document))
+
+
+class ToolTest(unittest.TestCase):
+    def test_what_it_prints_of_a_document_is_limited(self) -> None:
+        with tempfile.TemporaryDirectory(prefix="fleet-") as name, patch.object(documents, "MOST_OUTPUT", 1000):
+            program = Path(name) / "program"
+            program.write_text("#!/bin/sh\nexec head -c 5000000 /dev/zero\n")
+            program.chmod(0o755)
+            with Tool(str(program)) as tool, self.assertRaises(Failure) as caught:
+                tool.faults(b"x")
+        self.assertIn("takes too much of it", caught.exception.lines[0])
 
 
 class AnswerTest(unittest.TestCase):
