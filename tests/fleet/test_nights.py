@@ -262,6 +262,16 @@ class NightsTest(unittest.TestCase):
         self.assertIn("The inventory names no host", run.output)
         self.assertFalse(headends.repository.exists())
 
+    def test_a_wrong_line_of_the_inventory_holds_up_no_other_headend(self) -> None:
+        # The first is the one on which Ansible does what is done once for all.
+        headends = self.headends()
+        headends.variables["first"] = {"ansible_host": "127.0.2.1", "ansible_port": "22x"}
+        headends.variables["other"] = {"ansible_host": "127.0.2.1"}
+        run = headends.play("backup")
+        self.assertNotEqual(0, run.status, run.output)
+        self.assertIn("invalid value (22x)", self.said(run.output, "first"))
+        self.assertIn("it does not answer", self.said(run.output, "other"))
+
     def test_a_key_with_a_password_needs_its_agent(self) -> None:
         headends = self.headends()
         headends.add("hotel", "LMV-502", ansible_ssh_private_key_file=str(headends.folder / "locked_key"))
