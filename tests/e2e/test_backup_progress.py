@@ -5,7 +5,6 @@ import pty
 import subprocess
 import sys
 import threading
-import time
 from contextlib import closing
 from pathlib import Path
 
@@ -20,21 +19,24 @@ EMPTY_LINE = "\r\x1b[K"
 
 class ProgressTest(EndToEndTest):
     def run_while_locked(
-        self, seconds: float, *words: str, at_terminal: bool, leaving: bool = False
+        self, *words: str, at_terminal: bool, leaving: bool = False
     ) -> tuple[int, str]:
-        """The status, and what was written to standard error. Whoever is `leaving` closes the
-        terminal at the first line."""
+        """The status, and what was written to standard error. The lock is held until the terminal
+        tells of it. Whoever is `leaving` closes the terminal at the first line."""
         device = self.device("QRA-310")
         device.path(DOCUMENT).write_bytes(golden("QRA-310"))
         terminal, end = pty.openpty() if at_terminal else os.pipe()
         told = bytearray()
+        waits = threading.Event()
 
         def read() -> None:
             try:
                 while data := os.read(terminal, 4096):
                     told.extend(data)
-                    if leaving and WAITING.encode() in told:
-                        break
+                    if WAITING.encode() in told:
+                        waits.set()
+                        if leaving:
+                            break
             except OSError:  # the other end of the terminal is closed
                 pass
             os.close(terminal)
@@ -52,14 +54,14 @@ class ProgressTest(EndToEndTest):
             os.close(end)
             reader = threading.Thread(target=read)
             reader.start()
-            time.sleep(seconds)
+            waits.wait(60 if at_terminal else 3)
             writer.execute("ROLLBACK")
         status = running.wait(240)
         reader.join()
         return status, told.decode()
 
     def is_told(self, name: str, status: int, *words: str) -> None:
-        found, told = self.run_while_locked(4, *words, at_terminal=True)
+        found, told = self.run_while_locked(*words, at_terminal=True)
         self.assertEqual(status, found, told)
         self.assertRegex(told, rf"\r\x1b\[K{WAITING} \(\d+ s\)")
         self.assertTrue(told.endswith(EMPTY_LINE), told)
@@ -75,12 +77,12 @@ class ProgressTest(EndToEndTest):
         )
 
     def test_a_terminal_that_is_closed_meanwhile_ends_nothing(self) -> None:
-        status, told = self.run_while_locked(4, "save", at_terminal=True, leaving=True)
+        status, told = self.run_while_locked("save", at_terminal=True, leaving=True)
         self.assertEqual(0, status, told)
         self.assertIn(WAITING, told)
 
     def test_nothing_is_told_where_nobody_looks(self) -> None:
-        self.assertEqual((0, ""), self.run_while_locked(3, "save", at_terminal=False))
+        self.assertEqual((0, ""), self.run_while_locked("save", at_terminal=False))
 
 
 if __name__ == "__main__":
