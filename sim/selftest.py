@@ -388,9 +388,11 @@ class Runner(DeviceTest):
         self.assert_refused(result, r"\(no permission\).*unprivileged_userns_clone")
 
     def test_the_program_dies_with_the_runner(self) -> None:
+        # Bubblewrap starts the program before it binds its own life to the runner's. Then it waits.
+        program = 'until grep -q "^State:.S" /proc/1/status; do :; done; echo; sleep 600'
         for number in (signal.SIGKILL, signal.SIGTERM):
             command = [RUN, "--root", self.folder / "kept", "--model", "QRA-310", "--"]
-            with subprocess.Popen([*command, "sh", "-c", "echo; sleep 600"], stdout=-1) as runner:
+            with subprocess.Popen([*command, "sh", "-c", program], stdout=-1) as runner:
                 runner.stdout.readline()
                 runner.send_signal(number)
                 self.assertEqual(runner.communicate(timeout=60), (b"", None))

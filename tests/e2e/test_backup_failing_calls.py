@@ -11,6 +11,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 
 from e2e import (
     BACKUP_PROGRAM,
+    CONFIG_DB,
     STATE_DB,
     Device,
     EndToEndTest,
@@ -338,6 +339,32 @@ class FailingCallsTest(EndToEndTest):
         told = json.loads(self.backup(device, "confirm", "--json").stdout)
         self.assertEqual([], told["kept"])
         self.assertRegex(told["notKept"], r"^the configuration cannot be read as a whole")
+
+    def test_databases_that_cannot_take_the_place_of_a_backup_are_not_said_to_be_saved(self) -> None:
+        device = self.made()
+        self.restored(device)
+        device.path(STATE_DB).unlink()
+        result = self.failing(device, "rename", f"{FOLDER}/undone-", "undo")
+        self.assertEqual(0, result.status)
+        self.assertRegex(result.stderr.decode(), rf"could not be saved: [^\n]*{FULL}[^\n]*\n$")
+
+    def test_what_an_undo_has_saved_before_it_failed_is_not_saved_again(self) -> None:
+        device = self.made()
+        self.restored(device)
+        device.path(STATE_DB).unlink()
+        for _ in range(2):
+            result = self.failing(device, "open", f"{CONFIG_DB}-journal", "undo")
+            self.assertEqual(4, result.status, result.stderr)
+        [kept] = device.path(FOLDER).glob("undone-*")
+        with device.database(CONFIG_DB) as database:
+            database.execute("DELETE FROM AudioLanguageListGlobal")
+        result = self.failing(device, "mkdir", f"{FOLDER}/.restore/kept", "undo")
+        self.assertEqual(0, result.status)
+        late = self.backup(device, "confirm")
+        self.assertRegex(
+            late.stderr.decode(),
+            rf"what it took back is in {FOLDER}/{kept.name}; what it took back could not be saved: ",
+        )
 
     def test_a_restore_that_cannot_be_looked_at_afterwards_is_done(self) -> None:
         device = self.made()

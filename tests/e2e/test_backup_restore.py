@@ -632,6 +632,34 @@ class RestoreTest(EndToEndTest):
             [["One"], ["Two"]],
             [self.locations_in(device, f"{path}/config_global.sqlite") for path in kept],
         )
+        self.assertTooLate(self.backup(device, "confirm"), ", ".join(kept).encode())
+
+    def test_an_undo_of_what_changed_nothing_keeps_nothing(self) -> None:
+        device = self.made()
+        device.path(DOCUMENT).write_bytes(golden("QRA-310"))
+        self.assertEqual(0, self.load(device, golden("QRA-310")).status)
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.over(device)
+        self.assertEqual(0, self.backup(device, "undo", "--abandoned").status)
+        late = self.backup(device, "confirm")
+        self.assertEqual(6, late.status)
+        self.assertRegex(late.stderr, rb" was undone on \d{4}-\d\d-\d\d at \d\d:\d\d UTC\n$")
+
+    def test_an_undo_after_a_database_has_gone_saves_the_other(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        device.path(VSEC_DB).unlink()
+        undone = self.backup(device, "undo")
+        self.assertEqual((0, b""), (undone.status, undone.stderr))
+        self.assertEqual(before, contents(device))
+        self.assertEqual(2, len(list(device.path("/tarvo/backup").glob("*.xml"))))
+
+    def test_an_earlier_restore_that_was_killed_is_told_of_as_json(self) -> None:
+        device = self.made()
+        self.killed_in(device, "importing", "restore", "--yes", DOCUMENT)
+        done = self.json(device, "restore", "--json", "--yes", DOCUMENT)
+        self.assertEqual((0, True), (done["status"], done["undidEarlier"]))
 
     def test_what_changes_while_somebody_is_asked_is_planned_anew(self) -> None:
         gateway = document("<network><gateway>10.7.7.7</gateway></network>")
@@ -768,6 +796,11 @@ class RestoreTest(EndToEndTest):
                 self.assertEqual((8, lost), run("confirm"))
                 self.assertFalse(device.path(STATE).exists())
                 if out != "| true":
+                    device.path("/tmp/refused.xml").write_bytes(
+                        b"<configuration><homeChannels><x/></homeChannels></configuration>"
+                    )
+                    refused = run("restore --json --yes /tmp/refused.xml")
+                    self.assertEqual((6, lost), refused)
                     self.assertEqual((8, lost), run("save --json"))
                     self.assertEqual((4, lost), run("save --output -"))
                     self.assertEqual((4, lost), run(f"plan {DOCUMENT}"))

@@ -144,6 +144,7 @@ TEST(Asymmetries, OfANitPatternAreOfAVersionWithoutANumberAndOfANumberWithoutATy
         return "<dvbNetworks><dvbNetwork>" + content + "</dvbNetwork></dvbNetworks>";
     };
     EXPECT_TRUE(meets(kWhat, network("<versionNITPatron>3</versionNITPatron>")));
+    EXPECT_FALSE(meets(kWhat, network("<other>3</other>")));
     EXPECT_TRUE(meets(kWhat, network("<nitPatron>2</nitPatron>")));
     // The import reads them in their order.
     EXPECT_TRUE(meets(kWhat, network("<nitPatron>2</nitPatron><tipoNITPatron>1</tipoNITPatron>")));

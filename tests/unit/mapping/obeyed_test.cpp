@@ -64,8 +64,10 @@ TEST(Obeyed, IsARangeOnlyWhenTheSectionsErrorTellsOfIt) {
     EXPECT_TRUE(isObeyed(leaf(Take::number), section));
     EXPECT_TRUE(
         isObeyed(changed(Take::number, [](Element& row) { row.range = kBinary; }), section));
-    EXPECT_FALSE(
-        isObeyed(changed(Take::number, [](Element& row) { row.range = kIdentifier; }), section));
+    for (const Range other : {kIdentifier, Range{kBinary.lowest, kBinary.highest + 1}}) {
+        EXPECT_FALSE(isObeyed(changed(Take::number, [&other](Element& row) { row.range = other; }),
+                              section));
+    }
 }
 
 TEST(Obeyed, IsACodeOnlyWhereATextWithoutOneIsRefusedOrCountsAsOne) {
@@ -73,6 +75,8 @@ TEST(Obeyed, IsACodeOnlyWhereATextWithoutOneIsRefusedOrCountsAsOne) {
     const Obeyed refusing{.takes = Take::code, .refusedCodes = Take::code};
     const Obeyed taking{.takes = {Take::code, Take::text}, .otherTextsAreOne = true};
     EXPECT_TRUE(isObeyed(leaf(Take::code), refusing));
+    EXPECT_FALSE(isObeyed(leaf(Take::codeExactly),
+                          {.takes = Take::codeExactly, .refusedCodes = Take::code}));
     EXPECT_FALSE(isObeyed(leaf(Take::code), taking));
     EXPECT_FALSE(isObeyed(changed(Take::code, othersAreOne), refusing));
     EXPECT_TRUE(isObeyed(changed(Take::code, othersAreOne), taking));
@@ -87,6 +91,8 @@ TEST(Obeyed, IsARequirementOnlyOfTheElementsThatTheSectionAsksFor) {
         row.required = {.missing = "missing", .range = kBinary};
     };
     EXPECT_FALSE(isObeyed(leaf(Take::key), section));
+    EXPECT_FALSE(isObeyed(changed(Take::key, [](Element& row) { row.required.range = kBinary; }),
+                          {.takes = Take::key, .requiredRanges = true}));
     EXPECT_TRUE(isObeyed(changed(Take::key, missing), section));
     EXPECT_FALSE(isObeyed(changed(Take::key, missing), {.takes = Take::key}));
     EXPECT_FALSE(isObeyed(changed(Take::key, outOfRange), section));
