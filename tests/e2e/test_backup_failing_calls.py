@@ -4,6 +4,7 @@ import json
 import os
 import re
 import sys
+from collections.abc import Callable
 from fcntl import LOCK_EX, flock
 from pathlib import Path
 
@@ -124,17 +125,24 @@ class FailingCallsTest(EndToEndTest):
         result = device.run("sh", ["-c", 'ulimit -f 4; exec "$PROGRAM" save'], env=environment)
         self.assertNoRoom(result, "config_global.sqlite: disk I/O error")
 
-    def test_a_disk_that_is_full_in_the_midst_of_a_plan_ends_it(self) -> None:
-        device = self.made()
-        count = device.path("/tarvo/sim/steps")
+    def is_ended(self, device: Device, at: Callable[[int], list[int]]) -> None:
+        """The disk of the copies is full at some of the writes of a plan; `at` gets their number."""
         steps = {"STEP_NAME": "pwrite64", "STEP_COUNT": "/tarvo/sim/steps"}
         env = {"LD_PRELOAD": preloaded(device, "steps"), **steps}
         self.assertEqual(1, self.backup(device, "plan", DOCUMENT, env=env).status)
-        number = int(count.read_text())
-        for step in (number // 2, number * 3 // 4, number):
+        for step in at(int(device.path("/tarvo/sim/steps").read_text())):
             fault = {"STEP_AT": str(step), "STEP_FAULT": "full"}
             result = self.backup(device, "plan", DOCUMENT, env={**env, **fault})
             self.assertNoRoom(result, "database or disk is full")
+
+    def test_a_disk_that_is_full_in_the_midst_of_a_plan_ends_it(self) -> None:
+        self.is_ended(self.made(), lambda number: [number // 2, number * 3 // 4, number])
+
+    def test_a_disk_that_is_full_when_a_planned_cam_list_is_stored_ends_the_plan(self) -> None:
+        device = self.device("RNB-K408")
+        [cams] = re.findall(rb"<vsecureCAMList>.*</vsecureCAMList>", golden("RNB-K408"), re.DOTALL)
+        device.path(DOCUMENT).write_bytes(b"<backup><configuration/>" + cams + b"</backup>")
+        self.is_ended(device, lambda number: [number])
 
     def test_folders_of_others_and_in_use_are_not_taken_for_left_ones(self) -> None:
         device = self.made()

@@ -6,6 +6,7 @@ import re
 import stat
 import sys
 import time
+from collections.abc import Callable
 from contextlib import closing
 from datetime import datetime
 from pathlib import Path
@@ -713,8 +714,8 @@ class RestoreTest(EndToEndTest):
             time.sleep(0.01)
         return pipe.open("w")
 
-    def test_what_changes_before_a_restore_that_need_not_ask_begins_is_planned_anew(self) -> None:
-        device = self.made()
+    def changed_before_it_begins(self, device: Device, change: Callable[[], None]) -> Result:
+        """A restore that need not ask, with a change of the headend while it prints the plan."""
         text = re.sub(rb"<(\w*[nN]ame)>", rb"<\1>New ", golden("QRA-310"))
         device.path(DOCUMENT).write_bytes(text)
         # It waits until somebody reads what it prints.
@@ -729,17 +730,39 @@ class RestoreTest(EndToEndTest):
             while any(device.path("/tmp").glob("tarvo-backup.*")) != wanted:
                 self.assertLess(time.monotonic(), end)
                 time.sleep(0.001)
-        device.path("/tmp/gateway.xml").write_bytes(
-            document("<network><gateway>10.7.7.7</gateway></network>")
-        )
-        self.assertEqual(0, self.run_program(device, "/tmp/gateway.xml").status)
-        changed = contents(device)
+        change()
         result = running.wait(120)
-        self.assertEqual((0, b""), (result.status, result.stderr))
         self.assertIn(b"The headend has changed meanwhile.", result.stdout)
+        return result
+
+    def test_what_changes_before_a_restore_that_need_not_ask_begins_is_planned_anew(self) -> None:
+        device = self.made()
+
+        changed = {}
+
+        def change() -> None:
+            text = document("<network><gateway>10.7.7.7</gateway></network>")
+            device.path("/tmp/gateway.xml").write_bytes(text)
+            self.assertEqual(0, self.run_program(device, "/tmp/gateway.xml").status)
+            changed.update(contents(device))
+
+        result = self.changed_before_it_begins(device, change)
+        self.assertEqual((0, b""), (result.status, result.stderr))
         undone = self.backup(device, "undo")
         self.assertIn("WAN_from_DB.sh", undone.actions)
         self.assertEqual(changed, contents(device))
+
+    def test_a_restore_that_would_fail_by_what_changes_before_it_begins_is_refused(self) -> None:
+        device = self.made()
+        rows = "FROM RedesModulos"
+
+        def change() -> None:
+            self.query(device, f"DELETE {rows} WHERE rowid = (SELECT min(rowid) {rows})")
+
+        result = self.changed_before_it_begins(device, change)
+        self.assertEqual((6, b""), (result.status, result.stderr))
+        self.assertIn(b"error 503: modules: Invalid amount of modules", result.stdout)
+        self.assertFalse(device.path(STATE).exists())
 
     def test_without_the_state_database_plan_and_restore_say_that_nothing_is_begun(self) -> None:
         device = self.made()
