@@ -35,15 +35,16 @@ std::optional<platform::FileStatus> replaceable(const std::string& path) {
     return found;
 }
 
-void write(const std::string& path, const std::string& text, unsigned mode) {
-    if (!platform::files::replace(path, text, {.mode = mode})) {
+void write(const std::string& path, const std::string& text, const platform::FileAccess& access) {
+    if (!platform::files::replace(path, text, access)) {
         fail(path, std::strerror(errno));
     }
     checkContent(path, text);
 }
 
+constexpr mode_t kAnybody = 0666;
+
 unsigned modeOfNewFiles() {
-    constexpr mode_t kAnybody = 0666;
     const mode_t mask = umask(0);
     umask(mask);
     return kAnybody & ~mask;
@@ -53,12 +54,16 @@ unsigned modeOfNewFiles() {
 
 void writeForOwner(const std::string& path, const std::string& text) {
     replaceable(path);
-    write(path, text, kOwnerOnly);
+    write(path, text, {.mode = kOwnerOnly});
 }
 
 void writeForAll(const std::string& path, const std::string& text) {
     const auto older = replaceable(path);
-    write(path, text, older ? older->mode : modeOfNewFiles());
+    if (older) {
+        write(path, text, {.mode = older->mode & kAnybody, .group = older->group});
+    } else {
+        write(path, text, {.mode = modeOfNewFiles()});
+    }
 }
 
 bool createForOwner(const std::string& path, const std::string& text) {

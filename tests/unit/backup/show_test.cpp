@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -185,6 +186,27 @@ TEST_F(BackupShowPage, TakesThePlaceOfAnOlderOneWithoutWritingIntoIt) {
     EXPECT_EQ(platform::files::read(page), shown({"--html", "-"}).out);
     EXPECT_EQ(platform::files::status(page).value().mode, 0604U);
     EXPECT_EQ(platform::files::read(path("other name")), "older");
+}
+
+TEST_F(BackupShowPage, CanBeReadByTheGroupOfTheOlderOne) {
+    const std::string page = path("page.html");
+    write("page.html", "older");
+    constexpr gid_t kGroup = 1;
+    if (chown(page.c_str(), static_cast<uid_t>(-1), kGroup) != 0) {
+        GTEST_SKIP() << "only root gives files to any group";
+    }
+    std::filesystem::permissions(page, std::filesystem::perms{0640});
+    EXPECT_EQ(shown({"--html", page.c_str()}).status, ExitStatus::done);
+    EXPECT_EQ(platform::files::status(page).value().mode, 0640U);
+    EXPECT_EQ(platform::files::status(page).value().group, kGroup);
+}
+
+TEST_F(BackupShowPage, IsNoProgram) {
+    const std::string page = path("page.html");
+    write("page.html", "older");
+    std::filesystem::permissions(page, std::filesystem::perms{04777});
+    EXPECT_EQ(shown({"--html", page.c_str()}).status, ExitStatus::done);
+    EXPECT_EQ(platform::files::status(page).value().mode, 0666U);
 }
 
 TEST_F(BackupShowPage, LeavesALinkAndWhatItPointsToAndAPipeAlone) {
