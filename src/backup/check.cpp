@@ -118,7 +118,7 @@ class TreeCheck {
             }
             within({.name = row->name}, [&] {
                 const bool isFirst = seen.insert(row).second;
-                if (!isFirst && row->kind == Kind::leaf) {
+                if (!isFirst && row->kind == Kind::leaf && !row->perRow) {
                     add(Severity::warning, child, "given twice");
                 }
                 const auto last = lastLists.find(row);

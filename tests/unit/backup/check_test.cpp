@@ -149,6 +149,10 @@ TEST(BackupCheck, OfAnInputOnlyTheElementsOfItsTypeCount) {
     EXPECT_THAT(checked(input("1", "<rfLoop>2</rfLoop>")), ElementsAre(HasSubstr("warning: ")));
 }
 
+TEST(BackupCheck, WhatAnExportWritesOnceForEachRowMayComeTwice) {
+    EXPECT_THAT(checked(module("<swVersion>1</swVersion><swVersion>1</swVersion>")), IsEmpty());
+}
+
 TEST(BackupCheck, AnLcnBelowOneIsAnErrorWhereNoHeadendCanHaveItAlready) {
     EXPECT_THAT(checked(service("<lcn>0</lcn>")), IsEmpty());
     EXPECT_THAT(checked(service("<lcn>5</lcn><lcn>0</lcn>")),
