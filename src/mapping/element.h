@@ -170,7 +170,7 @@ class Rows {
 using Elements = Rows<Element>;
 using ChildTables = Rows<ChildTable>;
 
-// Not every section obeys every member of its rows: which ones say something to it is in
+// Not every section obeys every member of its rows: which ones say something to its import is in
 // mapping/obeyed.cpp, where the compiler refuses a row that says more.
 struct Element {
     const char* name;

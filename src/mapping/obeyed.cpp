@@ -1,4 +1,4 @@
-// Which section obeys what of its rows, both ways. The compiler refuses rows that say more.
+// Which section obeys what of its rows. The compiler refuses rows that say more to the import.
 #include "mapping/obeyed.h"
 
 #include "mapping/document_tree.h"

@@ -1,5 +1,7 @@
 // What the import and the export of a section obey of its rows. A row can say more than its section
-// reads: it would promise what nobody does.
+// reads: it would promise what nobody does. Of what the import reads all is looked at; of what the
+// export reads `when`, and in settings that they are plain. The rest (`unknown`, `stateBits`,
+// `siTable`, `writtenSpecially`, `perRow`, ...) is for the writer of the section to obey.
 #pragma once
 
 #include <algorithm>
