@@ -114,14 +114,15 @@ bool hasSameSettings(const std::string& older, const std::string& document) {
     }
 }
 
-// Its name comes after all others of its minute, also where the first of them were removed.
+// Its name comes after all others, also where the first of its minute were removed. So the last one
+// written is the newest by its name, whatever the clock said in between: the next one is compared
+// with it, and --keep removes what was written first.
 Backup writtenInto(const std::string& folder, const std::string& stem, const std::string& document,
                    const std::vector<Backup>& others) {
     Backup backup{.path = {}, .name = {.minute = utcText(std::time(nullptr), "%Y-%m-%dT%H%MZ")}};
-    for (const Backup& other : others) {
-        if (other.name.minute == backup.name.minute) {
-            backup.name.number = other.name.number + 1;
-        }
+    if (!others.empty() && others.back().name.minute >= backup.name.minute) {
+        backup.name = others.back().name;
+        ++backup.name.number;
     }
     for (;; ++backup.name.number) {
         backup.path = folder + "/" + fileName(stem, backup.name);
@@ -143,7 +144,6 @@ Saved saveInto(const std::string& folder, const std::string& document,
     Saved saved;
     saved.isUnchanged = !backups.empty() && hasSameSettings(backups.back().path, document);
     if (!saved.isUnchanged) {
-        // The newest, whatever the clock says.
         backups.push_back(writtenInto(folder, stem, document, backups));
     }
     saved.path = backups.back().path;

@@ -170,11 +170,12 @@ std::string toJson(const Overview& overview) {
     return printed({{"title", overview.title}, {"sections", sections}});
 }
 
-std::string toJson(const Saved& saved, const std::vector<std::string>& refusals) {
+std::string toJson(const Saved& saved, const TriedExport& tried) {
     return printed({{"file", saved.path},
                     {"unchanged", saved.isUnchanged},
                     {"removed", saved.removed},
-                    {"refusals", refusals}});
+                    {"refusals", tried.refusals},
+                    {"notTried", tried.notTried.empty() ? Json(nullptr) : Json(tried.notTried)}});
 }
 
 std::string toJson(const std::vector<Finding>& findings) { return printedList(findings); }

@@ -10,6 +10,7 @@
 #include "backup/overview.h"
 #include "backup/plan.h"
 #include "backup/restore_report.h"
+#include "backup/verified_export.h"
 
 namespace tarvo_backup {
 
@@ -33,7 +34,7 @@ std::string toJson(const RestoreReport& report);
 // {"outcome": "confirmed", "undone" or "nothing", "document": name or null, ...}
 std::string toJson(const Ending& ending);
 
-// {"file": ..., "unchanged": ..., "removed": [...], "refusals": [...]}
-std::string toJson(const Saved& saved, const std::vector<std::string>& refusals);
+// {"file": ..., "unchanged": ..., "removed": [...], "refusals": [...], "notTried": why or null}
+std::string toJson(const Saved& saved, const TriedExport& tried);
 
 }  // namespace tarvo_backup

@@ -65,7 +65,7 @@ ExitStatus runSave(const SaveOptions& options, const Console& console) {
     const Saved result = keep(options, tried.document);
     progress.reset();
     if (options.output.json) {
-        console.out << toJson(result, tried.refusals) << '\n';
+        console.out << toJson(result, tried) << '\n';
     } else {
         printForPeople(result, console.out);
     }

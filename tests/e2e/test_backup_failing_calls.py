@@ -110,8 +110,14 @@ class FailingCallsTest(EndToEndTest):
         self.assertEqual(0, self.backup(device, "save", "--output", "/tmp/1.xml", env=env).status)
         last = {"STEP_AT": device.path("/tarvo/sim/steps").read_text().strip()}
         fault = {**last, "STEP_FAULT": "fail"}
-        result = self.backup(device, "save", "--output", "/tmp/2.xml", env={**env, **fault})
+        words = ("save", "--json", "--output", "/tmp/2.xml")
+        result = self.backup(device, *words, env={**env, **fault})
         self.assertEqual(0, result.status)
+        saved = json.loads(result.stdout)
+        self.assertEqual([], saved["refusals"])
+        self.assertRegex(
+            saved["notTried"], r"^/tmp/tarvo-backup\.\w+: database or disk is full$"
+        )
         self.assertRegex(
             result.stderr.decode(),
             r"^tarvo-backup: warning: whether this headend would take the backup back cannot be"

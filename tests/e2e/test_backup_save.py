@@ -58,6 +58,7 @@ class SaveTest(EndToEndTest):
                 "unchanged": True,
                 "removed": [],
                 "refusals": [],
+                "notTried": None,
             },
             second,
         )
@@ -277,6 +278,22 @@ class SaveTest(EndToEndTest):
         saved = json.loads(self.save(device, "--keep", "1", "--json").stdout)
         self.assertTrue(device.path(saved["file"]).exists())
         self.assertEqual([f"{FOLDER}/{later.name}"], saved["removed"])
+
+    def test_a_clock_that_was_ahead_for_a_night_makes_no_newer_backup_an_older_one(self) -> None:
+        device = self.device("WVX-BQ4")
+        stem = self.stem(device)
+        ahead = self.place(device, stem + "2999-01-01T0000Z.xml", "<configuration/>")
+        names = [ahead.name]
+        for number, value in enumerate(("one", "two", "three"), 2):
+            self.change(device, value)
+            saved = json.loads(self.save(device, "--keep", "3", "--json").stdout)
+            self.assertFalse(saved["unchanged"])
+            names.append(f"{stem}2999-01-01T0000Z-{number}.xml")
+            self.assertEqual(f"{FOLDER}/{names[-1]}", saved["file"])
+        self.assertEqual([f"{FOLDER}/{names[0]}"], saved["removed"])
+        again = json.loads(self.save(device, "--keep", "3", "--json").stdout)
+        self.assertEqual((True, []), (again["unchanged"], again["removed"]))
+        self.assertEqual(names[1:], [path.name for path in self.kept(device)])
 
     def test_only_a_file_is_replaced(self) -> None:
         device = self.device("WVX-BQ4")
