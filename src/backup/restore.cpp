@@ -99,7 +99,8 @@ void copyFiles(const std::vector<Rename>& renames, RestoreState& state) {
 void checkCopies(const RestoreState& state) {
     for (const std::string& path : state.copied) {
         if (!fs::exists(copyOf(path))) {
-            throw Fault(ExitStatus::failure, "the copy of " + path + " is lost");
+            throw Fault(ExitStatus::failure, "the copy of " + path + " is lost; remove " +
+                                                 stateFolder() + " to keep the headend as it is");
         }
     }
     try {
@@ -325,6 +326,7 @@ RestoreState keepForUndo(const Document& document, const PlannedRestore& planned
     try {
         copyDatabases(planned, state);
         copyFiles(planned.plan().renames, state);
+        endIfInterrupted();
     } catch (...) {
         removeCopies();
         throw;
@@ -344,11 +346,17 @@ Restored restore(const Document& document, RestoreState state,
         removeCopies();
         throw;
     }
-    if (toConfirm) {
-        startWatching(state.id, lock);
+    Restored restored;
+    try {
+        if (toConfirm) {
+            startWatching(state.id, lock);
+        }
+        beginStep("Importing the document");
+        restored.status = import(document);
+    } catch (const Fault&) {
+        removeState();  // the import was not begun, and nobody is to undo what comes later
+        throw;
     }
-    beginStep("Importing the document");
-    Restored restored{.status = import(document)};
     if (restored.status != app::ExitStatus::success) {
         restored.undone = undo(std::move(state));
         return restored;
@@ -360,11 +368,13 @@ Restored restore(const Document& document, RestoreState state,
     } else {
         removeState();
     }
+    forgetSignals();  // it is done, which must be told
     beginStep("Comparing the headend with the document");
     try {
         restored.notTaken = differencesFrom(document);
-    } catch (const Fault& fault) {
-        restored.notCompared = fault.what();  // it is done nevertheless
+    } catch (const std::exception& fault) {
+        forgetSignals();
+        restored.notCompared = fault.what();
     }
     return restored;
 }

@@ -95,8 +95,12 @@ void RestoreLock::leave() { close(std::exchange(handle_, -1)); }
 
 std::optional<RestoreState> readState() {
     const auto text = platform::files::read(stateFile());
-    if (!text) {
+    if (!text && (errno == ENOENT || errno == ENOTDIR)) {
         return std::nullopt;
+    }
+    if (!text) {
+        // To go on as if there were none would lose what undoes a restore.
+        throw Fault(ExitStatus::cannotRead, stateFile() + ": " + std::strerror(errno));
     }
     try {
         return restoreStateFrom(*text);

@@ -104,7 +104,6 @@ class Run {
             const RestoreState state = saved();
             planned_.reset();
             tell("The backup from before is " + report_.backup);
-            endIfInterrupted();
             begin(state);
         }
         return std::move(report_);
@@ -191,6 +190,9 @@ class Run {
         report_.notCompared = std::move(restored.notCompared);
         if (restored.undone) {
             report_.outcome = RestoreOutcome::undone;
+            if (!options_.output.json) {
+                printKept(*restored.undone, console_);
+            }
             warnOfLoss(*restored.undone, console_);
         }
     }

@@ -4,6 +4,7 @@
 #include <map>
 #include <string_view>
 
+#include "backup/fault.h"
 #include "db/schema.h"
 #include "db/status_marks.h"
 #include "mapping/element.h"
@@ -146,10 +147,18 @@ bool isMark(const MarkMeaning& known, const RowChange& row, const CellChange& ce
 std::vector<RowChange> rowChanges(const std::string& before, const std::string& after) {
     const Connection older = openConnection(before, Access::readOnly);
     const Connection newer = openConnection(after, Access::readOnly);
+    const auto failUnless = [&](bool isSame) {
+        if (!isSame) {
+            throw Fault(ExitStatus::failure, after + ": its tables are not those of " + before);
+        }
+    };
+    const std::vector<std::string> tables = tablesOf(older.get());
+    failUnless(tablesOf(newer.get()) == tables);
     std::vector<RowChange> changes;
-    for (const std::string& name : tablesOf(older.get())) {
+    for (const std::string& name : tables) {
         const Table oldRows = readTable(older.get(), name);
         const Table newRows = readTable(newer.get(), name);
+        failUnless(newRows.columns == oldRows.columns);
         TableComparison(name, oldRows, newRows).appendTo(changes);
     }
     return changes;

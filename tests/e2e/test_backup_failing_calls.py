@@ -274,6 +274,7 @@ class FailingCallsTest(EndToEndTest):
         result = self.failing(device, name, path, "restore", "--yes", "--confirm", "9", DOCUMENT)
         self.assertFails(result, status, message)
         self.assertEqual(before, contents(device))
+        self.assertFalse(device.path(STATE).exists())
         undone = self.backup(device, "undo", "--abandoned")
         self.assertEqual((0, b""), (undone.status, undone.stderr))
         self.assertEqual(before, contents(device))
@@ -312,6 +313,15 @@ class FailingCallsTest(EndToEndTest):
         result = self.failing(device, "unlink", STATE, "confirm")
         self.assertFails(result, 4, f"{STATE}: {FULL}")
         self.assertEqual(0, self.backup(device, "confirm").status)
+
+    def test_a_state_that_cannot_be_read_is_not_taken_for_none(self) -> None:
+        device = self.made()
+        self.restored(device)
+        for words in (["undo"], ["confirm"], ["undo", "--abandoned"], ["restore", "--yes", DOCUMENT]):
+            result = self.beside(device, "DISK_UNREADABLE", STATE, *words)
+            self.assertFails(result, 3, f"{STATE}: Input/output error")
+            self.assertTrue(device.path(STATE).exists())
+        self.assertEqual(0, self.backup(device, "undo").status)
 
     def test_an_undo_that_leaves_a_file_is_not_done(self) -> None:
         device = self.made()

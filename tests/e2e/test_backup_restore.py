@@ -3,6 +3,7 @@
 import json
 import random
 import re
+import signal
 import stat
 import sys
 import time
@@ -410,7 +411,11 @@ class RestoreTest(EndToEndTest):
         result = self.backup(device, "undo")
         self.assertEqual(5, result.status)
         self.assertIn(b"is not undone yet", result.stderr)
-        self.assertIn(b"the copy of /tarvo/DB/vsec_global.sqlite is lost", result.stderr)
+        self.assertIn(
+            b"the copy of /tarvo/DB/vsec_global.sqlite is lost; remove /tarvo/backup/.restore to keep"
+            b" the headend as it is\n",
+            result.stderr,
+        )
         self.assertEqual(after, contents(device))
 
     def test_a_state_that_is_not_understood_is_said_and_kept(self) -> None:
@@ -634,6 +639,40 @@ class RestoreTest(EndToEndTest):
             [self.locations_in(device, f"{path}/config_global.sqlite") for path in kept],
         )
         self.assertTooLate(self.backup(device, "confirm"), ", ".join(kept).encode())
+
+    def test_a_table_that_has_changed_its_shape_since_is_put_back_too(self) -> None:
+        for change in (
+            "ALTER TABLE DiSEqCGlobal ADD COLUMN more TEXT; DELETE FROM DiSEqCGlobal",
+            "ALTER TABLE ScramblingGlobal DROP COLUMN Estado; DELETE FROM ScramblingGlobal",
+            "CREATE TABLE Other (x); INSERT INTO Other VALUES (1)",
+            "DROP TABLE DiSEqCGlobal",
+        ):
+            device = self.made()
+            before = contents(device)
+            self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+            for statement in change.split("; "):
+                self.query(device, statement)
+            undone = self.backup(device, "undo")
+            self.assertEqual((0, b""), (undone.status, undone.stderr), change)
+            self.assertEqual(before, contents(device))
+
+    def test_a_signal_during_the_import_leaves_nobody_untold(self) -> None:
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            device = self.made()
+            with closing(device.database(CONFIG_DB)) as writer:
+                writer.execute("BEGIN IMMEDIATE")
+                words = ["restore", "--yes", "--confirm", "9", DOCUMENT]
+                running = device.start(BACKUP_PROGRAM, words, env={"TZ": "UTC"})
+                imported = device.path("/tarvo/backup/.restore/document.xml")
+                end = time.monotonic() + 60
+                while not imported.exists():
+                    self.assertLess(time.monotonic(), end)
+                    time.sleep(0.005)
+                running.kill(number)
+            result = running.wait(120)
+            self.assertEqual((0, b""), (result.status, result.stderr))
+            self.assertIn(b"Restored.", result.stdout)
+            self.assertIn(b"Undone in 9 minutes unless you run", result.stdout)
 
     def test_an_undo_of_what_changed_nothing_keeps_nothing(self) -> None:
         device = self.made()

@@ -50,6 +50,15 @@ class RowChanges : public test::DeviceTest {
 
 }  // namespace
 
+TEST_F(RowChanges, AreOfTablesOfTheSameShapeOnly) {
+    for (const char* change : {"ALTER TABLE DiSEqCGlobal ADD COLUMN more",
+                               "DROP TABLE DiSEqCGlobal", "CREATE TABLE other (x)"}) {
+        const std::string path = device.path(tarvodb::kConfigDatabase);
+        std::filesystem::remove(path + ".before");
+        EXPECT_THROW(changesBy(change, "SELECT 1"), Fault) << change;
+    }
+}
+
 TEST_F(RowChanges, AreTheRowsThatCameWentOrAreOtherwise) {
     EXPECT_THAT(
         linesOf("DELETE FROM AudioLanguageListGlobal WHERE idALLG = 1;"
