@@ -95,7 +95,7 @@ void RestoreLock::leave() { close(std::exchange(handle_, -1)); }
 
 std::optional<RestoreState> readState() {
     const auto text = platform::files::read(stateFile());
-    if (!text && (errno == ENOENT || errno == ENOTDIR)) {
+    if (!text && errno == ENOENT) {
         return std::nullopt;
     }
     if (!text) {

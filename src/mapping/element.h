@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <optional>
 #include <stdexcept>
@@ -24,8 +25,10 @@ namespace mapping {
 
 // A column of any table. `Column` is made from a table's enumerator: `NimGlobal::fe`.
 struct Column {
-    const tarvodb::TableInfo* table = nullptr;  // null: no column
-    std::size_t index = 0;
+    static constexpr std::size_t kNone = SIZE_MAX;
+
+    const tarvodb::TableInfo* table = nullptr;
+    std::size_t index = kNone;
 
     constexpr Column() = default;
     template <class Enumerator>
@@ -33,7 +36,9 @@ struct Column {
     constexpr Column(Enumerator column)  // NOLINT(google-explicit-constructor): rows read plainly
         : table(&tableOf(column)), index(static_cast<std::size_t>(column)) {}
 
-    [[nodiscard]] constexpr bool exists() const { return table != nullptr; }
+    // Not by the table: where pointers are instrumented, the compiler does not know a global's
+    // address from null.
+    [[nodiscard]] constexpr bool exists() const { return index != kNone; }
     [[nodiscard]] constexpr bool isOf(const tarvodb::TableInfo& other) const {
         return table == &other;
     }

@@ -138,13 +138,20 @@ constexpr Section kObeyed[] = {
 // The one entry of a list says nothing but what it holds.
 constexpr bool isEntry(Elements rows) { return rows.size() == 1 && rows[0].kind == Kind::entry; }
 
+// Told by their names: where pointers are instrumented, the compiler does not compare addresses.
+constexpr bool areSame(Elements one, Elements other) {
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                      [](const Element& row, const Element& match) {
+                          return std::string_view(row.name) == match.name;
+                      });
+}
+
 constexpr bool isListed(Elements rows) {
-    return rows.empty() ||
-           (isEntry(rows) ? isObeyed(rows[0], kHolders)
-                          : std::any_of(std::begin(kObeyed), std::end(kObeyed),
-                                        [rows](const Section& section) {
-                                            return section.rows.begin() == rows.begin();
-                                        }));
+    return rows.empty() || (isEntry(rows) ? isObeyed(rows[0], kHolders)
+                                          : std::any_of(std::begin(kObeyed), std::end(kObeyed),
+                                                        [rows](const Section& section) {
+                                                            return areSame(section.rows, rows);
+                                                        }));
 }
 
 constexpr bool areListedBelow(const Element& parent) {

@@ -93,11 +93,14 @@ constexpr bool isRequired(const Element& row, const Obeyed& by) {
 }
 
 // Settings are written as they stand.
+constexpr bool isPlain(const Element& row) {
+    return row.texts.empty() && row.constant == nullptr && !row.exportedAsOnOff &&
+           row.presenceOf == nullptr && row.rnbPrefix == nullptr && !row.writtenSpecially;
+}
+
 constexpr bool isWritten(const Element& row, const Obeyed& by) {
-    const bool isPlain = row.texts.empty() && row.constant == nullptr && !row.exportedAsOnOff &&
-                         row.presenceOf == nullptr && row.rnbPrefix == nullptr &&
-                         !row.writtenSpecially;
-    return (!by.settings || isPlain) && (row.when == When::always || by.conditions.has(row.when));
+    return (!by.settings || isPlain(row)) &&
+           (row.when == When::always || by.conditions.has(row.when));
 }
 
 constexpr bool isSetting(const Element& row, const Obeyed& by) {

@@ -680,6 +680,7 @@ class RestoreTest(EndToEndTest):
         self.assertEqual(0, self.load(device, golden("QRA-310")).status)
         self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
         self.over(device)
+        device.path(VSEC_DB).unlink()
         self.assertEqual(0, self.backup(device, "undo", "--abandoned").status)
         late = self.backup(device, "confirm")
         self.assertEqual(6, late.status)
@@ -964,7 +965,7 @@ class RestoreTest(EndToEndTest):
         asked = self.backup(device, "restore", "--json", DOCUMENT)
         self.assertEqual((2, b"tarvo-backup: --json needs --yes\n"), (asked.status, asked.stderr))
 
-    def test_an_import_that_fails_is_undone(self) -> None:
+    def an_import_that_fails(self, *words: str) -> Result:
         device = self.made()
         before = contents(device)
         # The plan takes scripts to succeed. The undo runs this one again.
@@ -972,12 +973,17 @@ class RestoreTest(EndToEndTest):
         device.path("/tarvo/script/WAN_from_DB.sh").write_text(
             f"#!/bin/sh\nrm /tmp/once || exit 0\n: > {CONFIG_DB}\nexit 1\n"
         )
-        result = self.backup(device, "restore", "--json", "--yes", DOCUMENT)
+        result = self.backup(device, "restore", *words, "--yes", DOCUMENT)
         self.assertEqual(6, result.status)
-        done = json.loads(result.stdout)
-        self.assertEqual("undone", done["outcome"])
         self.assertRegex(result.stderr, rb"the import ended with status \d+ and was undone")
         self.assertEqual(before, contents(device))
+        return result
+
+    def test_an_import_that_fails_is_undone(self) -> None:
+        done = json.loads(self.an_import_that_fails("--json").stdout)
+        self.assertEqual("undone", done["outcome"])
+        told = self.an_import_that_fails().stdout.decode()
+        self.assertRegex(told, r"\nWhat was there before that is in /tarvo/backup/undone-\S+\n$")
 
     def test_without_a_configuration_a_restore_is_not_begun_and_an_undo_is_done(self) -> None:
         damages = (
