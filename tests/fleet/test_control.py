@@ -431,6 +431,25 @@ class EndTest(unittest.TestCase):
                 with self.assertRaises(ProcessLookupError):
                     os.kill(int((folder / "pid").read_text()), 0)
 
+    def test_a_signal_while_ssh_starts_does_not_leave_it_behind(self) -> None:
+        started: list[subprocess.Popen[bytes]] = []
+
+        class Program(subprocess.Popen):
+            def __init__(self, *arguments: object, **options: object) -> None:
+                super().__init__(*arguments, **options)
+                started.append(self)
+                signal.raise_signal(signal.SIGTERM)
+
+        def end(caught: int, _: object) -> None:
+            sys.exit(128 + caught)
+
+        self.addCleanup(signal.signal, signal.SIGTERM, signal.signal(signal.SIGTERM, end))
+        with patch.object(subprocess, "Popen", Program), self.assertRaises(SystemExit) as ended:
+            _run(["sleep", "600"], b"", 1, 600, 600)
+        self.assertEqual(128 + signal.SIGTERM, ended.exception.code)
+        self.assertEqual(-signal.SIGKILL, started[0].returncode)
+        self.assertIs(end, signal.getsignal(signal.SIGTERM))
+
 
 class StepsTest(unittest.TestCase):
     """A restore of a headend that is what the test says."""

@@ -10,10 +10,10 @@ from __future__ import annotations
 import json
 import os
 import re
-import signal
 import sys
 
 import verbs
+from ending import exit_on_signals
 from words import Failure, clean, trouble_here
 
 
@@ -33,18 +33,9 @@ def read_job() -> dict:
     return job
 
 
-def end_on_signals() -> None:
-    """Ends what was begun here, an ssh and a folder with documents, also when this run is ended or its
-    terminal is closed.
-    """
-    for number in (signal.SIGTERM, signal.SIGHUP):
-        if signal.getsignal(number) is not signal.SIG_IGN:
-            signal.signal(number, lambda caught, _: sys.exit(128 + caught))
-
-
 def main() -> int:
     os.umask(0o077)
-    end_on_signals()
+    exit_on_signals()
     answer: dict[str, object] = {"failed": False, "changed": False, "lines": []}
     try:
         answer.update(verbs.VERBS[sys.argv[1]](read_job()))

@@ -15,6 +15,7 @@ from collections.abc import Callable
 from dataclasses import dataclass, field
 from pathlib import Path
 
+from ending import signals_afterwards
 from words import Failure, clean, decoded, last_line
 
 SCRIPTS = Path(__file__).resolve().parents[1] / "device"
@@ -130,15 +131,17 @@ def _run(
     heard = time.monotonic()
     outputs = {"stdout": bytearray(), "stderr": bytearray()}
     unsent = memoryview(document)
-    process = subprocess.Popen(
-        command,
-        stdin=subprocess.PIPE,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.PIPE,
-        bufsize=0,
-        start_new_session=True,
-    )
+    process = None
     try:
+        with signals_afterwards():
+            process = subprocess.Popen(
+                command,
+                stdin=subprocess.PIPE,
+                stdout=subprocess.PIPE,
+                stderr=subprocess.PIPE,
+                bufsize=0,
+                start_new_session=True,
+            )
         with selectors.DefaultSelector() as events:
             os.set_blocking(process.stdin.fileno(), False)
             events.register(process.stdin, selectors.EVENT_WRITE)
@@ -177,11 +180,12 @@ def _run(
     except subprocess.TimeoutExpired:
         raise ConnectionFailure("ssh did not end", again=True) from None
     finally:
-        if process.poll() is None:
-            os.killpg(process.pid, signal.SIGKILL)
-        process.wait()
-        for stream in (process.stdin, process.stdout, process.stderr):
-            stream.close()
+        if process is not None:
+            if process.poll() is None:
+                os.killpg(process.pid, signal.SIGKILL)
+            process.wait()
+            for stream in (process.stdin, process.stdout, process.stderr):
+                stream.close()
     return bytes(outputs["stdout"]), bytes(outputs["stderr"]), process.returncode
 
 
