@@ -24,7 +24,7 @@ sys.path.insert(0, str(CONTROL))
 import documents
 import verbs
 from documents import Change, Tool, prove_whole
-from fleet_sim import BACKUP
+from fleet_sim import BACKUP, SSHD
 from repository import Repository, file_name
 from session import Answer, ConnectionFailure, _connection_failure, _parsed, _run, _ssh
 from words import Failure, clean
@@ -113,6 +113,14 @@ class ToolTest(unittest.TestCase):
             with Tool(str(program)) as tool, self.assertRaises(Failure) as caught:
                 tool.faults(b"x")
         self.assertIn("takes too much of it", caught.exception.lines[0])
+
+    def test_it_is_found_where_the_package_puts_it(self) -> None:
+        # The PATH is cron's. sshd is there on every machine of these tests, and reads no document.
+        program = Path(SSHD).name
+        with patch.dict(os.environ, PATH="/usr/bin:/bin"), Tool(program) as tool:
+            with self.assertRaises(Failure) as caught:
+                tool.prove_readable(b"x")
+        self.assertIn("cannot read its document", caught.exception.lines[0])
 
 
 class AnswerTest(unittest.TestCase):

@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 import json
+import os
 import resource
+import shutil
 import subprocess
 import tempfile
 from collections import Counter
@@ -81,7 +83,9 @@ class Tool:
     """tarvo-backup on this machine, in a private folder that lasts as long as this object is used."""
 
     def __init__(self, program: str) -> None:
-        self._program = program
+        # The package puts it into /usr/sbin, which the PATH of a plain user and that of cron leave out.
+        folders = os.environ.get("PATH", os.defpath) + ":/usr/local/sbin:/usr/sbin"
+        self._program = shutil.which(program, path=folders) or program
         self._folder = tempfile.TemporaryDirectory(prefix="tarvo-fleet-")
         self._files = 0
 
