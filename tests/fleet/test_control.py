@@ -317,7 +317,7 @@ class RepositoryTest(unittest.TestCase):
 
     def test_a_date_means_the_last_commit_of_that_day(self) -> None:
         self.repository.keep("other", b"0", ["other"])
-        for text, when in (("a", "2026-11-18T02:00"), ("b", "2026-11-20T02:00"), ("c", "2026-11-20T14:00")):
+        for text, when in (("a", "2026-11-18T02:00"), ("b", "2026-11-20T02:00"), ("c", "2026-11-20T14:00:20")):
             (self.folder / "hotel.xml").write_text(text)
             self.git("add", "hotel.xml")
             self.git("commit", "-m", text, GIT_COMMITTER_DATE=when, GIT_AUTHOR_DATE=when)
@@ -326,6 +326,10 @@ class RepositoryTest(unittest.TestCase):
             ("2026-11-19", b"a"),
             ("2026-11-20", b"c"),
             ("2026-11-20T03:00", b"b"),
+            ("2026-11-20T13:59", b"b"),
+            # Commits are shown with the minute.
+            ("2026-11-20T14:00", b"c"),
+            ("2026-11-20T14:00:19", b"b"),
             ("2027-01-01", b"c"),
         ):
             with self.subTest(when):

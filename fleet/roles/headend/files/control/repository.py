@@ -87,7 +87,7 @@ class Repository:
         return result.stdout if result.returncode == 0 else None
 
     def at(self, host: str, when: str) -> str:
-        """The commit that held the host's last backup on that day or at that moment, local time."""
+        """The commit that held the host's last backup until the end of that day or minute, local time."""
         moment = _moment(when)
         found = decoded(self._git("log", "--format=%H %ct", "--", file_name(host))).split()
         commits = list(zip(found[::2], map(int, found[1::2])))
@@ -257,7 +257,11 @@ def _moment(when: str) -> float:
     try:
         if not re.match(r"\d{4}-\d\d-\d\d(?:[T ]|$)", when):
             raise ValueError
-        end_of_day = "T23:59:59.999999" if len(when) == len("2026-11-20") else ""
-        return datetime.datetime.fromisoformat(when + end_of_day).timestamp()
+        end = ""
+        if len(when) == len("2026-11-20"):
+            end = "T23:59:59.999999"
+        elif re.fullmatch(r".{11}\d\d:\d\d", when):
+            end = ":59.999999"
+        return datetime.datetime.fromisoformat(when + end).timestamp()
     except (ValueError, OverflowError):
         raise Failure(f"date={when} is no date: write 2026-11-20, or 2026-11-20T14:30") from None
