@@ -520,6 +520,6 @@ def _what_next(answer: Answer) -> str:
     if is_refusal:
         return (
             "The headend refused the document. playbooks/plan.yml names the element; correct a copy of"
-            " the document ('tarvo-backup check' finds faults) and restore it with -e document=FILE."
+            " the document ('/usr/sbin/tarvo-backup check' finds faults) and restore it with -e document=FILE."
         )
     return "The headend could not do it now, its last line says why. When that has passed, run this again."
