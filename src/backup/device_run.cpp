@@ -1,6 +1,7 @@
 #include "backup/device_run.h"
 
 #include <iostream>
+#include <set>
 
 #include "app/run_modes.h"
 #include "backup/console.h"
@@ -25,6 +26,27 @@ OutputMuted::~OutputMuted() {
     std::cerr.rdbuf(err_);
 }
 
+namespace {
+
+// Why an export failed, a line for each reason. Of a database that is not there follows all the
+// rest.
+std::string reasonsIn(const Sandbox& sandbox) {
+    std::set<std::string> told;
+    std::string reasons;
+    for (const std::string& path : sandbox.missing()) {
+        reasons += "\n  " + path + " is not there";
+    }
+    for (const LogLine& line : sandbox.traffic().log) {
+        const std::string text = line.text.substr(0, line.text.find('\n'));
+        if (sandbox.missing().empty() && told.insert(text).second) {
+            reasons += "\n  " + onOneLine(text);
+        }
+    }
+    return reasons;
+}
+
+}  // namespace
+
 std::string exportIn(Sandbox& sandbox) {
     sandbox.startAfresh();
     app::ExitStatus status{};
@@ -34,11 +56,8 @@ std::string exportIn(Sandbox& sandbox) {
     }
     const Traffic& traffic = sandbox.traffic();
     if (status != app::ExitStatus::success || traffic.failedStatements > 0) {
-        std::string message = "the configuration cannot be read as a whole";
-        for (const LogLine& line : traffic.log) {
-            message += "\n  " + onOneLine(line.text.substr(0, line.text.find('\n')));
-        }
-        throw Fault(ExitStatus::cannotRead, message);
+        throw Fault(ExitStatus::cannotRead,
+                    "the configuration cannot be read as a whole" + reasonsIn(sandbox));
     }
     return traffic.files.at(app::kOutputFile).value_or("");
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -80,7 +81,11 @@ class Sandbox {
     [[nodiscard]] const Traffic& traffic() const { return traffic_; }
     [[nodiscard]] Traffic& traffic() { return traffic_; }
 
+    // The databases that were asked for and that the device does not have.
+    [[nodiscard]] const std::set<std::string>& missing() const { return missing_; }
+
     // For the door:
+    void noteMissing(const std::string& path) { missing_.insert(path); }
     void noteLine(int priority, const std::string& text);
     void noteScript(const std::string& command);
 
@@ -88,6 +93,7 @@ class Sandbox {
     SignalsNoted signals_;
     PrivateFolder folder_;
     Traffic traffic_;
+    std::set<std::string> missing_;
     unsigned earlierDebugMask_;
 };
 

@@ -28,9 +28,17 @@ Sandbox* enterSandbox() {
     return sandbox;
 }
 
-std::string mapped(const std::string& path) {
-    const Sandbox* sandbox = enterSandbox();
-    return sandbox == nullptr ? path : sandbox->mapped(path);
+// Where a database is that is about to be opened. One that is not there is made, in the copy.
+std::string database(const std::string& path) {
+    Sandbox* sandbox = enterSandbox();
+    if (sandbox == nullptr) {
+        return path;
+    }
+    std::string copy = sandbox->mapped(path);
+    if (!os::fileStatus(copy)) {
+        sandbox->noteMissing(path);
+    }
+    return copy;
 }
 
 template <class Read>
@@ -64,10 +72,10 @@ int counted(int result, sqlite3* db, char** errorMessage) {
 
 }  // namespace
 
-sqlite3* openDatabase(const std::string& path) { return os::openDatabase(mapped(path)); }
+sqlite3* openDatabase(const std::string& path) { return os::openDatabase(database(path)); }
 
 int openDatabaseFile(const std::string& path, sqlite3** db) {
-    return os::openDatabaseFile(mapped(path), db);
+    return os::openDatabaseFile(database(path), db);
 }
 
 int closeDatabase(sqlite3* db) { return os::closeDatabase(db); }
@@ -103,8 +111,13 @@ void sleepSeconds(unsigned seconds) {
     }
 }
 
-// Whose a file is, is asked of the device's own: the copies are this program's.
-std::optional<FileStatus> fileStatus(const std::string& path) { return os::fileStatus(path); }
+// Whose a file is, is asked of the device's own: the copies are this program's. A database that the
+// device does not have is the copy's.
+std::optional<FileStatus> fileStatus(const std::string& path) {
+    const auto ofDevice = os::fileStatus(path);
+    const Sandbox* sandbox = enterSandbox();
+    return ofDevice || sandbox == nullptr ? ofDevice : os::fileStatus(sandbox->mapped(path));
+}
 
 unsigned effectiveUser() { return os::effectiveUser(); }
 

@@ -14,13 +14,15 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 from e2e import (
     BACKUP_PROGRAM,
     CONFIG_DB,
-    Device,
+    PROGRAM,
     VSEC_DB,
+    Device,
     EndToEndTest,
     Result,
     document,
     edited,
     golden,
+    leave_half_written,
     main,
     models,
 )
@@ -106,17 +108,28 @@ class PlanTest(EndToEndTest):
                                  (plan["tries"],
                                   {k: plan["errors"][-1][k] for k in ("code", "element")}))
 
-    def test_an_error_without_a_place_is_told(self) -> None:
+    def test_a_database_that_is_not_there_is_one_without_tables_as_in_the_import(self) -> None:
         device = self.device("QRA-310")
         device.path(CONFIG_DB).unlink()
         device.path(DOCUMENT).write_bytes(golden("QRA-310"))
         plan = json.loads(self.backup(device, "plan", "--json", DOCUMENT).stdout)
-        self.assertEqual(3, plan["status"])
-        self.assertIn(
-            {"code": 102, "text": "Could not access database: Could not open DB", "element": None},
-            plan["errors"],
+        self.assertFalse(device.path(CONFIG_DB).exists())
+        self.assertEqual(
+            (
+                "Could not access database: Could not set value",
+                "identification/headendName",
+                3,
+                None,
+            ),
+            (
+                plan["errors"][0]["text"],
+                plan["errors"][0]["element"]["path"],
+                plan["status"],
+                plan["changes"],
+            ),
         )
-        self.assertIsNone(plan["changes"])
+        result = device.run(PROGRAM, [DOCUMENT])
+        self.assertEqual((3, 3), (result.status, result.stderr.count(b"Error: 102\n")))
 
     def test_a_module_of_another_address_replaces_one_of_its_kind(self) -> None:
         device = self.device("QRA-310")
@@ -245,24 +258,14 @@ class PlanTest(EndToEndTest):
 
     def test_a_database_with_a_journal_to_roll_back_is_copied_with_it(self) -> None:
         device = self.device("QRA-310")
-        path = device.path(CONFIG_DB)
-        with closing(device.database(CONFIG_DB)) as database:
-            database.execute("PRAGMA cache_size = 1")
-            database.execute("BEGIN")
-            database.execute("UPDATE configuracionWebGlobal SET valor = 'half' || valor")
-            database.execute("UPDATE ServiciosSalidaGlobal SET NombreSalida = 'half' || idSSG")
-            database.execute("UPDATE PIDsSalidaGlobal SET AudioCode = 'half' || idPSG")
-            half, journal = path.read_bytes(), Path(f"{path}-journal").read_bytes()
-            database.execute("ROLLBACK")
-        self.assertNotEqual(half, path.read_bytes())
-        path.write_bytes(half)
-        Path(f"{path}-journal").write_bytes(journal)
+        leave_half_written(device)
+        half = device.path(CONFIG_DB).read_bytes()
         text = document("<identification><location>Roof</location></identification>")
         device.path(DOCUMENT).write_bytes(text)
         before = snapshot(device)
         [change] = self.plan(device, text)["changes"]
         self.assertEqual("Málaga, Paseo del Mar 12 <sótano>", change["old"])
-        self.assertEqual(half, path.read_bytes())
+        self.assertEqual(half, device.path(CONFIG_DB).read_bytes())
 
 
 if __name__ == "__main__":

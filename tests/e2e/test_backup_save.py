@@ -354,6 +354,20 @@ class SaveTest(EndToEndTest):
             ),
         )
 
+    def test_a_database_that_is_not_there_is_named(self) -> None:
+        device = self.device("QRA-310")
+        device.path(STATE_DB).unlink()
+        result = self.save(device)
+        self.assertEqual(
+            (
+                3,
+                "tarvo-backup: the configuration cannot be read as a whole\n"
+                f"  {STATE_DB} is not there\n",
+            ),
+            (result.status, result.stderr.decode()),
+        )
+        self.assertFalse(device.path(STATE_DB).exists())
+
     def test_a_file_in_the_place_of_the_configuration_is_no_backup(self) -> None:
         device = self.device("QRA-310")
         whole = device.path(CONFIG_DB).read_bytes()

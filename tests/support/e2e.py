@@ -117,6 +117,27 @@ def preloaded(device: Device, name: str) -> str:
     return path
 
 
+def leave_half_written(device: Device) -> bytes:
+    """Leaves the configuration database as a program does that is killed in the midst of a transaction.
+
+    Returns the file that comes of it when the journal is rolled back.
+    """
+    path = device.path(CONFIG_DB)
+    with closing(device.database(CONFIG_DB)) as database:
+        database.execute("PRAGMA cache_size = 1")
+        database.execute("BEGIN")
+        database.execute("UPDATE configuracionWebGlobal SET valor = 'half' || valor")
+        database.execute("UPDATE ServiciosSalidaGlobal SET NombreSalida = 'half' || idSSG")
+        database.execute("UPDATE PIDsSalidaGlobal SET AudioCode = 'half' || idPSG")
+        half, journal = path.read_bytes(), Path(f"{path}-journal").read_bytes()
+        database.execute("ROLLBACK")
+    whole = path.read_bytes()
+    assert half != whole
+    path.write_bytes(half)
+    Path(f"{path}-journal").write_bytes(journal)
+    return whole
+
+
 def golden(model: str) -> bytes:
     """The whole document that the sample device of a model exports, as the output file holds it."""
     return (REPOSITORY / f"tests/e2e/golden/{model}.xml").read_bytes()
