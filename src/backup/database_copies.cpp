@@ -90,32 +90,45 @@ int hold(Source& source) {
     }
 }
 
-void copyBytes(const std::string& from, const std::string& to) {
-    const auto content = platform::files::readRegular(from);
+std::string bytesOf(const std::string& path) {
+    auto content = platform::files::readRegular(path);
     if (!content) {
-        throw Fault(ExitStatus::cannotRead, from + ": " + std::strerror(errno));
+        throw Fault(ExitStatus::cannotRead, path + ": " + std::strerror(errno));
     }
-    if (!platform::files::write(to, *content)) {
-        throw Fault(ExitStatus::cannotWrite, to + ": " + std::strerror(errno));
+    return *std::move(content);
+}
+
+void writeBytes(const std::string& path, const std::string& content) {
+    if (!platform::files::write(path, content)) {
+        throw Fault(ExitStatus::cannotWrite, path + ": " + std::strerror(errno));
     }
 }
 
-void copyWithJournal(const CopyJob& job) {
-    copyBytes(job.from, job.to);
-    if (fs::exists(job.from + kJournal)) {
-        copyBytes(job.from + kJournal, job.to + kJournal);
+// The database and its journal, if it has one. Another program that opens it rolls the journal
+// back; when that happens meanwhile, the two need not belong together, and the result is
+// SQLITE_BUSY.
+int copyWithJournal(const CopyJob& job) {
+    const std::string journal = job.from + kJournal;
+    const auto toUndo = platform::files::readRegular(journal);
+    const std::string content = bytesOf(job.from);
+    if (platform::files::readRegular(journal) != toUndo) {
+        return SQLITE_BUSY;
+    }
+    writeBytes(job.to, content);
+    if (toUndo) {
+        writeBytes(job.to + kJournal, *toUndo);
         // Rolls it back. What SQLite cannot read stays as it is.
         Connection db;
         if (tryOpening(job.to, Access::readWrite, db) == SQLITE_OK) {
             beginReading(db.get());
         }
     }
+    return SQLITE_OK;
 }
 
 int copyContent(const Source& source) {
     if (source.asItIs) {
-        copyWithJournal(*source.job);
-        return SQLITE_OK;
+        return copyWithJournal(*source.job);
     }
     Connection to;
     const int code = tryOpening(source.job->to, Access::readWrite, to);
@@ -169,14 +182,14 @@ void copyFromDevice(const std::vector<CopyJob>& jobs) {
 
 void copyOwn(const CopyJob& job) {
     if (fs::exists(job.from)) {
-        copyBytes(job.from, job.to);
+        writeBytes(job.to, bytesOf(job.from));
     }
 }
 
 void putBack(const CopyJob& job) {
     const Connection from = openConnection(job.from, Access::readOnly);
     if (beginReading(from.get()) == SQLITE_NOTADB) {
-        copyBytes(job.from, job.to);  // there was none before either
+        writeBytes(job.to, bytesOf(job.from));  // there was none before either
         return;
     }
     const Connection to = openConnection(job.to, Access::readWrite);

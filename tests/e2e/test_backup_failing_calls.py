@@ -19,6 +19,7 @@ from e2e import (
     Result,
     golden,
     installed,
+    leave_half_written,
     main,
     preloaded,
     tables,
@@ -170,6 +171,14 @@ class FailingCallsTest(EndToEndTest):
         result = self.beside(device, "OTHERS_REMOVE", "/tmp/tarvo-backup.", "save")
         self.assertEqual((0, b""), (result.status, result.stderr))
         self.assertEqual([], self.private(device))
+
+    def test_a_journal_that_somebody_rolls_back_meanwhile_tears_no_copy(self) -> None:
+        device = self.device(MODEL)
+        whole = leave_half_written(device)
+        device.path(f"{CONFIG_DB}.whole").write_bytes(whole)
+        result = self.beside(device, "OTHERS_RECOVER", CONFIG_DB, "save", "--output", "-")
+        self.assertEqual((0, golden(MODEL), b""), (result.status, result.stdout, result.stderr))
+        self.assertFalse(device.path(f"{CONFIG_DB}.whole").exists())
 
     # Backups.
 
