@@ -130,7 +130,10 @@ class Making {
   private:
     [[nodiscard]] std::string shown(const XmlNode& parent, const char* name) const {
         std::string text = textIn(parent, name);
-        return text.empty() || withSecrets_ || !isSecret(name) ? text : kMask;
+        if (text.empty() || withSecrets_) {
+            return text;
+        }
+        return isSecret(name) ? kMask : withoutCredentials(text);
     }
 
     [[nodiscard]] std::string headendName() const {

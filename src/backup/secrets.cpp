@@ -22,7 +22,14 @@ std::vector<const char*> secretNames(const mapping::Element& element) {
     return names;
 }
 
-void mask(XmlNode& node) {
+void maskCredentials(document::XmlDocument& tree, XmlNode& node) {
+    const std::string_view text(node.value(), node.value_size());
+    if (const std::string masked = withoutCredentials(text); masked != text) {
+        node.value(tree.allocate_string(masked.c_str(), masked.size() + 1), masked.size());
+    }
+}
+
+void mask(document::XmlDocument& tree, XmlNode& node) {
     if (isSecret(node.name())) {
         node.remove_all_attributes();
         if (node.first_node() != nullptr) {
@@ -31,8 +38,9 @@ void mask(XmlNode& node) {
         }
         return;
     }
+    maskCredentials(tree, node);
     for (XmlNode& child : document::childrenOf(node)) {
-        mask(child);
+        mask(tree, child);
     }
 }
 
@@ -46,10 +54,26 @@ bool isSecret(std::string_view name) {
     });
 }
 
+std::string withoutCredentials(std::string_view text) {
+    constexpr std::string_view kBefore = "://";
+    std::string masked;
+    for (std::size_t at = text.find(kBefore); at != std::string_view::npos;
+         at = text.find(kBefore)) {
+        masked += text.substr(0, at + kBefore.size());
+        text.remove_prefix(at + kBefore.size());
+        const std::string_view authority = text.substr(0, text.find_first_of("/?# \t\r\n"));
+        if (const std::size_t end = authority.rfind('@'); end != std::string_view::npos) {
+            masked += kMask;
+            text.remove_prefix(end);
+        }
+    }
+    return masked.append(text);
+}
+
 std::string redacted(const Document& document) {
     document::XmlDocument tree;
     document::parseCopy(tree, document.text());
-    mask(tree);
+    mask(tree, tree);
     XmlNode* mark = tree.allocate_node(rapidxml::node_element, Document::kRedacted);
     while (XmlNode* node = tree.first_node()) {
         tree.remove_node(node);

@@ -106,6 +106,32 @@ TEST(BackupShow, RedactsSecretsWhereverTheyStandAndMarksTheDocument) {
               "\t\t</configuration>\n\t\t<vsecureCAMList/>\n\t</backup>\n</redacted>\n");
 }
 
+TEST(BackupShow, UsersAndPasswordsInAddressesAreSecret) {
+    for (const auto& [text, masked] : std::vector<std::pair<std::string, std::string>>{
+             {"http://guest:pw@cas.example/a@b", "http://(masked)@cas.example/a@b"},
+             {"ftp://token@host", "ftp://(masked)@host"},
+             {"x://a@b://c:d@e f@g", "x://(masked)@b://(masked)@e f@g"},
+             {"http://host/a:b@c", "http://host/a:b@c"},
+             {"http://host?a@b", "http://host?a@b"},
+             {"a:b@c", "a:b@c"},
+             {"http://", "http://"},
+             {"", ""}}) {
+        EXPECT_EQ(withoutCredentials(text), masked);
+    }
+    const std::string text =
+        "<configuration><x>http://u:p@host</x><y><![CDATA[ftp://u:p@host]]></y></configuration>";
+    EXPECT_EQ(redacted(parsed(text)),
+              "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<redacted>\n\t<configuration>\n"
+              "\t\t<x>http://(masked)@host</x>\n"
+              "\t\t<y>\n\t\t\t<![CDATA[ftp://(masked)@host]]>\n\t\t</y>\n\t</configuration>\n"
+              "</redacted>\n");
+    const std::string document =
+        "<configuration><identification><location>http://u:p@host</location></identification>"
+        "</configuration>";
+    EXPECT_THAT(ran({"show", "-"}, document).out, HasSubstr("http://(masked)@host\n"));
+    EXPECT_THAT(ran({"show", "-", "--secrets"}, document).out, HasSubstr("http://u:p@host\n"));
+}
+
 TEST(BackupShow, ARedactedDocumentIsAnErrorToCheckAndCanStillBeShown) {
     const std::string text = shown({"--redact"}).out;
     const Document document = parsed(text);
