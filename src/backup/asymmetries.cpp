@@ -58,7 +58,7 @@ bool differsIn(const Plan& plan, std::string_view part, std::string_view end) {
 }
 
 bool hasError(const Plan& plan, std::string_view text) {
-    return std::any_of(plan.errors.begin(), plan.errors.end(), [text](const PlannedError& error) {
+    return std::any_of(plan.errors.begin(), plan.errors.end(), [text](const ImportError& error) {
         return error.text.find(text) != std::string::npos;
     });
 }

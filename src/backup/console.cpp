@@ -26,21 +26,25 @@ std::string_view startOf(Style style) {
 
 constexpr std::string_view kEnd = "\x1b[0m";
 
-// Also U+0080 to U+009F, which some terminals take for commands.
-bool isTerminalControl(std::string_view character) {
-    const auto first = static_cast<unsigned char>(character.front());
-    return first < 0x20 || first == 0x7f ||
-           (first == 0xc2 && static_cast<unsigned char>(character.back()) < 0xa0);
-}
-
 }  // namespace
 
 std::string Painter::operator()(Style style, std::string_view text) const {
     return active_ ? std::string(startOf(style)).append(text).append(kEnd) : std::string(text);
 }
 
-std::string onOneLine(std::string_view text) {
+bool isTerminalControl(std::string_view character) {
+    const auto first = static_cast<unsigned char>(character.front());
+    return first < 0x20 || first == 0x7f ||
+           (first == 0xc2 && static_cast<unsigned char>(character.back()) < 0xa0);
+}
+
+std::string twoHexDigits(char byte) {
     constexpr std::string_view kDigits = "0123456789abcdef";
+    const auto number = static_cast<unsigned char>(byte);
+    return {kDigits[number >> 4U], kDigits[number & 0xfU]};
+}
+
+std::string onOneLine(std::string_view text) {
     std::string line;
     while (!text.empty()) {
         const std::size_t length = characterLength(text);
@@ -52,8 +56,7 @@ std::string onOneLine(std::string_view text) {
             line += "\\t";
         } else if (length == 0 || isTerminalControl(character)) {
             for (const char each : character) {
-                const auto byte = static_cast<unsigned char>(each);
-                line += {'\\', 'x', kDigits[byte >> 4U], kDigits[byte & 0xfU]};
+                line += "\\x" + twoHexDigits(each);
             }
         } else {
             line += character;

@@ -41,6 +41,11 @@ class Painter {
     bool active_;
 };
 
+// A character, as UTF-8, that is a command to some terminals: below U+0020 or U+007F to U+009F.
+bool isTerminalControl(std::string_view character);
+
+std::string twoHexDigits(char byte);
+
 // The text on one line, without what a terminal takes for a command: control characters and bytes
 // that are not UTF-8 as \n, \t or \x1b, a backslash as it is.
 std::string onOneLine(std::string_view text);

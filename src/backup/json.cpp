@@ -2,7 +2,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "backup/console.h"
 #include "backup/utc_time.h"
+#include "backup/utf8.h"
 
 namespace tarvo_backup {
 
@@ -10,9 +12,22 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-// Bytes that are not UTF-8 become U+FFFD: JSON has no others.
+// Bytes that are not UTF-8 become U+FFFD: JSON has no others. Of the characters that a terminal may
+// obey, the library escapes those below U+0020 only.
 std::string printed(const Json& json) {
-    return json.dump(2, ' ', false, Json::error_handler_t::replace);
+    const std::string dumped = json.dump(2, ' ', false, Json::error_handler_t::replace);
+    std::string text;
+    text.reserve(dumped.size());
+    for (std::string_view rest = dumped; !rest.empty();) {
+        const std::string_view character = rest.substr(0, characterLength(rest));
+        rest.remove_prefix(character.size());
+        if (character != "\n" && isTerminalControl(character)) {
+            text += "\\u00" + twoHexDigits(character.back());
+        } else {
+            text += character;
+        }
+    }
+    return text;
 }
 
 Json jsonOf(const std::optional<std::string>& text) { return text ? Json(*text) : Json(nullptr); }
@@ -37,7 +52,7 @@ Json jsonOf(const ElementPlace& element) {
             {"column", element.position.column}};
 }
 
-Json jsonOf(const PlannedError& error) {
+Json jsonOf(const ImportError& error) {
     return {{"code", error.code},
             {"text", error.text},
             {"element", error.element ? jsonOf(*error.element) : Json(nullptr)}};
@@ -89,6 +104,24 @@ Json listOf(const std::vector<Item>& items) {
     return list;
 }
 
+// When it was undone, and what became of what was taken back; nulls where nothing was.
+Json detailsOf(const std::optional<Undone>& undone) {
+    const Undone details = undone.value_or(Undone());
+    return {
+        {"undoneAt", undone ? Json(utcText(details.moment, "%Y-%m-%dT%H:%M:%SZ")) : Json(nullptr)},
+        {"kept", details.kept},
+        {"notKept", details.notKept.empty() ? Json(nullptr) : Json(details.notKept)}};
+}
+
+Json jsonOf(const std::optional<Undone>& undone) {
+    if (!undone) {
+        return nullptr;
+    }
+    Json object = {{"document", undone->document}};
+    object.update(detailsOf(undone));
+    return object;
+}
+
 // As printed(listOf(items)), of which there may be as many as a document has bytes: a tree of all
 // of them would take some times their text.
 template <class Item>
@@ -133,7 +166,7 @@ std::string toJson(const RestoreReport& report) {
     static constexpr const char* kOutcomes[] = {"restored", "refused", "declined", "undone"};
     return printed(
         {{"outcome", kOutcomes[static_cast<int>(report.outcome)]},
-         {"undidEarlier", report.undoneEarlier.has_value()},
+         {"undidEarlier", jsonOf(report.undoneEarlier)},
          {"plan", jsonOf(report.plan)},
          {"backup", report.backup.empty() ? Json(nullptr) : Json(report.backup)},
          {"importStatus",
@@ -144,13 +177,10 @@ std::string toJson(const RestoreReport& report) {
 
 std::string toJson(const Ending& ending) {
     static constexpr const char* kOutcomes[] = {"nothing", "confirmed", "undone"};
-    const Undone undone = ending.undone.value_or(Undone());
-    return printed({{"outcome", kOutcomes[static_cast<int>(ending.outcome)]},
-                    {"document", ending.document.empty() ? Json(nullptr) : Json(ending.document)},
-                    {"undoneAt", ending.undone ? Json(utcText(undone.moment, "%Y-%m-%dT%H:%M:%SZ"))
-                                               : Json(nullptr)},
-                    {"kept", undone.kept},
-                    {"notKept", undone.notKept.empty() ? Json(nullptr) : Json(undone.notKept)}});
+    Json object = {{"outcome", kOutcomes[static_cast<int>(ending.outcome)]},
+                   {"document", ending.document.empty() ? Json(nullptr) : Json(ending.document)}};
+    object.update(detailsOf(ending.undone));
+    return printed(object);
 }
 
 std::string toJson(const Overview& overview) {
@@ -174,7 +204,7 @@ std::string toJson(const Saved& saved, const TriedExport& tried) {
     return printed({{"file", saved.path},
                     {"unchanged", saved.isUnchanged},
                     {"removed", saved.removed},
-                    {"refusals", tried.refusals},
+                    {"refusals", listOf(tried.refusals)},
                     {"notTried", tried.notTried.empty() ? Json(nullptr) : Json(tried.notTried)}});
 }
 

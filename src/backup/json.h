@@ -34,7 +34,8 @@ std::string toJson(const RestoreReport& report);
 // {"outcome": "confirmed", "undone" or "nothing", "document": name or null, ...}
 std::string toJson(const Ending& ending);
 
-// {"file": ..., "unchanged": ..., "removed": [...], "refusals": [...], "notTried": why or null}
+// {"file": ..., "unchanged": ..., "removed": [...], "refusals": as errors of a plan, "notTried":
+// why or null}
 std::string toJson(const Saved& saved, const TriedExport& tried);
 
 }  // namespace tarvo_backup

@@ -18,53 +18,7 @@
 
 namespace tarvo_backup {
 
-using tarvo_remote_control::ErrorCode;
-
 namespace {
-
-// The import has read the same text into the same tree.
-const XmlNode& nodeAt(const XmlNode& tree, const Place& place) {
-    const XmlNode* node = &tree;
-    for (const std::size_t index : place) {
-        node = node->first_node();
-        for (std::size_t skipped = 0; skipped < index; ++skipped) {
-            node = node->next_sibling();
-        }
-    }
-    return *node;
-}
-
-// Errors that are of all modules, not of the one that was read last.
-bool isOfAllModules(ErrorCode code) {
-    return code == ErrorCode::moduleNotFound || code == ErrorCode::moduleAmount;
-}
-
-const XmlNode* elementOfError(const Document& document, const RecordedError& error) {
-    // Follows the error that ended the import, and says no more.
-    if (!error.place || error.code == ErrorCode::setConfiguration) {
-        return nullptr;
-    }
-    const XmlNode* node = &nodeAt(document.tree(), *error.place);
-    while (isOfAllModules(error.code) && !document::hasName(*node, "modules")) {
-        node = node->parent();
-    }
-    return node;
-}
-
-std::vector<PlannedError> plannedErrors(const Document& document,
-                                        const std::vector<RecordedError>& errors) {
-    std::vector<PlannedError> planned;
-    for (const RecordedError& error : errors) {
-        PlannedError one{.code = number(error.code), .text = error.text, .element = std::nullopt};
-        if (const XmlNode* node = elementOfError(document, error)) {
-            one.element = placeOf(document, *node);
-        }
-        if (std::find(planned.begin(), planned.end(), one) == planned.end()) {
-            planned.push_back(std::move(one));
-        }
-    }
-    return planned;
-}
 
 // The lines of the import's log that tell of a fault: those that it writes itself, which all begin
 // alike, and those of the databases.
@@ -112,7 +66,7 @@ PlannedRestore::PlannedRestore(const Document& document) {
     plan_.status = importIn(sandbox_, document.text());
     const Traffic traffic = sandbox_.traffic();
     plan_.tries = traffic.tries;
-    plan_.errors = plannedErrors(document, traffic.errors);
+    plan_.errors = importErrors(document, traffic.errors);
     plan_.complaints = complaintsIn(traffic.log);
     plan_.scripts = traffic.scripts;
     plan_.runsNetworkScript =

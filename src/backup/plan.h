@@ -9,20 +9,12 @@
 #include "backup/asymmetries.h"
 #include "backup/diff.h"
 #include "backup/document.h"
-#include "backup/element_place.h"
+#include "backup/import_errors.h"
 #include "backup/module_bindings.h"
 #include "backup/row_changes.h"
 #include "backup/sandbox.h"
 
 namespace tarvo_backup {
-
-struct PlannedError {
-    int code = 0;
-    std::string text;
-    std::optional<ElementPlace> element;
-
-    bool operator==(const PlannedError&) const = default;
-};
 
 struct Plan {
     // Why tarvo-backup restore would not begin: what it saves before could not be saved. Empty
@@ -31,8 +23,7 @@ struct Plan {
     // What tarvo-config FILE would end with, and after how many tries.
     app::ExitStatus status = app::ExitStatus::success;
     std::size_t tries = 0;
-    // Each error once, though every try meets it.
-    std::vector<PlannedError> errors;
+    std::vector<ImportError> errors;
     // What the import would log as an error besides.
     std::vector<std::string> complaints;
     // Of what an export shows.

@@ -49,7 +49,7 @@ class Report {
         }
         out_ << '\n';
         printWhyUnreadable();
-        for (const PlannedError& error : plan.errors) {
+        for (const ImportError& error : plan.errors) {
             out_ << paint_(Style::error, located(error)) << '\n';
         }
         for (const std::string& complaint : plan.complaints) {
@@ -66,17 +66,13 @@ class Report {
         }
     }
 
-    [[nodiscard]] std::string located(const PlannedError& error) const {
-        std::string line = document_.name() + ":";
+    [[nodiscard]] std::string located(const ImportError& error) const {
+        std::string place = document_.name() + ":";
         if (error.element) {
-            line += std::to_string(error.element->position.line) + ":" +
-                    std::to_string(error.element->position.column) + ":";
+            place += std::to_string(error.element->position.line) + ":" +
+                     std::to_string(error.element->position.column) + ":";
         }
-        line += " error " + std::to_string(error.code) + ": ";
-        if (error.element && !error.element->path.empty()) {
-            line += onOneLine(error.element->path) + ": ";
-        }
-        return line + onOneLine(error.text);
+        return place + " " + described(error);
     }
 
     void printChanges(const Plan& plan) {

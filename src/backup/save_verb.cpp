@@ -23,19 +23,20 @@ void printForPeople(const Saved& saved, std::ostream& out) {
     }
 }
 
-// It is kept all the same: nothing else holds these settings.
-void warn(const TriedExport& tried, std::ostream& err) {
+// It is kept all the same: nothing else holds these settings. Of what was kept before, it was said
+// before.
+void warn(const TriedExport& tried, bool isUnchanged, std::ostream& err) {
     if (!tried.notTried.empty()) {
         err << "tarvo-backup: warning: whether this headend would take the backup back cannot be "
                "tried: "
             << tried.notTried << '\n';
     }
-    if (tried.refusals.empty()) {
+    if (tried.refusals.empty() || isUnchanged) {
         return;
     }
     err << "tarvo-backup: warning: this headend would not take the backup back as it is\n";
-    for (const std::string& refusal : tried.refusals) {
-        err << "  " << onOneLine(refusal) << '\n';
+    for (const ImportError& refusal : tried.refusals) {
+        err << "  " << described(refusal) << '\n';
     }
 }
 
@@ -59,7 +60,7 @@ ExitStatus runSave(const SaveOptions& options, const Console& console) {
     if (toStandardOutput) {
         progress.reset();
         console.out << tried.document;
-        warn(tried, console.err);
+        warn(tried, false, console.err);
         return ExitStatus::done;
     }
     const Saved result = keep(options, tried.document);
@@ -69,7 +70,7 @@ ExitStatus runSave(const SaveOptions& options, const Console& console) {
     } else {
         printForPeople(result, console.out);
     }
-    warn(tried, console.err);
+    warn(tried, result.isUnchanged, console.err);
     return ExitStatus::done;
 }
 

@@ -1,6 +1,5 @@
 #include "backup/verified_export.h"
 
-#include <algorithm>
 #include <filesystem>
 
 #include "app/exit_status.h"
@@ -93,15 +92,11 @@ TriedExport triedExport() {
         tried.notTried = fault.what();
         return tried;
     }
-    // Each of the import's tries has met them, and the last of them only says that it failed.
-    for (const RecordedError& error : sandbox.traffic().errors) {
-        const bool tellsWhy = error.code != tarvo_remote_control::ErrorCode::setConfiguration;
-        std::string refusal = "error " + std::to_string(number(error.code)) + ": " + error.text;
-        if (tellsWhy && std::find(tried.refusals.begin(), tried.refusals.end(), refusal) ==
-                            tried.refusals.end()) {
-            tried.refusals.push_back(std::move(refusal));
-        }
-    }
+    tried.refusals = importErrors(Document("backup", tried.document), sandbox.traffic().errors);
+    // It only says that the import failed.
+    std::erase_if(tried.refusals, [](const ImportError& error) {
+        return error.code == number(tarvo_remote_control::ErrorCode::setConfiguration);
+    });
     return tried;
 }
 

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "backup/import_errors.h"
+
 namespace tarvo_backup {
 
 class Sandbox;
@@ -17,9 +19,8 @@ std::string verifiedExportIn(Sandbox& sandbox);
 
 struct TriedExport {
     std::string document;
-    // Why this headend would not take the document back as it is: the errors of an import; empty
-    // when it would.
-    std::vector<std::string> refusals;
+    // Why this headend would not take the document back as it is; empty when it would.
+    std::vector<ImportError> refusals;
     // Why that could not be tried, for lack of room; empty when it was.
     std::string notTried;
 };

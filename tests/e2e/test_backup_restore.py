@@ -700,7 +700,11 @@ class RestoreTest(EndToEndTest):
         device = self.made()
         self.killed_in(device, "importing", "restore", "--yes", DOCUMENT)
         done = self.json(device, "restore", "--json", "--yes", DOCUMENT)
-        self.assertEqual((0, True), (done["status"], done["undidEarlier"]))
+        earlier = done["undidEarlier"]
+        self.assertEqual((0, DOCUMENT, None), (done["status"], earlier["document"], earlier["notKept"]))
+        self.assertRegex(earlier["undoneAt"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ$")
+        for path in earlier["kept"]:
+            self.assertTrue(device.path(path).exists())
 
     def test_what_changes_while_somebody_is_asked_is_planned_anew(self) -> None:
         gateway = document("<network><gateway>10.7.7.7</gateway></network>")
@@ -925,7 +929,7 @@ class RestoreTest(EndToEndTest):
             {
                 "status": 0,
                 "outcome": "restored",
-                "undidEarlier": False,
+                "undidEarlier": None,
                 "plan": plan,
                 "backup": f"/tarvo/backup/{saved.name}",
                 "importStatus": 0,

@@ -241,19 +241,24 @@ class SaveTest(EndToEndTest):
                 BACKUP_PROGRAM, ["plan", "--json", saved["file"]], env={"TZ": "UTC"}, timeout=120
             )
             why = [
-                f"error {error['code']}: {error['text']}"
-                for error in json.loads(planned.stdout)["errors"]
-                if error["code"] != 202
+                error for error in json.loads(planned.stdout)["errors"] if error["code"] != 202
             ]
             self.assertEqual((0, why), (result.status, saved["refusals"]))
             self.assertEqual(planned.status == 6, why != [])
             lines = ["tarvo-backup: warning: this headend would not take the backup back as it is"]
-            lines += [f"  {reason}" for reason in why]
+            for error in why:
+                path = f"{error['element']['path']}: " if error["element"] else ""
+                lines.append(f"  error {error['code']}: {path}{error['text']}")
             expected = "".join(line + "\n" for line in lines) if why else ""
             self.assertEqual(expected, result.stderr.decode())
             again = self.save(device, "--output", "-")
             self.assertEqual(
                 (0, golden(model), result.stderr), (again.status, again.stdout, again.stderr)
+            )
+            unchanged = self.save(device, "--json")
+            self.assertEqual(
+                (0, b"", {**saved, "unchanged": True}),
+                (unchanged.status, unchanged.stderr, json.loads(unchanged.stdout)),
             )
 
         self.each(check, ((model,) for model in models()))

@@ -16,6 +16,25 @@ TEST(BackupJson, HasNullForWhatARestoreDidNotComeTo) {
     }
 }
 
+TEST(BackupJson, HoldsNoCharacterThatATerminalObeys) {
+    const Difference difference{
+        .path = "\x1b\x7f\xc2\x80\xc2\x9f", .oldText = "\xc2\xa0\xc3\xa1", .newText = "\n"};
+    EXPECT_EQ(toJson(std::vector<Difference>{difference}),
+              "[\n  {\n    \"path\": \"\\u001b\\u007f\\u0080\\u009f\",\n"
+              "    \"old\": \"\xc2\xa0\xc3\xa1\",\n    \"new\": \"\\n\"\n  }\n]");
+}
+
+TEST(BackupJson, TellsWhatARestoreUndidBefore) {
+    RestoreReport report;
+    EXPECT_THAT(toJson(report), HasSubstr("\"undidEarlier\": null"));
+    report.undoneEarlier = {
+        .document = "a.xml", .moment = 1700000000, .kept = {"/k"}, .notKept = ""};
+    EXPECT_THAT(toJson(report), HasSubstr("\"undidEarlier\": {\n    \"document\": \"a.xml\",\n"
+                                          "    \"undoneAt\": \"2023-11-14T22:13:20Z\",\n"
+                                          "    \"kept\": [\n      \"/k\"\n    ],\n"
+                                          "    \"notKept\": null\n  }"));
+}
+
 TEST(BackupJson, AListIsIndentedAsOneOfAnythingElse) {
     EXPECT_EQ(toJson(std::vector<Finding>{}), "[]");
     const Finding finding{.position = {.line = 3, .column = 5},
