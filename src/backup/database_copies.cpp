@@ -2,10 +2,16 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "backup/interruption.h"
 #include "backup/patience.h"
@@ -24,7 +30,11 @@ struct FinishBackup {
     void operator()(sqlite3_backup* backup) const { sqlite3_backup_finish(backup); }
 };
 
+using BackupHandle = std::unique_ptr<sqlite3_backup, FinishBackup>;
+
 constexpr const char* kJournal = "-journal";
+constexpr const char* kLog = "-wal";
+constexpr const char* kLogIndex = "-shm";
 
 // A copy's step tells the extended ones.
 int primaryCode(int code) { return code & 0xff; }
@@ -44,8 +54,7 @@ int whileBusy(Work work, BetweenTries betweenTries) {
 
 // The content of `from` into `to`; its result code is the one of the step.
 int copyPages(sqlite3* to, sqlite3* from) {
-    const std::unique_ptr<sqlite3_backup, FinishBackup> backup(
-        sqlite3_backup_init(to, "main", from, "main"));
+    const BackupHandle backup(sqlite3_backup_init(to, "main", from, "main"));
     if (!backup) {
         return sqlite3_errcode(to);
     }
@@ -58,13 +67,6 @@ int beginReading(sqlite3* db) {
     return sqlite3_exec(db, "BEGIN; SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
 }
 
-// A database among those that are copied at one moment.
-struct Source {
-    const CopyJob* job;
-    Connection db;
-    bool asItIs = false;  // as a file, without SQLite
-};
-
 // What somebody else has put there can be a pipe, which never ends, or a link to any file.
 void checkTrusted(const std::string& path) {
     if (const std::string reason = tarvodb::reasonAgainst(path); !reason.empty()) {
@@ -72,9 +74,50 @@ void checkTrusted(const std::string& path) {
     }
 }
 
+// A database's file, and those beside it that belong to it: "" is the file itself.
+constexpr const char* kFiles[] = {"", kJournal, kLog};
+using Files = std::array<std::optional<std::string>, std::size(kFiles)>;
+
+Files filesOf(const std::string& path) {
+    Files files;
+    std::transform(std::begin(kFiles), std::end(kFiles), files.begin(),
+                   [&](const char* suffix) { return platform::files::readRegular(path + suffix); });
+    return files;
+}
+
+// A database among those that are copied at one moment: held by a transaction that reads, or else
+// its files.
+struct Source {
+    const CopyJob* job;
+    Connection db;
+    Files files;
+};
+
+void takeFiles(Source& source) {
+    source.db.reset();
+    source.files = filesOf(source.job->from);
+    if (!source.files.front()) {
+        throw Fault(ExitStatus::cannotRead, source.job->from + ": " + std::strerror(errno));
+    }
+}
+
+// Whether it is in WAL mode and nobody has it open: SQLite, even when it only reads, would make
+// files beside it.
+bool isLogAtRest(const std::string& path) {
+    constexpr std::size_t kReadVersion = 19;  // of the format, in a database's header
+    constexpr char kWal = 2;
+    std::array<char, kReadVersion + 1> header{};
+    std::ifstream(path, std::ios::binary).read(header.data(), header.size());
+    return header[kReadVersion] == kWal && !fs::exists(path + kLogIndex);
+}
+
 // Takes hold of one more. A source that SQLite cannot read as it stands is taken as a file.
 int hold(Source& source) {
     checkTrusted(source.job->from);
+    if (isLogAtRest(source.job->from)) {
+        takeFiles(source);
+        return SQLITE_OK;
+    }
     int code = tryOpening(source.job->from, Access::readOnly, source.db);
     checkTrusted(source.job->from);
     code = code == SQLITE_OK ? beginReading(source.db.get()) : code;
@@ -82,12 +125,33 @@ int hold(Source& source) {
         case SQLITE_NOTADB:
         case SQLITE_CORRUPT:
         case SQLITE_READONLY:  // a journal must be rolled back first
-            source.db.reset();
-            source.asItIs = true;
+            takeFiles(source);
             return SQLITE_OK;
         default:
             return code;
     }
+}
+
+// A number that moves when a transaction finds that somebody else has written since the one before.
+unsigned dataVersion(sqlite3* db) {
+    unsigned version = 0;
+    sqlite3_file_control(db, "main", SQLITE_FCNTL_DATA_VERSION, &version);
+    return version;
+}
+
+// Whether nobody has written to it since it was held. A transaction that reads keeps writers out,
+// but not those of a write-ahead log.
+bool isAsItWasHeld(const Source& source) {
+    if (!source.db) {
+        return filesOf(source.job->from) == source.files;
+    }
+    sqlite3* db = source.db.get();
+    if (query(db, "PRAGMA journal_mode") != std::vector<Cells>{{"wal"}}) {
+        return true;
+    }
+    const unsigned version = dataVersion(db);
+    query(db, "COMMIT");
+    return beginReading(db) == SQLITE_OK && dataVersion(db) == version;
 }
 
 std::string bytesOf(const std::string& path) {
@@ -104,31 +168,24 @@ void writeBytes(const std::string& path, const std::string& content) {
     }
 }
 
-// The database and its journal, if it has one. Another program that opens it rolls the journal
-// back; when that happens meanwhile, the two need not belong together, and the result is
-// SQLITE_BUSY.
-int copyWithJournal(const CopyJob& job) {
-    const std::string journal = job.from + kJournal;
-    const auto toUndo = platform::files::readRegular(journal);
-    const std::string content = bytesOf(job.from);
-    if (platform::files::readRegular(journal) != toUndo) {
-        return SQLITE_BUSY;
-    }
-    writeBytes(job.to, content);
-    if (toUndo) {
-        writeBytes(job.to + kJournal, *toUndo);
-        // Rolls it back. What SQLite cannot read stays as it is.
-        Connection db;
-        if (tryOpening(job.to, Access::readWrite, db) == SQLITE_OK) {
-            beginReading(db.get());
+void writeFiles(const Files& files, const std::string& path) {
+    for (std::size_t at = 0; at < files.size(); ++at) {
+        if (files[at]) {
+            writeBytes(path + kFiles[at], *files[at]);
         }
     }
-    return SQLITE_OK;
+    // Settles what a journal or a log holds. What SQLite cannot read stays as it is.
+    Connection db;
+    if (std::any_of(files.begin() + 1, files.end(), [](const auto& file) { return file; }) &&
+        tryOpening(path, Access::readWrite, db) == SQLITE_OK) {
+        beginReading(db.get());
+    }
 }
 
 int copyContent(const Source& source) {
-    if (source.asItIs) {
-        return copyWithJournal(*source.job);
+    if (!source.db) {
+        writeFiles(source.files, source.job->to);
+        return SQLITE_OK;
     }
     Connection to;
     const int code = tryOpening(source.job->to, Access::readWrite, to);
@@ -138,7 +195,7 @@ int copyContent(const Source& source) {
 // Nobody can use a file that is no database, so that nobody loses it. An empty one is a database.
 void emptyRuin(const std::string& path) {
     // What was left beside it would be taken for the new one's.
-    for (const char* suffix : {kJournal, "-wal", "-shm"}) {
+    for (const char* suffix : {kJournal, kLog, kLogIndex}) {
         platform::removeFile(path + suffix);
     }
     std::error_code ignored;  // the next copy finds the ruin again
@@ -157,9 +214,16 @@ void copyFromDevice(const std::vector<CopyJob>& jobs) {
             if (!fs::exists(job.from)) {
                 continue;
             }
-            sources.push_back({.job = &job, .db = nullptr});
+            sources.push_back({.job = &job, .db = nullptr, .files = {}});
             if (const int held = hold(sources.back()); held != SQLITE_OK) {
                 return held;
+            }
+        }
+        // Each was held before any is looked at again: they are of one moment.
+        for (const Source& source : sources) {
+            path = source.job->from;
+            if (!isAsItWasHeld(source)) {
+                return SQLITE_BUSY;
             }
         }
         for (const Source& source : sources) {
@@ -186,22 +250,57 @@ void copyOwn(const CopyJob& job) {
     }
 }
 
-void putBack(const CopyJob& job) {
-    const Connection from = openConnection(job.from, Access::readOnly);
-    if (beginReading(from.get()) == SQLITE_NOTADB) {
-        writeBytes(job.to, bytesOf(job.from));  // there was none before either
+PutBack::PutBack(CopyJob job) : job_(std::move(job)) {
+    if (!fs::exists(job_.to)) {
         return;
     }
-    const Connection to = openConnection(job.to, Access::readWrite);
-    const auto copy = [&] {
-        return whileBusy([&] { return copyPages(to.get(), from.get()); }, [] {});
+    to_ = openConnection(job_.to, Access::readWrite);
+    const auto read = [this] {
+        const int code = beginReading(to_.get());
+        sqlite3_exec(to_.get(), "COMMIT", nullptr, nullptr, nullptr);
+        return code;
     };
-    int code = copy();
-    if (code == SQLITE_NOTADB) {
-        emptyRuin(job.to);
-        code = copy();
+    if (whileBusy(read, [] {}) == SQLITE_OK) {
+        version_ = dataVersion(to_.get());
     }
-    checkResult(code, ExitStatus::cannotWrite, job.to);
+}
+
+// Gives SQLite's result code. Others are locked out before it is asked whether they have written.
+int PutBack::copy(sqlite3* from, bool whoeverHasWritten) {
+    const BackupHandle backup(sqlite3_backup_init(to_.get(), "main", from, "main"));
+    if (!backup) {
+        return sqlite3_errcode(to_.get());
+    }
+    int code = sqlite3_backup_step(backup.get(), 0);
+    if (code == SQLITE_OK) {
+        isOther_ = !whoeverHasWritten && version_ && dataVersion(to_.get()) != version_;
+        if (isOther_) {
+            return SQLITE_OK;
+        }
+        code = sqlite3_backup_step(backup.get(), -1);
+    }
+    return code == SQLITE_DONE ? SQLITE_OK : code;
+}
+
+bool PutBack::run(bool whoeverHasWritten) {
+    const Connection from = openConnection(job_.from, Access::readOnly);
+    if (beginReading(from.get()) == SQLITE_NOTADB) {
+        writeBytes(job_.to, bytesOf(job_.from));  // there was none before either
+        return true;
+    }
+    if (!to_) {
+        to_ = openConnection(job_.to, Access::readWrite);
+    }
+    const auto copyPatiently = [&] {
+        return whileBusy([&] { return copy(from.get(), whoeverHasWritten); }, [] {});
+    };
+    int code = copyPatiently();
+    if (code == SQLITE_NOTADB) {
+        emptyRuin(job_.to);
+        code = copyPatiently();
+    }
+    checkResult(code, ExitStatus::cannotWrite, job_.to);
+    return !isOther_;
 }
 
 }  // namespace tarvo_backup

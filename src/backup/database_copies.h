@@ -1,8 +1,11 @@
 // Copies of databases: of the device's, which others use, and of this program's own.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "backup/sqlite.h"
 
 namespace tarvo_backup {
 
@@ -24,8 +27,23 @@ void copyFromDevice(const std::vector<CopyJob>& jobs);
 void copyOwn(const CopyJob& job);
 
 // Makes the content of a database that others use that of a copy, all or nothing unless the file
-// was no database any more, or the copy is none. Waits as copyFromDevice(). Throws DatabaseFault or
-// Fault (cannotWrite).
-void putBack(const CopyJob& job);
+// was no database any more, or the copy is none.
+class PutBack {
+  public:
+    // From here on it is noticed when others write to the database. Throws DatabaseFault.
+    explicit PutBack(CopyJob job);
+
+    // Gives false, and does nothing, when they have, unless it is to be done all the same. Waits as
+    // copyFromDevice(). Throws DatabaseFault or Fault (cannotWrite).
+    bool run(bool whoeverHasWritten);
+
+  private:
+    int copy(sqlite3* from, bool whoeverHasWritten);
+
+    CopyJob job_;
+    Connection to_;
+    std::optional<unsigned> version_;  // of the database as it was; nothing where it was none
+    bool isOther_ = false;
+};
 
 }  // namespace tarvo_backup

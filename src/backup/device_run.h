@@ -1,4 +1,4 @@
-// What tarvo-config does, run inside a sandbox.
+// What tarvo-config does, run inside a sandbox or on the device.
 #pragma once
 
 #include <streambuf>
@@ -30,6 +30,10 @@ class OutputMuted {
     std::streambuf* out_;
     std::streambuf* err_;
 };
+
+// Set by the door outside of a sandbox once a transaction in one of the databases that an import
+// changes is to be stored, a script is run or a file renamed: then there may be something to undo.
+inline bool deviceIsChanged = false;
 
 // The document that tarvo-config would write. Throws Fault (cannotRead)
 // unless every statement succeeded.

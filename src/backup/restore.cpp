@@ -43,8 +43,9 @@ bool isDatabase(const std::string& path) {
 }
 
 void noteFile(const std::string& path, RestoreState& state) {
-    auto& list = fs::exists(path) ? state.copied : state.absent;
-    if (std::find(list.begin(), list.end(), path) == list.end()) {
+    std::error_code noName;  // longer than a name may be, so that nothing gets it
+    auto& list = fs::exists(path, noName) ? state.copied : state.absent;
+    if (!noName && std::find(list.begin(), list.end(), path) == list.end()) {
         list.push_back(path);
     }
 }
@@ -116,12 +117,19 @@ void checkCopies(const RestoreState& state) {
     }
 }
 
-void putAllBack(const RestoreState& state) {
-    beginStep("Putting the databases back");
+std::vector<PutBack> watchedDatabases(const RestoreState& state) {
+    std::vector<PutBack> databases;
     for (const std::string& path : state.copied) {
         if (isDatabase(path)) {
-            putBack({copyOf(path), path});
-        } else {
+            databases.emplace_back(CopyJob{.from = copyOf(path), .to = path});
+        }
+    }
+    return databases;
+}
+
+void putFilesBack(const RestoreState& state) {
+    for (const std::string& path : state.copied) {
+        if (!isDatabase(path)) {
             copyWithTime(copyOf(path), path);
         }
     }
@@ -304,6 +312,13 @@ app::ExitStatus import(const Document& document) {
     return status;
 }
 
+Undone concluded(Undone undone) {
+    undone.moment = std::time(nullptr);
+    rememberUndone(undone);
+    removeState();
+    return undone;
+}
+
 std::vector<Difference> differencesFrom(const Document& document) {
     Sandbox sandbox;
     return diff(document, Document("the headend", exportIn(sandbox)));
@@ -352,13 +367,21 @@ Restored restore(const Document& document, RestoreState state,
             startWatching(state.id, lock);
         }
         beginStep("Importing the document");
+        deviceIsChanged = false;
         restored.status = import(document);
     } catch (const Fault&) {
         removeState();  // the import was not begun, and nobody is to undo what comes later
         throw;
     }
     if (restored.status != app::ExitStatus::success) {
-        restored.undone = undo(std::move(state));
+        if (deviceIsChanged) {
+            restored.undone = undo(std::move(state));
+        } else {
+            // Nothing to undo: what others have stored meanwhile stays.
+            Undone nothing;
+            nothing.document = state.document;
+            restored.undone = concluded(std::move(nothing));
+        }
         return restored;
     }
     if (toConfirm) {
@@ -385,13 +408,23 @@ Undone undo(RestoreState state) {
     undone.document = state.document;
     try {
         checkCopies(state);
-        const std::size_t keptBefore = state.kept.size();
-        undone.notKept = saveWhatIsUndone(state);
-        if (state.phase == RestorePhase::unconfirmed || state.kept.size() > keptBefore) {
-            state.phase = RestorePhase::undoing;
-            writeState(state);
+        // What others write after it was saved is saved, too; but it cannot go on for ever.
+        constexpr int kMostTries = 5;
+        bool isBack = false;
+        for (int tryNumber = 1; !isBack; ++tryNumber) {
+            auto databases = watchedDatabases(state);
+            const std::size_t keptBefore = state.kept.size();
+            undone.notKept = saveWhatIsUndone(state);
+            if (state.phase == RestorePhase::unconfirmed || state.kept.size() > keptBefore) {
+                state.phase = RestorePhase::undoing;
+                writeState(state);
+            }
+            beginStep("Putting the databases back");
+            isBack = std::all_of(databases.begin(), databases.end(), [&](PutBack& database) {
+                return database.run(tryNumber == kMostTries);
+            });
         }
-        putAllBack(state);
+        putFilesBack(state);
     } catch (const Fault& fault) {
         throw Fault(fault.status(),
                     "the restore of " + state.document +
@@ -400,11 +433,8 @@ Undone undo(RestoreState state) {
     beginStep("Running the scripts again");
     const OutputMuted muted;
     runAgain(state.scripts);
-    undone.moment = std::time(nullptr);
     undone.kept = std::move(state.kept);
-    rememberUndone(undone);
-    removeState();
-    return undone;
+    return concluded(std::move(undone));
 }
 
 std::optional<Undone> undoAbandoned() {

@@ -1,10 +1,15 @@
 // The door of tarvo-backup: open to the device, or leading into a sandbox while there is one.
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <iostream>
+#include <iterator>
+#include <string_view>
 
+#include "backup/device_files.h"
+#include "backup/device_run.h"
 #include "backup/fault.h"
 #include "backup/sandbox.h"
 #include "backup/sqlite.h"
@@ -70,6 +75,14 @@ int counted(int result, sqlite3* db, char** errorMessage) {
     return result;
 }
 
+bool isChangedByImports(sqlite3* db) {
+    return std::any_of(
+        std::begin(tarvo_backup::kChangedDatabases), std::end(tarvo_backup::kChangedDatabases),
+        [file = std::string_view(sqlite3_db_filename(db, "main"))](const char* path) {
+            return file == path;
+        });
+}
+
 }  // namespace
 
 sqlite3* openDatabase(const std::string& path) { return os::openDatabase(database(path)); }
@@ -81,7 +94,10 @@ int openDatabaseFile(const std::string& path, sqlite3** db) {
 int closeDatabase(sqlite3* db) { return os::closeDatabase(db); }
 
 int executeSql(sqlite3* db, const char* sql, char** errorMessage) {
-    enterSandbox();
+    // One that fails may have stored it all the same.
+    if (enterSandbox() == nullptr && std::string_view(sql) == "COMMIT" && isChangedByImports(db)) {
+        tarvo_backup::deviceIsChanged = true;
+    }
     return counted(os::executeSql(db, sql, errorMessage), db, errorMessage);
 }
 
@@ -94,6 +110,7 @@ int getTable(sqlite3* db, const char* sql, char*** cells, int* rows, int* column
 int runShell(const std::string& command) {
     Sandbox* sandbox = enterSandbox();
     if (sandbox == nullptr) {
+        tarvo_backup::deviceIsChanged = true;
         return os::runShell(command);
     }
     sandbox->noteScript(command);
@@ -153,6 +170,7 @@ bool replaceFile(const std::string& path, std::span<const std::string> pieces,
 void renameFile(const std::string& from, const std::string& to) {
     Sandbox* sandbox = enterSandbox();
     if (sandbox == nullptr) {
+        tarvo_backup::deviceIsChanged = true;
         os::renameFile(from, to);
     } else if (auto content = readFile(from)) {
         Traffic& traffic = sandbox->traffic();

@@ -15,6 +15,7 @@ from e2e import (
     BACKUP_PROGRAM,
     CONFIG_DB,
     PROGRAM,
+    STATE_DB,
     VSEC_DB,
     Device,
     EndToEndTest,
@@ -255,6 +256,18 @@ class PlanTest(EndToEndTest):
         self.assertEqual(0o700, stat.S_IMODE(left.stat().st_mode))
         self.assertEqual(1, self.backup(device, "plan", DOCUMENT).status)
         self.assertEqual([], self.folders(device))
+
+    def test_databases_with_logs_are_left_alone(self) -> None:
+        device = self.device("RNB-K408")
+        for path in (CONFIG_DB, STATE_DB, VSEC_DB):
+            with closing(device.database(path)) as database:
+                database.execute("PRAGMA journal_mode = WAL")
+        text = document("<identification><location>Roof</location></identification>")
+        device.path(DOCUMENT).write_bytes(text)
+        before = snapshot(device)
+        planned = json.loads(self.backup(device, "plan", "--json", DOCUMENT).stdout)
+        self.assertEqual(["Roof"], [change["new"] for change in planned["changes"]])
+        self.assertEqual(before, snapshot(device))
 
     def test_a_database_with_a_journal_to_roll_back_is_copied_with_it(self) -> None:
         device = self.device("QRA-310")

@@ -989,6 +989,58 @@ class RestoreTest(EndToEndTest):
         told = self.an_import_that_fails().stdout.decode()
         self.assertRegex(told, r"\nWhat was there before that is in /tarvo/backup/undone-\S+\n$")
 
+    def test_a_network_whose_id_is_too_long_for_a_file_is_restored_and_undone(self) -> None:
+        device = self.made()
+        text = re.sub(rb"<nid>[^<]*", b"<nid>" + b"4" * 300, golden("QRA-310"), count=1)
+        device.path(DOCUMENT).write_bytes(text)
+        before = contents(device)
+        result = self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertNotEqual(before, contents(device))
+        result = self.backup(device, "undo")
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(before, contents(device))
+
+    def test_an_import_that_stores_nothing_leaves_what_others_store_meanwhile(self) -> None:
+        device = self.made()
+        with closing(device.database(CONFIG_DB)) as neighbour:
+            neighbour.execute("BEGIN IMMEDIATE")
+            neighbour.execute("UPDATE NimGlobal SET Estado = 7")
+            result = self.backup(device, "restore", "--yes", DOCUMENT)
+            self.assertEqual(6, result.status, result.stderr)
+            self.assertRegex(result.stderr, rb"the import ended with status \d+ and was undone")
+            self.assertFalse(device.path(STATE).exists())
+            neighbour.execute("COMMIT")
+        self.assertEqual(
+            [(7,)], self.query(device, "SELECT DISTINCT Estado FROM NimGlobal")
+        )
+
+    def test_what_others_store_while_an_undo_waits_for_them_is_saved(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        kept = set(device.path("/tarvo/backup").iterdir())
+        with closing(device.database(CONFIG_DB)) as neighbour:
+            neighbour.execute("BEGIN IMMEDIATE")
+            neighbour.execute(
+                "UPDATE configuracionWebGlobal SET valor = 'Neighbour'"
+                " WHERE nombre = 'identificacion_cabecera'"
+            )
+            running = device.start(BACKUP_PROGRAM, ["undo"], env={"TZ": "UTC"})
+            end = time.monotonic() + 60
+            while not set(device.path("/tarvo/backup").glob("*.xml")) - kept:
+                self.assertLess(time.monotonic(), end)
+                time.sleep(0.01)
+            neighbour.execute("COMMIT")
+        result = running.wait(240)
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(before, contents(device))
+        names = [
+            re.search(rb"<headendName>(.*?)<", path.read_bytes())[1]
+            for path in device.path("/tarvo/backup").glob("*.xml")
+        ]
+        self.assertIn(b"Neighbour", names)
+
     def test_without_a_configuration_a_restore_is_not_begun_and_an_undo_is_done(self) -> None:
         damages = (
             ("lost", None, "not there"),

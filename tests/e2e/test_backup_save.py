@@ -16,7 +16,19 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 
-from e2e import BACKUP_PROGRAM, CONFIG_DB, STATE_DB, Device, EndToEndTest, Result, golden, main, models
+from e2e import (
+    BACKUP_PROGRAM,
+    CONFIG_DB,
+    PROGRAM,
+    STATE_DB,
+    VSEC_DB,
+    Device,
+    EndToEndTest,
+    Result,
+    golden,
+    main,
+    models,
+)
 
 FOLDER = "/tarvo/backup"
 SAVES = int(os.environ.get("TARVO_SAVES", "10"))
@@ -500,6 +512,57 @@ class SaveTest(EndToEndTest):
         finally:
             done.set()
             writer.join()
+
+    def test_beside_a_writer_with_logs_two_databases_are_of_one_moment(self) -> None:
+        device = self.device("RNB-K408")
+        done = threading.Event()
+
+        def write() -> None:
+            with closing(device.database(CONFIG_DB)) as first, closing(device.database(VSEC_DB)) as second:
+                for database in (first, second):
+                    database.execute("PRAGMA journal_mode = WAL")
+                    database.execute("PRAGMA busy_timeout = 10000")
+                number = 0
+                while not done.is_set():
+                    number += 1
+                    first.execute(
+                        f"UPDATE configuracionWebGlobal SET valor = 'v{number}'"
+                        " WHERE nombre = 'identificacion_cabecera'"
+                    )
+                    second.execute(f"UPDATE VSecure SET Fabricante = 'v{number}'")
+                    ready.set()
+
+        ready = threading.Event()
+        writer = threading.Thread(target=write)
+        writer.start()
+        ready.wait(60)
+        try:
+            for _ in range(SAVES):
+                result = self.save(device, "--output", "-")
+                self.assertEqual(0, result.status, result.stderr)
+                [first] = re.findall(rb"<headendName>v(.*?)<", result.stdout)
+                second = set(re.findall(rb"<manufacturer>v(.*?)<", result.stdout))
+                self.assertEqual(1, len(second))
+                self.assertIn(int(first) - int(*second), (0, 1))
+        finally:
+            done.set()
+            writer.join()
+
+    def test_a_text_of_blanks_is_no_reason_to_keep_no_backup(self) -> None:
+        for blanks in (" ", "\n", "\t \r\n"):
+            with self.subTest(blanks):
+                device = self.device("QRA-310")
+                with closing(device.database(CONFIG_DB)) as database:
+                    for change in (
+                        "UPDATE configuracionWebGlobal SET valor = ?"
+                        " WHERE nombre = 'identificacion_localizacion'",
+                        "UPDATE ServiciosSalidaGlobal SET NombreSalida = ?",
+                    ):
+                        database.execute(change, (blanks,))
+                printed = device.run(PROGRAM, []).stdout.removesuffix(b"\n")
+                self.assertIn(f"<location>{blanks}</location>".encode(), printed)
+                result = self.save(device, "--output", "-")
+                self.assertEqual((0, printed, b""), (result.status, result.stdout, result.stderr))
 
 
 if __name__ == "__main__":

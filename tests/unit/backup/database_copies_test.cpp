@@ -96,6 +96,34 @@ TEST_F(BackupDatabaseCopies, HaveUndoneWhatAJournalHasToUndo) {
     EXPECT_EQ(platform::files::read(other), half);
 }
 
+// Somebody who reads would make the files of the log, and the times of the folder would tell.
+TEST_F(BackupDatabaseCopies, LeaveNothingBesideADatabaseWithALog) {
+    query(openConnection(source, Access::readWrite).get(), "PRAGMA journal_mode = WAL");
+    copyFromDevice({{source, copy}});
+    EXPECT_THAT(languages(copy), ElementsAre(ElementsAre("spa")));
+    for (const char* suffix : {"-wal", "-shm"}) {
+        EXPECT_FALSE(fs::exists(source + suffix)) << suffix;
+    }
+}
+
+TEST_F(BackupDatabaseCopies, HoldWhatTheLogHolds) {
+    const std::string other = device.path("/tmp/left.sqlite");
+    const Connection db = openConnection(source, Access::readWrite);
+    query(db.get(), "PRAGMA journal_mode = WAL");
+    query(db.get(), "UPDATE AudioLanguageListGlobal SET AudioCode = 'fra'");
+    for (const char* suffix : {"", "-wal"}) {
+        fs::copy_file(source + suffix, other + suffix);
+    }
+    copyFromDevice({{source, copy}});  // somebody has it open
+    EXPECT_THAT(languages(copy), ElementsAre(ElementsAre("fra")));
+    fs::remove(copy);
+    const auto log = platform::files::read(other + "-wal");
+    copyFromDevice({{other, copy}});  // nobody has
+    EXPECT_THAT(languages(copy), ElementsAre(ElementsAre("fra")));
+    EXPECT_EQ(platform::files::read(other + "-wal"), log);
+    EXPECT_FALSE(fs::exists(other + "-shm"));
+}
+
 TEST_F(BackupDatabaseCopies, ThatCannotBeMadeAreNamed) {
     const std::string nowhere = device.path("/no-folder/copy.sqlite");
     const auto [status, message] = faultOf([&] { copyFromDevice({{source, nowhere}}); });
@@ -118,20 +146,36 @@ TEST_F(BackupDatabaseCopies, ArePutBackWhole) {
     copyFromDevice({{source, copy}});
     device.execute(tarvodb::kConfigDatabase,
                    "UPDATE AudioLanguageListGlobal SET AudioCode = 'fra'");
-    putBack({copy, source});
+    EXPECT_TRUE(PutBack({copy, source}).run(false));
     EXPECT_THAT(languages(source), ElementsAre(ElementsAre("spa")));
+}
+
+TEST_F(BackupDatabaseCopies, AreNotPutBackOverWhatOthersHaveWrittenMeanwhile) {
+    copyFromDevice({{source, copy}});
+    for (const char* mode : {"WAL", "DELETE"}) {
+        query(openConnection(source, Access::readWrite).get(),
+              std::string("PRAGMA journal_mode = ") + mode);
+        PutBack database({copy, source});
+        device.execute(tarvodb::kConfigDatabase,
+                       "UPDATE AudioLanguageListGlobal SET AudioCode = 'fra'");
+        EXPECT_FALSE(database.run(false)) << mode;
+        EXPECT_THAT(languages(source), ElementsAre(ElementsAre("fra"))) << mode;
+        EXPECT_TRUE(database.run(true)) << mode;
+        EXPECT_THAT(languages(source), ElementsAre(ElementsAre("spa"))) << mode;
+        EXPECT_TRUE(PutBack({copy, source}).run(false)) << mode;
+    }
 }
 
 TEST_F(BackupDatabaseCopies, ArePutInThePlaceOfARuin) {
     copyFromDevice({{source, copy}});
     device.writeFile(tarvodb::kConfigDatabase, kRuin);
-    putBack({copy, source});
+    EXPECT_TRUE(PutBack({copy, source}).run(false));
     EXPECT_THAT(languages(source), ElementsAre(ElementsAre("spa")));
 }
 
 TEST_F(BackupDatabaseCopies, ThatAreRuinsArePutBackAsTheyWere) {
     device.writeFile("/tmp/copy.sqlite", kRuin);
-    putBack({copy, source});
+    EXPECT_TRUE(PutBack({copy, source}).run(false));
     EXPECT_EQ(platform::files::read(source), kRuin);
 }
 
