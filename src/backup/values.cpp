@@ -18,7 +18,7 @@ namespace {
 bool isSpace(unsigned char character) { return std::isspace(character) != 0; }
 
 // How the import reads the element's text.
-enum class Reading { text, number, wholeNumber, code, codeOrNumber, bit, withoutWhiteSpace };
+enum class Reading { text, number, code, codeOrNumber, bit, withoutWhiteSpace };
 
 Reading readingOf(const Element& row) {
     const bool isNumeric =
@@ -38,11 +38,9 @@ Reading readingOf(const Element& row) {
         case Take::special:
             return isNumeric ? Reading::number : Reading::withoutWhiteSpace;
         case Take::key:
-            // Looked up by SQLite, or read before. Others are compared as texts.
-            if (row.required.missing == nullptr || !isNumeric) {
-                return Reading::text;
-            }
-            return row.required.range.isLimited() ? Reading::number : Reading::wholeNumber;
+            // A number that the import checks it has read. Others are compared as texts, row ids
+            // too: "01" finds no row 1, but makes a new one.
+            return isNumeric && row.required.range.isLimited() ? Reading::number : Reading::text;
         case Take::text:
         case Take::children:
         case Take::ignored:
@@ -115,8 +113,6 @@ std::string canonicalText(const Element* row, const XmlNode& node) {
             return text;
         case Reading::number:
             return numberText(text);
-        case Reading::wholeNumber:
-            return isWholeNumber(text) ? numberText(text) : text;
         case Reading::code:
             return codedText(*row, node, text).value_or(text);
         case Reading::codeOrNumber:

@@ -188,7 +188,7 @@ TEST(BackupCheck, AnIdOfARowIsANumberThatIsThereOnce) {
     };
     EXPECT_THAT(checked(networks({"1", "2.0", "+3"})), IsEmpty());
     EXPECT_THAT(checked(networks({"1", "01"})),
-                ElementsAre("error: dvbNetworks/dvbNetwork[id=1]: is there twice, by what "
+                ElementsAre("error: dvbNetworks/dvbNetwork[id=01]: is there twice, by what "
                             "identifies it"));
     EXPECT_THAT(checked(networks({"one"})),
                 ElementsAre("error: dvbNetworks/dvbNetwork[id=one]/id: 'one' is no number"));

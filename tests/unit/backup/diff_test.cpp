@@ -182,7 +182,7 @@ TEST(BackupDiff, NumbersAreTheSameWhereTheImportTakesThemForTheSame) {
 
 TEST(BackupDiff, ACodeAndItsTextAreOne) {
     EXPECT_THAT(between("<diseqcs><diseqc><id>1</id><band>high</band></diseqc></diseqcs>",
-                        "<diseqcs><diseqc><id>01</id><band>HIGH</band></diseqc></diseqcs>"),
+                        "<diseqcs><diseqc><id>1</id><band>HIGH</band></diseqc></diseqcs>"),
                 IsEmpty());
     EXPECT_THAT(between(input("<type>0</type><streamID>auto</streamID><band>low</band>"),
                         input("<type>00</type><streamID>-2</streamID><band>0</band>")),
@@ -192,6 +192,21 @@ TEST(BackupDiff, ACodeAndItsTextAreOne) {
                               input("<bandwidth>8 mhz</bandwidth>"))),
                 ElementsAre("modules/module[mac=02:01]/inputs/input[inputId=1]/bandwidth: "
                             "8 MHz -> 8 mhz"));
+}
+
+TEST(BackupDiff, AnIdOfARowIsOneWithItselfAlone) {
+    const auto position = [](const std::string& id) {
+        return "<diseqcs><diseqc><id>" + id + "</id></diseqc></diseqcs>";
+    };
+    EXPECT_THAT(lines(between(position("3000000000"), position("3000000001"))),
+                ElementsAre("diseqcs/diseqc[id=3000000000]: "
+                            "<diseqc><id>3000000000</id></diseqc> -> -",
+                            "diseqcs/diseqc[id=3000000001]: "
+                            "- -> <diseqc><id>3000000001</id></diseqc>"));
+    for (const char* other : {"+1", "01", "1 ", "1.0"}) {
+        EXPECT_EQ(between(position("1"), position(other)).size(), 2U) << other;
+    }
+    EXPECT_THAT(between(position("3000000000"), position("3000000000")), IsEmpty());
 }
 
 TEST(BackupDiff, WhatIsNotATextOfAHomeChannelIsTheImportsCodeOne) {

@@ -39,10 +39,16 @@ TEST(BackupValues, ANumberIsItsValue) {
     EXPECT_EQ(canonical(rowNamed(mapping::kService, "lcn"), "007"), "7");
 }
 
-TEST(BackupValues, AnIdOfARowIsItsValueIfItIsANumberFromEndToEnd) {
-    const Element& id = rowNamed(mapping::kDiseqc, "id");
-    EXPECT_EQ(canonical(id, "07"), "7");
-    EXPECT_EQ(canonical(id, "7x"), "7x");
+// The import looks for a row whose id is LIKE it: "07" finds no row 7, but makes a new one.
+TEST(BackupValues, AnIdOfARowIsTheTextThatItIsFoundBy) {
+    for (const Element* id :
+         {&rowNamed(mapping::kDiseqc, "id"), &rowNamed(mapping::kDvbNetwork, "id"),
+          &rowNamed(mapping::kHomeChannel, "id")}) {
+        for (const char* text :
+             {"7", "07", "+7", "7 ", "7x", "3000000001", "-9223372036854775808"}) {
+            EXPECT_EQ(canonical(*id, text), text);
+        }
+    }
 }
 
 TEST(BackupValues, ACodeIsItsText) {
