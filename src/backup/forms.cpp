@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -127,6 +128,11 @@ bool isHour(std::string_view text) { return isFromTo(text, 0, 23); }
 bool isMinute(std::string_view text) { return isFromTo(text, 0, 59); }
 
 std::optional<long long> rowIdOf(const char* text) {
+    if (isWholeNumber(text)) {
+        errno = 0;
+        const long long number = std::strtoll(text, nullptr, 10);
+        return errno == ERANGE ? std::nullopt : std::optional(number);
+    }
     if (std::string_view(text).find_first_not_of(" \t\n\v\f\r+-.0123456789eE") !=
         std::string_view::npos) {
         return std::nullopt;
@@ -139,7 +145,7 @@ std::optional<long long> rowIdOf(const char* text) {
     if (!isRead || value != std::floor(value) || std::fabs(value) >= kBeyondRowIds) {
         return std::nullopt;
     }
-    return isWholeNumber(text) ? std::strtoll(text, nullptr, 10) : static_cast<long long>(value);
+    return static_cast<long long>(value);
 }
 
 bool isRowIdPattern(std::string_view text) {

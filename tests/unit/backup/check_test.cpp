@@ -267,15 +267,33 @@ TEST(BackupCheck, AnIdOfARowIsWhatSqliteTakesForOne) {
     const auto position = [](const std::string& id) {
         return "<diseqcs><diseqc><id>" + id + "</id></diseqc></diseqcs>";
     };
-    for (const char* id : {"7", " 7 ", "7.0", "1e2", "-3"}) {
+    for (const char* id : {"7", " 7 ", "7.0", "1e2", "-3", "9223372036854775296",
+                           "9223372036854775807", "-9223372036854775808", " +9223372036854775807\n",
+                           "0000000000000000000000000000007", "9223372036854774784.0"}) {
         EXPECT_THAT(checked(position(id)), IsEmpty()) << id;
     }
-    for (const char* text : {"+", "1 2", "2.5", "1e30", "9223372036854775808"}) {
+    // SQLite takes a text with a point or an exponent for a double, which is no id at either end.
+    for (const char* text :
+         {"+", "1 2", "2.5", "1e30", "9223372036854775808", "-9223372036854775809",
+          "99999999999999999999", "9223372036854775807.0", "-9223372036854775808.0"}) {
         EXPECT_THAT(
             checked(position(text)),
             ElementsAre(AllOf(StartsWith("error: diseqcs/diseqc[id="),
                               HasSubstr("]/id: '" + std::string(text) + "' is no number"))));
     }
+}
+
+TEST(BackupCheck, TheGreatestIdsOfRowsAreEachThereOnce) {
+    const auto ids = [](const std::string& one, const std::string& other) {
+        return checked("<homeChannels><homechannel><id>" + one +
+                       "</id></homechannel><homechannel>"
+                       "<id>" +
+                       other + "</id></homechannel></homeChannels>");
+    };
+    EXPECT_THAT(ids("9223372036854775807", "9223372036854775806"), IsEmpty());
+    EXPECT_THAT(ids("9223372036854775807", "+9223372036854775807"),
+                ElementsAre("error: homeChannels/homechannel[id=+9223372036854775807]: is there "
+                            "twice, by what identifies it"));
 }
 
 TEST(BackupCheck, OnOffAndNumbersMayBeEmpty) {
