@@ -77,8 +77,12 @@ const XmlNode* Document::camList() const {
 }
 
 Position Document::positionOf(const XmlNode& node) const {
-    const char* place = node.name_size() == 0 ? node.value() : node.name();
-    return positionOf(static_cast<std::size_t>(place - parsed_->data()));
+    const bool isText = node.name_size() == 0;
+    const char* place = isText ? node.value() : node.name();
+    const auto offset = static_cast<std::size_t>(place - parsed_->data());
+    // Up to its first other character a text stands as it was read. There is none in what is empty.
+    const std::size_t shown = isText ? text_.find_first_not_of(" \t\n\r", offset) : offset;
+    return positionOf(shown - offset < node.value_size() ? shown : offset);
 }
 
 Position Document::positionOf(std::size_t offset) const {

@@ -60,7 +60,7 @@ class Document {
     // `vsecureCAMList`, only inside a backup.
     [[nodiscard]] const XmlNode* camList() const;
 
-    // Where the name of an element stands, or a nameless node's text.
+    // Where the name of an element stands, or a nameless node's text behind its white space.
     [[nodiscard]] Position positionOf(const XmlNode& node) const;
     // Of a byte of the text.
     [[nodiscard]] Position positionOf(std::size_t offset) const;

@@ -29,7 +29,20 @@ TEST(BackupDocument, TellsPositionsBehindEntitiesAndAByteOrderMarkInTheTextAsItW
 TEST(BackupDocument, TellsWhereTextBetweenElementsStands) {
     const Document document = configured("<lnb/>\nloose");
     const XmlNode* text = document.configuration()->last_node();
-    EXPECT_EQ(document.positionOf(*text), (Position{1, 22}));
+    EXPECT_EQ(document.positionOf(*text), (Position{2, 1}));
+}
+
+TEST(BackupDocument, TellsWhereTextBetweenElementsBeginsBehindWhiteSpace) {
+    const auto position = [](const std::string& text) {
+        const Document document = configured("<lnb/>" + text + "<lnb/>");
+        return document.positionOf(*document.configuration()->first_node()->next_sibling());
+    };
+    EXPECT_EQ(position("\n\n    stray\n  "), (Position{3, 5}));
+    EXPECT_EQ(position(" \t\r\n &amp;"), (Position{2, 2}));
+    EXPECT_EQ(position(" &#32;x"), (Position{1, 23}));
+    EXPECT_EQ(position("<![CDATA[\n x]]>"), (Position{2, 2}));
+    EXPECT_EQ(position("<![CDATA[ ]]>"), (Position{1, 31}));
+    EXPECT_EQ(position("<![CDATA[]]>"), (Position{1, 31}));
 }
 
 TEST(BackupDocument, KeepsItsNodesWhenMoved) {
