@@ -52,13 +52,18 @@ Document::Document(std::string name, std::string text)
     }
 }
 
-bool Document::isRedacted() const {
-    return document::findSibling(tree_->first_node(), kRedacted) != nullptr;
+const XmlNode* Document::mark() const {
+    XmlNode* first = tree_->first_node();
+    const bool isRead = document::findSibling(first, mapping::kBackup.name) != nullptr ||
+                        document::findSibling(first, mapping::kConfiguration.name) != nullptr;
+    return isRead ? nullptr : document::findSibling(first, kRedacted);
 }
 
+bool Document::isRedacted() const { return mark() != nullptr; }
+
 XmlNode* Document::firstNode() const {
-    const XmlNode* mark = document::findSibling(tree_->first_node(), kRedacted);
-    return (mark == nullptr ? *tree_ : *mark).first_node();
+    const XmlNode* around = mark();
+    return (around == nullptr ? *tree_ : *around).first_node();
 }
 
 XmlNode* Document::outermost(const char* name) const {

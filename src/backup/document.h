@@ -48,7 +48,8 @@ class Document {
     // The nameless node that holds the outermost ones.
     [[nodiscard]] const XmlNode& tree() const { return *tree_; }
 
-    // The element around a document whose secrets are masked, so that no import takes it.
+    // The element around a document whose secrets are masked, so that no import takes it. Beside
+    // what the import would find it is none.
     static constexpr const char* kRedacted = "redacted";
     [[nodiscard]] bool isRedacted() const;
 
@@ -66,6 +67,7 @@ class Document {
     [[nodiscard]] Position positionOf(std::size_t offset) const;
 
   private:
+    [[nodiscard]] const XmlNode* mark() const;
     [[nodiscard]] XmlNode* firstNode() const;
     [[nodiscard]] XmlNode* outermost(const char* name) const;
 

@@ -74,17 +74,19 @@ std::string redacted(const Document& document) {
     document::XmlDocument tree;
     document::parseCopy(tree, document.text());
     mask(tree, tree);
-    XmlNode* mark = tree.allocate_node(rapidxml::node_element, Document::kRedacted);
-    while (XmlNode* node = tree.first_node()) {
-        tree.remove_node(node);
-        mark->append_node(node);
+    if (!document.isRedacted()) {
+        XmlNode* mark = tree.allocate_node(rapidxml::node_element, Document::kRedacted);
+        while (XmlNode* node = tree.first_node()) {
+            tree.remove_node(node);
+            mark->append_node(node);
+        }
+        tree.append_node(mark);
     }
-    // A document that is redacted already stays as it is.
-    XmlNode* first = mark->first_node();
-    const bool isMarked =
-        first == mark->last_node() && std::string_view(first->name()) == Document::kRedacted;
-    return std::string(tarvo_remote_control::kXmlDeclaration) + "\n" +
-           document::printed(isMarked ? *first : *mark);
+    std::string text = std::string(tarvo_remote_control::kXmlDeclaration) + "\n";
+    for (const XmlNode* node = tree.first_node(); node != nullptr; node = node->next_sibling()) {
+        text += document::printed(*node);
+    }
+    return text;
 }
 
 }  // namespace tarvo_backup

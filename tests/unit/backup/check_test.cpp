@@ -252,6 +252,20 @@ TEST(BackupCheck, ADocumentWithoutAConfigurationIsAnError) {
                 ElementsAre("error: no 'configuration' element"));
 }
 
+TEST(BackupCheck, AMarkBesideADocumentThatTheImportReadsIsAnUnknownElement) {
+    for (const char* text : {"<redacted/><configuration/>", "<configuration/><redacted/>",
+                             "<redacted/><backup><configuration/></backup>",
+                             "<redacted><configuration><x/></configuration></redacted>"
+                             "<configuration/>"}) {
+        EXPECT_THAT(lines(check(parsed(text))), ElementsAre("warning: redacted: unknown element"))
+            << text;
+    }
+    EXPECT_THAT(lines(check(parsed("<redacted><configuration/></redacted><backup/>"))),
+                ElementsAre("error: no 'configuration' element"));
+    EXPECT_THAT(lines(check(parsed("<x/><redacted><configuration/></redacted>"))),
+                ElementsAre("error: secrets are masked; no import takes this document"));
+}
+
 TEST(BackupCheck, AnAddressHasFourNumbersUpTo255) {
     for (const char* address : {"0.0.0.0", "255.255.255.255", "10.20.30.40"}) {
         EXPECT_THAT(checked("<network><ip>" + std::string(address) + "</ip></network>"), IsEmpty());

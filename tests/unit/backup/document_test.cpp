@@ -63,6 +63,27 @@ TEST(BackupDocument, FindsWhatTheImportTakes) {
     EXPECT_EQ(parsed("<Configuration/>").configuration(), nullptr);
 }
 
+TEST(BackupDocument, IsRedactedUnlessTheImportFindsWhatStandsBeside) {
+    const Document masked = parsed("<x/><redacted><configuration><a/></configuration></redacted>");
+    EXPECT_TRUE(masked.isRedacted());
+    ASSERT_NE(masked.configuration(), nullptr);
+    EXPECT_STREQ(masked.configuration()->first_node()->name(), "a");
+    for (const char* text : {"<redacted><configuration><a/></configuration></"
+                             "redacted><configuration><b/></configuration>",
+                             "<configuration><b/></configuration><redacted/>",
+                             "<redacted/><backup><configuration><b/></configuration></backup>"}) {
+        const Document read = parsed(text);
+        EXPECT_FALSE(read.isRedacted()) << text;
+        ASSERT_NE(read.configuration(), nullptr) << text;
+        EXPECT_STREQ(read.configuration()->first_node()->name(), "b") << text;
+    }
+    const Document without = parsed("<redacted><configuration/></redacted><backup/>");
+    EXPECT_FALSE(without.isRedacted());
+    EXPECT_EQ(without.configuration(), nullptr);
+    // The import compares these names exactly.
+    EXPECT_TRUE(parsed("<redacted><configuration/></redacted><Configuration/>").isRedacted());
+}
+
 TEST(BackupDocument, ThatIsNotWellFormedIsAFaultWithItsPosition) {
     try {
         parsed("<configuration>\n  <lnb");

@@ -191,6 +191,18 @@ TEST(BackupShow, MarksADocumentOfSeveralOutermostElements) {
               "\t\t<password>(masked)</password>\n\t</x>\n\t<configuration/>\n</redacted>\n");
 }
 
+TEST(BackupShow, MarksWhatOnlySeemsToBeMarked) {
+    const std::string text = redacted(parsed("<redacted/><configuration/>"));
+    EXPECT_EQ(text,
+              "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<redacted>\n\t<redacted/>\n"
+              "\t<configuration/>\n</redacted>\n");
+    EXPECT_TRUE(parsed(text).isRedacted());
+    EXPECT_EQ(redacted(parsed(text)), text);
+    const std::string beside = redacted(parsed("<redacted><configuration/></redacted><x/>"));
+    EXPECT_NE(parsed(beside).configuration(), nullptr) << beside;
+    EXPECT_EQ(redacted(parsed(beside)), beside);
+}
+
 using BackupShowPage = test::InTemporaryFolder;
 
 TEST_F(BackupShowPage, IsWrittenToAFileThatTheMaskAllows) {
