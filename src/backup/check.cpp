@@ -1,6 +1,5 @@
 #include "backup/check.h"
 
-#include <algorithm>
 #include <map>
 #include <set>
 #include <string_view>
@@ -12,6 +11,7 @@
 #include "backup/similar_name.h"
 #include "backup/text_check.h"
 #include "backup/values.h"
+#include "import/module_binding.h"
 #include "mapping/document_tree.h"
 
 namespace tarvo_backup {
@@ -21,7 +21,6 @@ using document::numberOf;
 using document::textOf;
 using mapping::Element;
 using mapping::Kind;
-using mapping::Take;
 
 namespace {
 
@@ -274,44 +273,46 @@ class TreeCheck {
         }
     }
 
-    // With fewer `mac` elements than modules a document fits no headend but an RNB-K408's, which
-    // binds a module without one only if nothing tells what module it is.
+    // With fewer `mac` elements than modules a document fits no headend but an RNB-K408's.
     void checkBindings(const Element& entry, const XmlNode& modules) {
         std::size_t count = 0;
         std::size_t macs = 0;
+        bool fitsRnb = true;
+        std::set<std::string> addresses;
         for (const XmlNode& module : childrenOf(modules)) {
-            ++count;
-            for (const XmlNode& child : childrenOf(module)) {
-                macs += document::hasName(child, "mac") ? 1U : 0U;
+            if (document::hasName(module, entry.name)) {
+                ++count;
+                macs += tarvo_remote_control::readModuleEntry(module, true).macElements;
+                fitsRnb = mayBeOfRnb(module, addresses) && fitsRnb;
             }
         }
-        if (count == 0) {
+        if (modules.first_node() == nullptr) {
             add(Severity::warning, modules, "holds no module, which only an RNB-K408 takes");
         }
+        const Severity severity = macs < count && !fitsRnb ? error() : Severity::warning;
         std::size_t place = 0;
         for (const XmlNode& module : childrenOf(modules)) {
             if (!isElement(module)) {
                 continue;
             }
             ++place;
-            if (document::childNamed(module, "mac") == nullptr) {
+            if (document::hasName(module, entry.name) &&
+                document::childNamed(module, "mac") == nullptr) {
                 const std::string none;
-                within({.name = entry.name, .identity = &none, .place = place}, [&] {
-                    add(macs < count && tellsKind(module) ? error() : Severity::warning, module,
-                        "has no 'mac'");
-                });
+                within({.name = entry.name, .identity = &none, .place = place},
+                       [&] { add(severity, module, "has no 'mac'"); });
             }
         }
     }
 
-    static bool tellsKind(const XmlNode& module) {
-        return std::any_of(std::begin(mapping::kModule), std::end(mapping::kModule),
-                           [&module](const Element& row) {
-                               const bool isOfKind = row.take == Take::key && !row.identity;
-                               const char* text =
-                                   isOfKind ? document::lastText(module, row.name) : nullptr;
-                               return text != nullptr && *text != '\0';
-                           });
+    // There modules are of no kind, which an element must not tell otherwise as far as it is read.
+    // Of the first one with an address, if there is a module with it, the master flag does not
+    // count.
+    static bool mayBeOfRnb(const XmlNode& module, std::set<std::string>& addresses) {
+        const auto entry = tarvo_remote_control::readModuleEntry(module, false);
+        const bool isFirst = !entry.mac.empty() && addresses.insert(entry.mac).second;
+        return entry.kind.family.empty() && entry.kind.model.empty() &&
+               (entry.kind.master.empty() || isFirst);
     }
 
     void checkPattern(const XmlNode& network) {

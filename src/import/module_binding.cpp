@@ -35,8 +35,8 @@ static_assert(mapping::nameExactly(kKindParts, mapping::kModule, [](const Elemen
 }));
 
 // Whether all is known that a module is found by.
-bool isComplete(const ModuleEntry& entry) {
-    if (!documentsGiveKinds()) {
+bool isComplete(const ModuleEntry& entry, bool withKinds) {
+    if (!withKinds) {
         return entry.macElements > 0;
     }
     return !entry.mac.empty() && !entry.kind.family.empty() && !entry.kind.model.empty() &&
@@ -62,7 +62,7 @@ FreeModules headendModules(const std::vector<tarvodb::Record<RedesModulos>>& row
     return modules;
 }
 
-ModuleEntry readModuleEntry(const XmlNode& element) {
+ModuleEntry readModuleEntry(const XmlNode& element, bool withKinds) {
     ModuleEntry entry{.element = &element};
     for (const XmlNode& child : document::childrenOf(element)) {
         if (document::hasName(child, kMac.name)) {
@@ -71,7 +71,7 @@ ModuleEntry readModuleEntry(const XmlNode& element) {
         } else if (const KindPart* part = document::rowFor(kKindParts, child)) {
             entry.kind.*part->text = document::textOf(child);
         }
-        if (isComplete(entry)) {
+        if (isComplete(entry, withKinds)) {
             break;
         }
     }

@@ -39,8 +39,10 @@ struct ModuleEntry {
     bool assigned = false;
 };
 
-// Reads what a module is found by, until all of it is there.
-ModuleEntry readModuleEntry(const document::XmlNode& element);
+// Reads what a module is found by, until all of it is there. `withKinds` says whether documents
+// give the kinds of modules.
+ModuleEntry readModuleEntry(const document::XmlNode& element,
+                            bool withKinds = documentsGiveKinds());
 
 // Takes the module with the entry's MAC, if it is free. False when that module is of another kind.
 bool assignByMac(ModuleEntry& entry, FreeModules& modules);

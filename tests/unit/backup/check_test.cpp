@@ -396,6 +396,58 @@ TEST(BackupCheck, AsManyMacsAsModulesFitAHeadend) {
                 ElementsAre("warning: modules/module[1]: has no 'mac'"));
 }
 
+// Behind the fourth of what a module is found by.
+TEST(BackupCheck, AMacThatTheImportDoesNotReadIsNone) {
+    const std::string kind = "<family>36</family><model>2</model><isMaster>1</isMaster>";
+    const auto found = [&](const std::string& first) {
+        return checked("<modules><module>" + first + "</module><module>" + kind +
+                       "</module></modules>");
+    };
+    EXPECT_THAT(found(kMac + kind + kMac), ElementsAre(HasSubstr("/mac: given twice"),
+                                                       "error: modules/module[2]: has no 'mac'"));
+    EXPECT_THAT(found("<mac/>" + kind + kMac),
+                testing::Contains("warning: modules/module[2]: has no 'mac'"));
+    EXPECT_THAT(checked("<modules><module>" + kind + kMac + "</module></modules>"), IsEmpty());
+}
+
+TEST(BackupCheck, WithTooFewMacsAnRnbTakesModulesAloneThatTellNoKindBeforeTheirs) {
+    const auto found = [](const std::string& first) {
+        return checked("<modules><module>" + first + kMac + "</module><module/></modules>");
+    };
+    for (const char* taken : {"", "<family/>", "<isMaster>1</isMaster>", "<name>x</name>"}) {
+        EXPECT_THAT(found(taken), ElementsAre("warning: modules/module[2]: has no 'mac'")) << taken;
+    }
+    for (const char* refused : {"<family>36</family>", "<model>2</model>"}) {
+        EXPECT_THAT(found(refused), ElementsAre("error: modules/module[2]: has no 'mac'"))
+            << refused;
+    }
+    EXPECT_THAT(
+        checked("<modules><module><isMaster>1</isMaster><mac/></module><module/></modules>"),
+        testing::Contains("error: modules/module[2]: has no 'mac'"));
+    EXPECT_THAT(checked("<modules><module><isMaster>1</isMaster></module></modules>"),
+                ElementsAre("error: modules/module[1]: has no 'mac'"));
+    // The second of an address is one that no module has.
+    EXPECT_THAT(
+        checked("<modules><module>" + std::string(kMac) +
+                "</module><module><isMaster>1</isMaster>" + kMac + "</module><module/></modules>"),
+        ElementsAre(HasSubstr("is there twice"), "error: modules/module[3]: has no 'mac'"));
+    EXPECT_THAT(
+        checked("<modules><module><isMaster>1</isMaster>" + std::string(kMac) +
+                "</module><module>" + kMac + "</module><module/></modules>"),
+        ElementsAre(HasSubstr("is there twice"), "warning: modules/module[3]: has no 'mac'"));
+}
+
+TEST(BackupCheck, AStrangerAmongModulesIsNoneOfThem) {
+    for (const char* stranger : {"<x/>", "<x><mac/><mac/></x>"}) {
+        EXPECT_THAT(checked("<modules>" + std::string(stranger) +
+                            "<module><family>36</family></module></modules>"),
+                    ElementsAre("error: modules/x: only 'module' may be here",
+                                "error: modules/module[2]: has no 'mac'"));
+    }
+    EXPECT_THAT(checked("<modules>x</modules>"),
+                ElementsAre("error: modules: text between elements"));
+}
+
 TEST(BackupCheck, ElementsInsideAValueAreNotRead) {
     EXPECT_THAT(checked("<network><ip>10.0.0.1<x/></ip></network>"),
                 ElementsAre("warning: network/ip: holds elements, which are not read"));
