@@ -11,6 +11,7 @@
 #include "backup/similar_name.h"
 #include "backup/text_check.h"
 #include "backup/values.h"
+#include "document/input_type.h"
 #include "import/module_binding.h"
 #include "mapping/document_tree.h"
 
@@ -107,6 +108,7 @@ class TreeCheck {
 
     void checkMembers(const Element& parent, const XmlNode& node) {
         const XmlNode* type = inputTypeIn(parent, node);
+        LeafContext context{.isLoopRead = type != nullptr && isLoopReadIn(node, *type)};
         const LastLists lastLists = lastListsIn(parent, node);
         std::set<const Element*> seen;
         for (const XmlNode& child : childrenOf(node)) {
@@ -116,14 +118,14 @@ class TreeCheck {
                 continue;
             }
             within({.name = row->name}, [&] {
-                const bool isFirst = seen.insert(row).second;
-                if (!isFirst && row->kind == Kind::leaf && !row->perRow) {
+                context.isFirst = seen.insert(row).second;
+                if (!context.isFirst && row->kind == Kind::leaf && !row->perRow) {
                     add(Severity::warning, child, "given twice");
                 }
                 const auto last = lastLists.find(row);
                 const bool isReplaced = last != lastLists.end() && last->second != &child;
                 unread(row->liveState || isReplaced,
-                       [&] { checkMember(parent, *row, child, isFirst); });
+                       [&] { checkMember(parent, *row, child, context); });
             });
         }
         checkMissing(parent, node);
@@ -147,10 +149,13 @@ class TreeCheck {
         return lists;
     }
 
-    void checkMember(const Element& parent, const Element& row, const XmlNode& node, bool isFirst) {
+    void checkMember(const Element& parent, const Element& row, const XmlNode& node,
+                     LeafContext context) {
         switch (row.kind) {
             case Kind::leaf:
-                checkLeaf(parent, row, node, {.isFirst = isFirst, .error = error()}, walk_);
+                context.error = error();
+                context.rfOutputMode = rfOutputModes_.at(row, node);
+                checkLeaf(parent, row, node, context, walk_);
                 break;
             case Kind::section:
             case Kind::entry:
@@ -169,6 +174,13 @@ class TreeCheck {
     static const XmlNode* inputTypeIn(const Element& parent, const XmlNode& node) {
         const Element* row = mapping::inputTypeOf(parent);
         return row == nullptr ? nullptr : document::childNamed(node, row->name);
+    }
+
+    // Input 1 feeds the loop, and only a satellite input is sure to have a satellite tuner.
+    static bool isLoopReadIn(const XmlNode& input, const XmlNode& type) {
+        const XmlNode* id = document::childNamed(input, "inputId");
+        return id != nullptr && numberOf(*id) == 2 &&
+               numberOf(type) == static_cast<int>(document::InputType::satellite);
     }
 
     // Of an input only what its type has counts, but for what all of them have.
@@ -226,7 +238,7 @@ class TreeCheck {
             }
             const std::string identity = identityOf(entry, child);
             within({.name = entry.name, .identity = &identity, .place = place}, [&] {
-                checkMember(list, entry, child, true);
+                checkMember(list, entry, child, {});
                 if (isKeyedById(entry)) {
                     checkRowId(entry, child, rowIds);
                 } else if (!identity.empty() && !identities.insert(identity).second) {
@@ -335,6 +347,7 @@ class TreeCheck {
     const Document& document_;
     Findings& findings_;
     Walk walk_;
+    RfOutputModes rfOutputModes_;
     bool isRead_ = true;
 };
 

@@ -164,10 +164,6 @@ void collectDoubled(const Keys& keys, std::unordered_set<std::string_view>& doub
 
 // Elements may be nested deeply, and the stack be small: what is not needed while the elements
 // inside are compared stays out of the frames of those that call themselves.
-[[gnu::noinline]] bool haveSameValue(const Element* row, Pair pair) {
-    return haveSameText(pair) || canonicalText(row, *pair.older) == canonicalText(row, *pair.newer);
-}
-
 class Comparison {
   public:
     explicit Comparison(DiffScope scope) : scope_(scope) {}
@@ -215,6 +211,14 @@ class Comparison {
         path_.pop_back();
     }
 
+    [[gnu::noinline]] bool haveSameValue(const Element* row, Pair pair) {
+        return haveSameText(pair) || canonical(row, *pair.older) == canonical(row, *pair.newer);
+    }
+
+    std::string canonical(const Element* row, const XmlNode& node) {
+        return canonicalText(row, node, row == nullptr ? 0 : rfOutputModes_.at(*row, node));
+    }
+
     [[nodiscard]] bool isLeftOut(const Element* row) const {
         return row != nullptr && row->liveState && !scope_.liveState;
     }
@@ -253,7 +257,7 @@ class Comparison {
         std::size_t place;  // among its siblings, from 1
     };
 
-    [[gnu::noinline]] std::vector<Entry> entriesOf(const Element& list, Pair parents) const {
+    [[gnu::noinline]] std::vector<Entry> entriesOf(const Element& list, Pair parents) {
         const Nodes older = elementsIn(*parents.older);
         const Nodes newer = elementsIn(*parents.newer);
         const auto identity = [&](const XmlNode& node, std::size_t) {
@@ -278,9 +282,8 @@ class Comparison {
 
     // By identity; those of a doubled one by content before. Entries that nothing identifies by
     // content, and what is left of them by order.
-    [[nodiscard]] Matching matchEntries(const Element& list, const Nodes& older, const Nodes& newer,
-                                        const Keys& olderIdentities,
-                                        const Keys& newerIdentities) const {
+    Matching matchEntries(const Element& list, const Nodes& older, const Nodes& newer,
+                          const Keys& olderIdentities, const Keys& newerIdentities) {
         Matching matching(older.size(), newer.size());
         std::unordered_set<std::string_view> doubled;
         collectDoubled(olderIdentities, doubled);
@@ -311,7 +314,7 @@ class Comparison {
     }
 
     // The same for nodes between which nothing is different.
-    [[nodiscard]] std::string contentOf(const Element* row, const XmlNode& node) const {
+    std::string contentOf(const Element* row, const XmlNode& node) {
         struct Child {
             std::string name;
             std::string content;
@@ -330,7 +333,7 @@ class Comparison {
                              return ofList ? a.content < b.content : a.name < b.name;
                          });
         // Control characters keep the parts apart.
-        std::string content = lowerCaseName(node) + '\1' + canonicalText(row, node);
+        std::string content = lowerCaseName(node) + '\1' + canonical(row, node);
         for (const Child& child : children) {
             content += '\2' + child.content + '\3';
         }
@@ -355,6 +358,7 @@ class Comparison {
     }
 
     DiffScope scope_;
+    RfOutputModes rfOutputModes_;
     Path path_;
     std::vector<Difference> differences_;
 };

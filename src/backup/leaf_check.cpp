@@ -9,7 +9,6 @@
 #include "backup/tree.h"
 #include "backup/values.h"
 #include "document/coded_texts.h"
-#include "document/input_type.h"
 
 namespace tarvo_backup {
 
@@ -61,17 +60,17 @@ constexpr ParticularForm kParticularForms[] = {
 
 class LeafCheck {
   public:
-    LeafCheck(Severity error, Walk& walk) : error_(error), walk_(walk) {}
+    LeafCheck(const LeafContext& context, Walk& walk) : context_(context), walk_(walk) {}
 
-    void run(const Element& parent, const Element& row, const XmlNode& node, bool isFirst) {
+    void run(const Element& parent, const Element& row, const XmlNode& node) {
         if (firstElement(node) != nullptr) {
             walk_.add(Severity::warning, node, "holds elements, which are not read");
         } else if (node.first_node() != nullptr && node.first_node() != node.last_node()) {
             walk_.add(Severity::warning, node,
                       "a comment or a CDATA section parts its text; one part is read");
         }
-        const bool isFit = !row.liveState && !checkRange(row, node, isFirst) &&
-                           !checkCode(row, node) && !checkForm(parent, row, node);
+        const bool isFit = !row.liveState && !checkRange(row, node) && !checkCode(row, node) &&
+                           !checkForm(parent, row, node);
         if (isFit) {
             checkSize(row, node);
         }
@@ -82,34 +81,24 @@ class LeafCheck {
 
   private:
     // Whether a number was found out of range.
-    bool checkRange(const Element& row, const XmlNode& node, bool isFirst) {
+    bool checkRange(const Element& row, const XmlNode& node) {
         const int number = numberOf(node);
         // Only the first of several is looked at for what an element must have.
-        const bool isRequirementMet = !isFirst || row.required.range.contains(number);
+        const bool isRequirementMet = !context_.isFirst || row.required.range.contains(number);
         if (row.range.contains(number) && isRequirementMet) {
             return false;
         }
         const bool isLoop = isNamed(row, "rfLoop");
-        walk_.add(isLoop && !isLoopRead(node) ? Severity::warning : error_, node,
+        walk_.add(isLoop && !context_.isLoopRead ? Severity::warning : context_.error, node,
                   inQuotes(textOf(node)) + " is not allowed; it must be " +
                       rangeText(importedRange(row)));
         return true;
     }
 
-    // Input 1 feeds the loop, and only a satellite input is sure to have a satellite tuner. Without
-    // its type, no loop of an input is looked at.
-    static bool isLoopRead(const XmlNode& loop) {
-        const XmlNode& input = *loop.parent();
-        const XmlNode* id = document::childNamed(input, "inputId");
-        const XmlNode& type = *document::childNamed(input, "type");
-        return id != nullptr && numberOf(*id) == 2 &&
-               numberOf(type) == static_cast<int>(document::InputType::satellite);
-    }
-
     // Whether a text was found that stands for no code.
     bool checkCode(const Element& row, const XmlNode& node) {
         const char* text = textOf(node);
-        const document::CodeTable texts = importedTextsAt(row, node);
+        const document::CodeTable texts = mapping::importedTexts(row, context_.rfOutputMode);
         const bool isExact = row.take == Take::codeExactly || row.take == Take::codeOrNumber;
         const auto code =
             isExact ? document::codeOfExactly(texts, text) : document::codeOfAnyCase(texts, text);
@@ -117,7 +106,7 @@ class LeafCheck {
             return false;
         }
         if (row.take != Take::codeOrNumber) {
-            walk_.add(row.otherTextsAreOne ? Severity::warning : error_, node,
+            walk_.add(row.otherTextsAreOne ? Severity::warning : context_.error, node,
                       inQuotes(text) + " is not allowed; it must be " + listOf(texts));
             return true;
         }
@@ -189,7 +178,7 @@ class LeafCheck {
             before = before->previous_sibling();
         }
         if (before != nullptr && numberOf(*before) != numberOf(node)) {
-            walk_.add(error_, node,
+            walk_.add(context_.error, node,
                       inQuotes(textOf(node)) + " is not allowed; it must be at least " +
                           std::to_string(row.lowestOfOther));
         } else if (numberOf(node) < 0) {
@@ -197,7 +186,7 @@ class LeafCheck {
         }
     }
 
-    Severity error_;
+    const LeafContext& context_;
     Walk& walk_;
 };
 
@@ -205,7 +194,7 @@ class LeafCheck {
 
 void checkLeaf(const Element& parent, const Element& row, const XmlNode& node,
                const LeafContext& context, Walk& walk) {
-    LeafCheck(context.error, walk).run(parent, row, node, context.isFirst);
+    LeafCheck(context, walk).run(parent, row, node);
 }
 
 }  // namespace tarvo_backup

@@ -11,6 +11,10 @@ struct LeafContext {
     bool isFirst = true;  // of the elements of its name beside it
     // How bad it is when the import would refuse the text.
     Severity error = Severity::error;
+    // Of the module, where the element's texts depend on it.
+    int rfOutputMode = 0;
+    // Whether the import looks at the loop of the input around it.
+    bool isLoopRead = false;
 };
 
 // Numbers out of range or cut, texts that stand for no code, or not for what the element means.

@@ -52,8 +52,8 @@ Reading readingOf(const Element& row) {
 std::string numberText(const char* text) { return std::to_string(text::toInt(text)); }
 
 // The table's own text for a text in another letter case or for the code itself.
-std::optional<std::string> codedText(const Element& row, const XmlNode& node, const char* text) {
-    const document::CodeTable table = importedTextsAt(row, node);
+std::optional<std::string> codedText(const Element& row, const char* text, int rfOutputMode) {
+    const document::CodeTable table = mapping::importedTexts(row, rfOutputMode);
     auto code = row.take == Take::code ? document::codeOfAnyCase(table, text)
                                        : document::codeOfExactly(table, text);
     if (!code && isWholeNumber(text)) {
@@ -64,18 +64,6 @@ std::optional<std::string> codedText(const Element& row, const XmlNode& node, co
     }
     const char* known = code ? document::codeText(table, *code) : "";
     return *known == '\0' ? std::nullopt : std::optional<std::string>(known);
-}
-
-// 0 is DVB-T, any other DVB-C. It counts for the outputs that come after it.
-int rfOutputModeAt(const XmlNode& outputChild) {
-    const XmlNode& outputs = *outputChild.parent()->parent();
-    for (const XmlNode* before = outputs.previous_sibling(); before != nullptr;
-         before = before->previous_sibling()) {
-        if (document::hasName(*before, "modoSalidaRF")) {
-            return document::numberOf(*before);
-        }
-    }
-    return 0;
 }
 
 }  // namespace
@@ -99,11 +87,26 @@ bool isWholeNumber(std::string_view text) {
     });
 }
 
-document::CodeTable importedTextsAt(const Element& row, const XmlNode& node) {
-    return mapping::importedTexts(row, row.dvbCTexts.empty() ? 0 : rfOutputModeAt(node));
+// 0 is DVB-T, any other DVB-C. It counts for the outputs that come after it.
+int RfOutputModes::at(const Element& row, const XmlNode& node) {
+    if (row.dvbCTexts.empty()) {
+        return 0;
+    }
+    const XmlNode& outputs = *node.parent()->parent();
+    const auto [mode, isNew] = known_.try_emplace(&outputs, 0);
+    for (const XmlNode* before = isNew ? outputs.previous_sibling() : nullptr; before != nullptr;
+         before = before->previous_sibling()) {
+        const auto known = known_.find(before);
+        const bool isMode = document::hasName(*before, "modoSalidaRF");
+        if (isMode || known != known_.end()) {
+            mode->second = isMode ? document::numberOf(*before) : known->second;
+            break;
+        }
+    }
+    return mode->second;
 }
 
-std::string canonicalText(const Element* row, const XmlNode& node) {
+std::string canonicalText(const Element* row, const XmlNode& node, int rfOutputMode) {
     const char* text = document::textOf(node);
     if (row == nullptr) {
         return text;
@@ -114,9 +117,9 @@ std::string canonicalText(const Element* row, const XmlNode& node) {
         case Reading::number:
             return numberText(text);
         case Reading::code:
-            return codedText(*row, node, text).value_or(text);
+            return codedText(*row, text, rfOutputMode).value_or(text);
         case Reading::codeOrNumber:
-            return codedText(*row, node, text).value_or(numberText(text));
+            return codedText(*row, text, rfOutputMode).value_or(numberText(text));
         case Reading::bit:
             return std::string_view(text) == "1" ? "1" : "0";
         case Reading::withoutWhiteSpace: {

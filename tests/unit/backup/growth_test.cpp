@@ -220,6 +220,56 @@ TEST(BackupGrowth, ElementsOfAnInputAndListsOfAServiceAreCheckedInNearLinearTime
     }
 }
 
+// Eight times as long would be in between of linear (4) and quadratic (16).
+TEST(BackupGrowth, LoopsOfAnInputAreCheckedInNearLinearTime) {
+    const auto seconds = [](int count) {
+        const Document document =
+            parsed(inModule("<inputs><input>" + repeated(count, "<rfLoop>2</rfLoop>") +
+                            "<inputId>2</inputId><type>0</type></input></inputs>"));
+        return quickest([&] { check(document); });
+    };
+    EXPECT_LT(seconds(8000), 8 * seconds(2000));
+}
+
+namespace {
+
+// A module with so many lists of outputs, or so many outputs behind as many strangers.
+std::string withLists(int count, const std::string& constellation) {
+    return inModule(repeated(count, "<outputs><output><outputId>1</outputId><constellation>" +
+                                        constellation + "</constellation></output></outputs>"));
+}
+std::string withStrangers(int count, const std::string& constellation) {
+    return inModule(repeated(count, "<a/>") + "<outputs>" +
+                    repeated(count, "<output><outputId>1</outputId><constellation>" +
+                                        constellation + "</constellation></output>") +
+                    "</outputs>");
+}
+
+}  // namespace
+
+// Eight times as long would be in between of linear (4) and quadratic (16).
+TEST(BackupGrowth, OutputsAreCheckedInNearLinearTime) {
+    for (const auto make : {withLists, withStrangers}) {
+        const auto seconds = [&](int count) {
+            const Document document = parsed(make(count, "QPSK"));
+            return quickest([&] { check(document); });
+        };
+        EXPECT_LT(seconds(8000), 8 * seconds(2000)) << make(1, "");
+    }
+}
+
+// Eight times as long would be in between of linear (4) and quadratic (16).
+TEST(BackupDiffGrowth, OfOutputsIsNearLinear) {
+    for (const auto make : {withLists, withStrangers}) {
+        const auto seconds = [&](int count) {
+            const Document older = parsed(make(count, "QPSK"));
+            const Document newer = parsed(make(count, "16 QAM"));
+            return quickest([&] { diff(older, newer); });
+        };
+        EXPECT_LT(seconds(8000), 8 * seconds(2000)) << make(1, "");
+    }
+}
+
 TEST(BackupDiffGrowth, TakesLessThanTwiceTheParsingOfBothDocuments) {
 #ifndef NDEBUG
     GTEST_SKIP() << "says something of optimized builds only";

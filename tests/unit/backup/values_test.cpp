@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <vector>
+
 #include "mapping/document_tree.h"
 #include "unit/backup/backup_test.h"
 
@@ -76,6 +79,38 @@ TEST(BackupValues, ACodeMayBeANumberWhereTheImportTakesOne) {
     EXPECT_EQ(canonical(stream, "auto"), "auto");
     EXPECT_EQ(canonical(stream, "AUTO"), "0");
     EXPECT_EQ(canonical(stream, "05"), "5");
+}
+
+TEST(BackupValues, TheOutputModeOfAModuleCountsForTheOutputsBehindIt) {
+    const std::string outputs =
+        "<outputs><output><constellation/></output><output><constellation/></output></outputs>";
+    const Document document =
+        configured("<modules><module>" + outputs + "<modoSalidaRF>1</modoSalidaRF>" + outputs +
+                   outputs + "<modoSalidaRF>0</modoSalidaRF>" + outputs + "</module><module>" +
+                   outputs + "</module></modules>");
+    std::vector<const document::XmlNode*> constellations;
+    for (const auto& module : document::childrenOf(*document.configuration()->first_node())) {
+        for (const auto& list : document::childrenOf(module)) {
+            if (document::hasName(list, "outputs")) {
+                for (const auto& output : document::childrenOf(list)) {
+                    constellations.push_back(output.first_node());
+                }
+            }
+        }
+    }
+    const Element& row = rowNamed(mapping::kRfOutput, "constellation");
+    const auto inOrder = [&] {
+        RfOutputModes known;
+        std::vector<int> modes;
+        for (const auto* constellation : constellations) {
+            modes.push_back(known.at(row, *constellation));
+        }
+        return modes;
+    };
+    EXPECT_EQ(inOrder(), (std::vector{0, 0, 1, 1, 1, 1, 0, 0, 0, 0}));
+    std::reverse(constellations.begin(), constellations.end());
+    EXPECT_EQ(inOrder(), (std::vector{0, 0, 0, 0, 1, 1, 1, 1, 0, 0}));
+    EXPECT_EQ(RfOutputModes().at(rowNamed(mapping::kRfOutput, "bandwidth"), *constellations[4]), 0);
 }
 
 TEST(BackupValues, ABitIsSetByNothingButOne) {
