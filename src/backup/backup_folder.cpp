@@ -108,7 +108,7 @@ bool hasSameSettings(const std::string& older, const std::string& document) {
         const Document before(older, *text);
         // Without a configuration it is no backup, and one that is redacted cannot be restored.
         return before.configuration() != nullptr && !before.isRedacted() &&
-               diff(before, Document("new", document)).empty();
+               diff(before, Document("new", document), {.order = true}).empty();
     } catch (const Fault&) {
         return false;  // it was damaged since
     }

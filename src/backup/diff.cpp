@@ -173,6 +173,9 @@ class Comparison {
         if (!haveSameValue(row, pair)) {
             note(pair, document::textOf);
         }
+        if (scope_.order && row != nullptr && row->orderCounts && !haveSameOrder(*row, pair)) {
+            note(pair, shownText);
+        }
         if (isList(row)) {
             for (const Entry& entry : entriesOf(*row, pair)) {
                 const Element* entryRow = rowOf(row, entry.pair.any());
@@ -221,6 +224,15 @@ class Comparison {
 
     [[nodiscard]] bool isLeftOut(const Element* row) const {
         return row != nullptr && row->liveState && !scope_.liveState;
+    }
+
+    [[gnu::noinline]] bool haveSameOrder(const Element& list, Pair pair) {
+        const auto contents = [&](const XmlNode& parent) {
+            return keysOf(elementsIn(parent), [&](const XmlNode& node, std::size_t) {
+                return contentOf(rowOf(&list, node), node);
+            });
+        };
+        return contents(*pair.older) == contents(*pair.newer);
     }
 
     // Children of a section or an entry belong together by name, several of a name by order.

@@ -28,6 +28,8 @@ struct Difference {
 struct DiffScope {
     // Also what the device reports of itself, not only what it is set to.
     bool liveState = false;
+    // Also the order of the lists in which it counts.
+    bool order = false;
 };
 
 // Compares what the import would take of the two documents, in the order of the old one, followed

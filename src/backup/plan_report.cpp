@@ -1,6 +1,7 @@
 #include "backup/plan_report.h"
 
 #include <map>
+#include <set>
 #include <string>
 
 #include "backup/diff_report.h"
@@ -83,6 +84,27 @@ class Report {
         if (!plan.changes.empty()) {
             heading("What would change");
             printDifferences(plan.changes, paint_, out_);
+        } else if (plan.changesUnknown.empty()) {
+            printUnseenRows(plan.rows);
+        }
+    }
+
+    // Of those that the device acts on, the marks tell.
+    void printUnseenRows(const std::vector<RowChange>& rows) {
+        std::set<const RowChange*> marked;
+        for (const Mark& mark : marksIn(rows)) {
+            marked.insert(mark.row);
+        }
+        std::map<std::string, std::size_t> counts;
+        for (const RowChange& row : rows) {
+            counts[row.table] += marked.contains(&row) ? 0U : 1U;
+        }
+        std::erase_if(counts, [](const auto& table) { return table.second == 0; });
+        if (!counts.empty()) {
+            heading("No element would change, but rows of these tables would");
+        }
+        for (const auto& [table, count] : counts) {
+            out_ << onOneLine(table) << ": " << count << '\n';
         }
     }
 

@@ -27,7 +27,7 @@ inline constexpr Element kSections[] = {
     section("lnb", kLnb, ExportedBy::exceptWvxb),
     list("diseqcs", kDiseqcs, ExportedBy::exceptWvxb),
     list("scramblings", kScramblings, ExportedBy::exceptWvxb),
-    list("preferredLanguages", kPreferredLanguages),
+    ordered(list("preferredLanguages", kPreferredLanguages)),
     list("modules", kModules),
 };
 

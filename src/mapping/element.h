@@ -245,6 +245,8 @@ struct Element {
     // A list whose other elements the import skips. Other lists hold their entries and nothing
     // else.
     bool skipsOthers = false;
+    // A list whose entries are in an order that says something.
+    bool orderCounts = false;
     Elements children = {};
     ChildTables childTables = {};
 };
@@ -279,6 +281,11 @@ constexpr Element entry(const char* name, Elements children, ChildTables childTa
             .kind = Kind::entry,
             .children = children,
             .childTables = childTables};
+}
+
+constexpr Element ordered(Element list) {
+    list.orderCounts = true;
+    return list;
 }
 
 constexpr Element secret(Element element) {

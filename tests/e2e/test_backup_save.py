@@ -75,6 +75,23 @@ class SaveTest(EndToEndTest):
             second,
         )
 
+    def test_an_order_that_counts_makes_a_new_file_where_diff_is_silent(self) -> None:
+        device = self.device("WVX-BQ4")
+
+        def save_with(languages: str) -> dict:
+            self.query(device, "DELETE FROM AudioLanguageListGlobal")
+            self.query(
+                device, f"INSERT INTO AudioLanguageListGlobal (AudioCode) VALUES {languages}"
+            )
+            return json.loads(self.save(device, "--json").stdout)
+
+        first = save_with("('spa'), ('fra')")
+        second = save_with("('fra'), ('spa')")
+        self.assertEqual([False, False], [first["unchanged"], second["unchanged"]])
+        result = device.run(BACKUP_PROGRAM, ["diff", first["file"], second["file"]])
+        self.assertEqual((0, b""), (result.status, result.stdout))
+        self.assertTrue(save_with("('fra'), ('spa')")["unchanged"])
+
     def test_the_oldest_go_when_only_some_are_kept(self) -> None:
         device = self.device("WVX-BQ4")
         for value in ("one", "two", "three"):

@@ -169,6 +169,25 @@ TEST(BackupDiff, ALanguageIdentifiesItself) {
                             "preferredLanguages/language[ita]: - -> ita"));
 }
 
+TEST(BackupDiff, ComparesTheOrderThatCountsWhenAskedTo) {
+    const auto languages = [](const std::string& first, const std::string& second) {
+        return "<preferredLanguages><language>" + first + "</language><language>" + second +
+               "</language></preferredLanguages>";
+    };
+    const auto module = [](const std::string& mac) {
+        return "<module><mac>" + mac + "</mac></module>";
+    };
+    EXPECT_THAT(between(languages("fra", "eng"), languages("eng", "fra")), IsEmpty());
+    EXPECT_EQ(between(languages("fra", "eng"), languages("eng", "fra"), {.order = true}).size(),
+              1U);
+    EXPECT_THAT(between(languages("fra", "eng"), languages("fra", "eng"), {.order = true}),
+                IsEmpty());
+    EXPECT_THAT(between("<x><y/><z/></x>", "<x><z/><y/></x>", {.order = true}), IsEmpty());
+    EXPECT_THAT(between(modules(module("02:01") + module("02:02")),
+                        modules(module("02:02") + module("02:01")), {.order = true}),
+                IsEmpty());
+}
+
 TEST(BackupDiff, NumbersAreTheSameWhereTheImportTakesThemForTheSame) {
     EXPECT_THAT(between(services(service(1, "501", "<lcn>017</lcn><decrypt>1</decrypt>")),
                         services(service(1, "0501", "<lcn>17</lcn><decrypt>01</decrypt>"))),

@@ -118,6 +118,30 @@ TEST(BackupPlanReport, SaysWhyTheChangesCannotBeTold) {
     EXPECT_EQ(below(plan), "\nWhat would change cannot be told\nit fails\n");
 }
 
+TEST(BackupPlanReport, CountsTheRowsThatNoElementAndNoMarkTellsOf) {
+    const auto row = [](const char* table, const char* column) {
+        return RowChange{.table = table,
+                         .row = "1",
+                         .mac = "",
+                         .kind = RowChange::Kind::changed,
+                         .cells = {{column, "0", "1"}}};
+    };
+    Plan plan;
+    plan.rows = {row("RedesModulos", "estado"), row("b\n", "c"), row("a", "c"), row("a", "d")};
+    EXPECT_NE(below(plan).find("\nNo element would change, but rows of these tables "
+                               "would\na: 2\nb\\n: 1\n\nMarked"),
+              std::string::npos)
+        << below(plan);
+    plan.rows.resize(1);
+    EXPECT_EQ(below(plan).find("No element"), std::string::npos);
+    plan.rows.push_back(row("a", "c"));
+    plan.changesUnknown = "x";
+    EXPECT_EQ(below(plan).find("No element"), std::string::npos);
+    plan.changesUnknown.clear();
+    plan.changes = {{.path = "p", .oldText = "1", .newText = "2"}};
+    EXPECT_EQ(below(plan).find("No element"), std::string::npos);
+}
+
 TEST(BackupPlanReport, TellsHowEachModuleIsFound) {
     Plan plan;
     plan.scripts = {"x"};
