@@ -10,6 +10,7 @@
 #include "document/xml.h"
 #include "import/regional.h"
 #include "platform/debug_log.h"
+#include "platform/platform.h"
 #include "text/to_int.h"
 
 namespace tarvo_backup {
@@ -84,7 +85,9 @@ void Sandbox::noteLine(int priority, const std::string& text) {
 
 void Sandbox::noteScript(const std::string& command) {
     traffic_.scripts.push_back(command);
-    if (command.starts_with(tarvo_remote_control::kTimeOffsetsScript)) {
+    const auto inItsPlace = platform::fileStatus(tarvo_remote_control::kTimeOffsetsFile);
+    if (command.starts_with(tarvo_remote_control::kTimeOffsetsScript) &&
+        !(inItsPlace && inItsPlace->isFolder)) {
         // Where it succeeds it leaves a file, without which nothing further is done.
         traffic_.files.insert_or_assign(tarvo_remote_control::kTimeOffsetsFile, "");
     }

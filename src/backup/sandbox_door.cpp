@@ -1,9 +1,12 @@
 // The door of tarvo-backup: open to the device, or leading into a sandbox while there is one.
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <iterator>
 #include <string_view>
@@ -18,6 +21,8 @@
 
 namespace platform {
 
+namespace fs = std::filesystem;
+
 using tarvo_backup::ExitStatus;
 using tarvo_backup::Fault;
 using tarvo_backup::Sandbox;
@@ -31,6 +36,28 @@ Sandbox* enterSandbox() {
         tarvo_backup::endIfInterrupted();
     }
     return sandbox;
+}
+
+// Whether the device would take a file's content there, for the user that the program is run as:
+// into the file that is there, or into a new one, also where a link leads to it.
+bool canWrite(fs::path path) {
+    constexpr int kMostLinks = 40;  // that the kernel follows
+    std::error_code failed;
+    for (int links = 0; links < kMostLinks && fs::is_symlink(path, failed); ++links) {
+        path = path.parent_path() / fs::read_symlink(path, failed);
+    }
+    const auto found = fs::status(path, failed);
+    const bool isNew = found.type() == fs::file_type::not_found;
+    const fs::path written = isNew ? path.parent_path() / "." : path;
+    return !fs::is_directory(found) &&
+           ::faccessat(AT_FDCWD, written.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+// Whether the device would give a file that name, which may be too long.
+bool canName(const fs::path& path) {
+    std::error_code failed;
+    const auto found = fs::symlink_status(path, failed);
+    return fs::status_known(found) && !fs::is_directory(found);
 }
 
 // Where a database is that is about to be opened. One that is not there is made, in the copy.
@@ -149,10 +176,14 @@ bool writeFile(const std::string& path, const std::string& content) {
     if (sandbox == nullptr) {
         return os::writeFile(path, content);
     }
+    if (!canWrite(path)) {
+        return false;
+    }
     sandbox->traffic().files.insert_or_assign(path, content);
     return true;
 }
 
+// What an export writes is for this program: it needs no room on the device.
 bool replaceFile(const std::string& path, std::span<const std::string> pieces,
                  const FileAccess& access) {
     Sandbox* sandbox = enterSandbox();
@@ -172,7 +203,7 @@ void renameFile(const std::string& from, const std::string& to) {
     if (sandbox == nullptr) {
         tarvo_backup::deviceIsChanged = true;
         os::renameFile(from, to);
-    } else if (auto content = readFile(from)) {
+    } else if (auto content = canName(to) ? readFile(from) : std::nullopt) {
         Traffic& traffic = sandbox->traffic();
         traffic.renames.push_back({from, to});
         traffic.files.insert_or_assign(to, std::move(content));

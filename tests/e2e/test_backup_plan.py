@@ -3,6 +3,7 @@ tarvo-config does is in test_backup_properties.py."""
 
 import json
 import re
+import shutil
 import stat
 import sys
 import time
@@ -29,6 +30,7 @@ from e2e import (
 )
 
 DOCUMENT = "/tmp/document.xml"
+SI_FOLDER = "/tarvo/datosWeb/tablasSI"
 
 
 def snapshot(device: Device) -> dict[str, tuple]:
@@ -197,6 +199,59 @@ class PlanTest(EndToEndTest):
             database.execute("DROP VIEW AudioLanguageListGlobal")
         before = self.plan(device, text)
         self.assertEqual((0, None), (before["status"], before["changes"]))
+
+    def test_scripts_behind_a_file_that_cannot_be_written_do_not_run(self) -> None:
+        def no_folder(device: Device, path: str) -> None:
+            shutil.rmtree(device.path(path))
+
+        def folder(device: Device, path: str) -> None:
+            device.path(path).unlink(missing_ok=True)
+            device.path(path).mkdir()
+
+        def link(target: str):
+            def make(device: Device, path: str) -> None:
+                device.path(path).unlink(missing_ok=True)
+                device.path(path).symlink_to(target)
+
+            return make
+
+        cases = (
+            (no_folder, "/tarvo/conf", 0),
+            (no_folder, "/tarvo/conf/timezone", 0),
+            (folder, "/tarvo/conf/timezone/localtime", 0),
+            (link("/nowhere/file"), "/tarvo/conf/timezone/localtime", 0),
+            (link("localtime"), "/tarvo/conf/timezone/localtime", 0),
+            (link("../zone"), "/tarvo/conf/timezone/localtime", 2),
+            (link("/nowhere"), "/tmp/temp_tot_file_web", 2),
+            (folder, "/tarvo/conf/tot_file", 1),
+            (folder, "/tmp/temp_tot_file_web", 1),
+        )
+        for harm, path, count in cases:
+            with self.subTest(path, harm=harm):
+                device = self.device("QRA-310")
+                harm(device, path)
+                text = document("<regional><country>PT</country></regional>")
+                scripts = self.plan(device, text)["scripts"]
+                self.assertEqual(count, len(scripts), scripts)
+                ran = [line.split()[0] for line in self.load(device, text).actions]
+                self.assertEqual([Path(line.split()[0]).name for line in scripts], ran)
+
+    def test_a_name_that_no_file_can_have_renames_none(self) -> None:
+        device = self.device("QRA-310")
+        [(nid,)] = self.query(device, "SELECT NID FROM RedesCabecera ORDER BY idRed LIMIT 1")
+        [(key,)] = self.query(device, "SELECT idRed FROM RedesCabecera ORDER BY idRed LIMIT 1")
+        device.path(f"{SI_FOLDER}/NIT_table_{nid}").write_text("nit")
+        for kind in ("NIT", "SDT"):
+            device.path(f"{SI_FOLDER}/{kind}_table_88888").mkdir()
+        for digits, does_rename in (("7" * 300, False), ("88888", False), ("7777", True)):
+            text = document(
+                f"<dvbNetworks><dvbNetwork><id>{key}</id><nid>{digits}</nid></dvbNetwork>"
+                "</dvbNetworks>"
+            )
+            self.assertEqual(does_rename, self.plan(device, text)["renames"] != [], digits)
+            self.load(device, text)
+            self.assertEqual(does_rename, device.path(f"{SI_FOLDER}/NIT_table_7777").exists())
+            self.query(device, f"UPDATE RedesCabecera SET NID = '{nid}' WHERE idRed = '{key}'")
 
     def test_a_database_that_is_none_has_no_rows_that_change(self) -> None:
         device = self.device("RNB-K408")
