@@ -128,18 +128,19 @@ class Making {
     }
 
   private:
+    [[nodiscard]] std::string withoutSecrets(const std::string& text) const {
+        return withSecrets_ ? text : withoutCredentials(text);
+    }
+
     [[nodiscard]] std::string shown(const XmlNode& parent, const char* name) const {
         std::string text = textIn(parent, name);
-        if (text.empty() || withSecrets_) {
-            return text;
-        }
-        return isSecret(name) ? kMask : withoutCredentials(text);
+        return !text.empty() && !withSecrets_ && isSecret(name) ? kMask : withoutSecrets(text);
     }
 
     [[nodiscard]] std::string headendName() const {
         const XmlNode* identification = document::lastChildNamed(*configuration_, "identification");
         const std::string name =
-            identification == nullptr ? "" : textIn(*identification, "headendName");
+            identification == nullptr ? "" : shown(*identification, "headendName");
         return name.empty() ? "Headend" : name;
     }
 
@@ -197,7 +198,8 @@ class Making {
     void addLanguages() {
         std::string languages;
         for (const XmlNode* language : entriesOf(*configuration_, "preferredLanguages")) {
-            languages += (languages.empty() ? "" : ", ") + std::string(document::textOf(*language));
+            languages +=
+                (languages.empty() ? "" : ", ") + withoutSecrets(document::textOf(*language));
         }
         if (!languages.empty()) {
             add("Languages", "languages").fields.emplace_back("preferred", languages);
@@ -206,14 +208,14 @@ class Making {
 
     // --- Channels ------------------------------------------------------------------------------
 
-    static std::string serviceName(const XmlNode& service) {
-        const std::string name = textIn(service, "outputName");
-        return name.empty() ? textIn(service, "inputName") : name;
+    [[nodiscard]] std::string serviceName(const XmlNode& service) const {
+        const std::string name = shown(service, "outputName");
+        return name.empty() ? shown(service, "inputName") : name;
     }
 
-    static std::string moduleName(const XmlNode& module) {
-        const std::string name = textIn(module, "name");
-        return shortened(name.empty() ? textIn(module, "mac") : name);
+    [[nodiscard]] std::string moduleName(const XmlNode& module) const {
+        const std::string name = shown(module, "name");
+        return shortened(name.empty() ? shown(module, "mac") : name);
     }
 
     static std::string scrambling(const XmlNode& service) {
@@ -232,11 +234,11 @@ class Making {
             for (const XmlNode* service : entriesOf(*module, "services")) {
                 const XmlNode* node = document::lastChildNamed(*service, "lcn");
                 const int lcn = node == nullptr ? 0 : numberOf(*node);
-                channels.push_back({lcn,
-                                    {lcn > 0 ? std::to_string(lcn) : "", serviceName(*service),
-                                     textIn(*service, "outputSid"), moduleName(*module),
-                                     textIn(*service, "inputId"), textIn(*service, "outputId"),
-                                     scrambling(*service)}});
+                channels.push_back(
+                    {lcn,
+                     {lcn > 0 ? std::to_string(lcn) : "", serviceName(*service),
+                      shown(*service, "outputSid"), moduleName(*module), shown(*service, "inputId"),
+                      shown(*service, "outputId"), scrambling(*service)}});
             }
         }
         if (channels.empty()) {
@@ -277,18 +279,19 @@ class Making {
     }
 
     void addModule(const XmlNode& module) {
-        const std::string mac = textIn(module, "mac");
+        const std::string mac = shown(module, "mac");
         Section& section = add("Module " + moduleName(module), "module-" + mac);
         for (const Column& field : kModuleFields) {
-            if (const std::string text = textIn(module, field.element); !text.empty()) {
+            if (const std::string text = shown(module, field.element); !text.empty()) {
                 section.fields.emplace_back(field.title, text);
             }
         }
         if (const XmlNode* id = document::lastChildNamed(module, "dvbNetworkId")) {
             const XmlNode* network = referred(networks_, module, "dvbNetworkId");
             const std::string name =
-                network == nullptr ? "" : " (" + shortened(textIn(*network, "name")) + ")";
-            section.fields.emplace_back("DVB network", document::textOf(*id) + name);
+                network == nullptr ? "" : " (" + shortened(shown(*network, "name")) + ")";
+            section.fields.emplace_back("DVB network",
+                                        withoutSecrets(document::textOf(*id)) + name);
         }
         addInputs(module, section);
         if (const auto outputs = entriesOf(module, "outputs"); !outputs.empty()) {
@@ -307,12 +310,12 @@ class Making {
 
     // Of a satellite input the DiSEqC position tells the polarity, and the band where it has none.
     [[nodiscard]] std::string reception(const XmlNode& input) const {
-        std::string text = textIn(input, "bandwidth");
+        std::string text = shown(input, "bandwidth");
         if (const XmlNode* position = referred(positions_, input, "diseqc")) {
-            text = shortened(textIn(*position, "polarity")) + ", " +
-                   shortened(textIn(*position, "band"));
+            text = shortened(shown(*position, "polarity")) + ", " +
+                   shortened(shown(*position, "band"));
         } else if (text.empty()) {
-            text = textIn(input, "band");
+            text = shown(input, "band");
         }
         return text;
     }
@@ -323,9 +326,9 @@ class Making {
                      "Original network id", "Transport stream id"},
                     {}};
         for (const XmlNode* input : entriesOf(module, "inputs")) {
-            table.rows.push_back({textIn(*input, "inputId"), textIn(*input, "active"),
-                                  typeOf(*input), textIn(*input, "frequency"), reception(*input),
-                                  textIn(*input, "onid"), textIn(*input, "tsid")});
+            table.rows.push_back({shown(*input, "inputId"), shown(*input, "active"), typeOf(*input),
+                                  shown(*input, "frequency"), reception(*input),
+                                  shown(*input, "onid"), shown(*input, "tsid")});
         }
         if (!table.rows.empty()) {
             section.tables.push_back(std::move(table));

@@ -22,6 +22,19 @@ std::vector<const char*> secretNames(const mapping::Element& element) {
     return names;
 }
 
+constexpr std::string_view kBlanks = " \t\r\n";
+
+// How long the user and password are that an address begins with, in front of its "@". Without a
+// colon among them they may be a token, or the user of a mail address.
+std::size_t credentialsLength(std::string_view address, bool mayBeToken) {
+    const std::string_view authority = address.substr(0, address.find_first_of("/?# \t\r\n"));
+    const std::size_t end = authority.rfind('@');
+    const bool isMeant =
+        end != std::string_view::npos &&
+        (mayBeToken || authority.substr(0, end).find(':') != std::string_view::npos);
+    return isMeant ? end : 0;
+}
+
 void maskCredentials(document::XmlDocument& tree, XmlNode& node) {
     const std::string_view text(node.value(), node.value_size());
     if (const std::string masked = withoutCredentials(text); masked != text) {
@@ -55,19 +68,28 @@ bool isSecret(std::string_view name) {
 }
 
 std::string withoutCredentials(std::string_view text) {
-    constexpr std::string_view kBefore = "://";
+    constexpr std::string_view kBeforeHost = "://";
     std::string masked;
-    for (std::size_t at = text.find(kBefore); at != std::string_view::npos;
-         at = text.find(kBefore)) {
-        masked += text.substr(0, at + kBefore.size());
-        text.remove_prefix(at + kBefore.size());
-        const std::string_view authority = text.substr(0, text.find_first_of("/?# \t\r\n"));
-        if (const std::size_t end = authority.rfind('@'); end != std::string_view::npos) {
+    bool mayBeToken = false;
+    while (!text.empty()) {
+        if (const std::size_t length = credentialsLength(text, mayBeToken); length != 0) {
             masked += kMask;
-            text.remove_prefix(end);
+            text.remove_prefix(length);
         }
+        // On to the next host or word.
+        std::size_t next = 0;
+        for (mayBeToken = false; next < text.size() && !mayBeToken; ++next) {
+            mayBeToken = text.substr(next).starts_with(kBeforeHost);
+            if (kBlanks.find(text[next]) != std::string_view::npos) {
+                ++next;
+                break;
+            }
+        }
+        next += mayBeToken ? kBeforeHost.size() - 1 : 0;
+        masked += text.substr(0, next);
+        text.remove_prefix(next);
     }
-    return masked.append(text);
+    return masked;
 }
 
 std::string redacted(const Document& document) {

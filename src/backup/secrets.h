@@ -14,7 +14,8 @@ bool isSecret(std::string_view name);
 // Stands for a secret text, whatever its length.
 inline constexpr const char* kMask = "(masked)";
 
-// The text with the users and passwords of the addresses in it masked: "ftp://(masked)@host/path".
+// The text with the users and passwords of the addresses in it masked: "ftp://(masked)@host/path",
+// and "(masked)@host" for "user:password@host".
 std::string withoutCredentials(std::string_view text);
 
 // The document with its secrets masked, inside an element `redacted`. An import finds no
