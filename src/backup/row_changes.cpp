@@ -1,12 +1,14 @@
 #include "backup/row_changes.h"
 
 #include <algorithm>
+#include <compare>
 #include <map>
 #include <string_view>
 
 #include "backup/fault.h"
 #include "db/schema.h"
 #include "db/status_marks.h"
+#include "document/xml.h"
 #include "mapping/element.h"
 
 namespace tarvo_backup {
@@ -16,19 +18,28 @@ using tarvodb::StatusMark;
 
 namespace {
 
-struct Table {
-    std::vector<std::string> columns;
-    std::map<long long, Cells> rows;
+// What identifies a row: its id or, where it has none, a text of its own.
+struct RowKey {
+    long long id = 0;
+    std::string text = {};
+
+    auto operator<=>(const RowKey&) const = default;
 };
 
-std::string quotedName(const std::string& name) {
-    std::string quoted = "\"";
-    for (const char character : name) {
-        quoted += character;
-        quoted += character == '"' ? "\"" : "";
+struct Table {
+    std::vector<std::string> columns;
+    std::map<RowKey, Cells> rows;
+};
+
+std::string quoted(const std::string& text, char quote) {
+    std::string result(1, quote);
+    for (const char character : text) {
+        result.append(character == quote ? 2 : 1, character);
     }
-    return quoted + "\"";
+    return result + quote;
 }
+
+std::string quotedName(const std::string& name) { return quoted(name, '"'); }
 
 std::vector<std::string> firstColumn(const std::vector<Cells>& rows) {
     std::vector<std::string> cells;
@@ -45,14 +56,56 @@ std::vector<std::string> tablesOf(sqlite3* db) {
                              "LIKE 'sqlite_%' ORDER BY name"));
 }
 
+// The name by which the table has its rows' ids; none where it has no such ids, or a column of each
+// of these names.
+const char* rowIdName(sqlite3* db, const std::string& table,
+                      const std::vector<std::string>& columns) {
+    for (const char* name : {"rowid", "_rowid_", "oid"}) {
+        if (std::any_of(columns.begin(), columns.end(), [name](const std::string& column) {
+                return document::sameText(column.c_str(), name);
+            })) {
+            continue;
+        }
+        try {
+            select(db, "SELECT " + std::string(name) + " FROM " + quotedName(table) + " LIMIT 0");
+            return name;
+        } catch (const DatabaseFault&) {
+            return nullptr;
+        }
+    }
+    return nullptr;
+}
+
+// The columns that identify a row without an id: those of the primary key, or all.
+std::vector<std::string> keyColumns(sqlite3* db, const std::string& table,
+                                    const std::vector<std::string>& columns) {
+    const auto key = firstColumn(query(db, "SELECT name FROM pragma_table_info(" +
+                                               quoted(table, '\'') + ") WHERE pk > 0 ORDER BY pk"));
+    return key.empty() ? columns : key;
+}
+
 Table readTable(sqlite3* db, const std::string& name) {
-    Selected selected = select(db, "SELECT rowid, * FROM " + quotedName(name));
-    Table table;
-    table.columns.assign(selected.columns.begin() + 1, selected.columns.end());
-    for (Cells& row : selected.rows) {
-        const long long id = std::stoll(row.front().value_or("0"));
+    const std::string source = " FROM " + quotedName(name);
+    Table table{.columns = select(db, "SELECT *" + source + " LIMIT 0").columns, .rows = {}};
+    const char* id = rowIdName(db, name, table.columns);
+    std::string key;
+    if (id == nullptr) {
+        for (const std::string& column : keyColumns(db, name, table.columns)) {
+            key += (key.empty() ? "quote(" : " || ',' || quote(") + quotedName(column) + ")";
+        }
+    }
+    std::map<std::string, std::size_t> counts;
+    for (Cells& row : query(db, "SELECT " + (id == nullptr ? key : id) + ", *" + source)) {
+        RowKey rowKey;
+        const std::string text = row.front().value_or("");
         row.erase(row.begin());
-        table.rows.emplace(id, std::move(row));
+        if (id != nullptr) {
+            rowKey.id = std::stoll(text);
+        } else {
+            const std::size_t count = ++counts[text];
+            rowKey.text = count == 1 ? text : text + " #" + std::to_string(count);
+        }
+        table.rows.emplace(std::move(rowKey), std::move(row));
     }
     return table;
 }
@@ -67,27 +120,27 @@ class TableComparison {
     }
 
     void appendTo(std::vector<RowChange>& changes) const {
-        for (const auto& [id, row] : before_.rows) {
-            const auto match = after_.rows.find(id);
+        for (const auto& [key, row] : before_.rows) {
+            const auto match = after_.rows.find(key);
             if (match == after_.rows.end()) {
-                changes.push_back(change(id, RowChange::Kind::removed, &row, nullptr));
+                changes.push_back(change(key, RowChange::Kind::removed, &row, nullptr));
             } else if (match->second != row) {
-                changes.push_back(change(id, RowChange::Kind::changed, &row, &match->second));
+                changes.push_back(change(key, RowChange::Kind::changed, &row, &match->second));
             }
         }
-        for (const auto& [id, row] : after_.rows) {
-            if (!before_.rows.contains(id)) {
-                changes.push_back(change(id, RowChange::Kind::added, nullptr, &row));
+        for (const auto& [key, row] : after_.rows) {
+            if (!before_.rows.contains(key)) {
+                changes.push_back(change(key, RowChange::Kind::added, nullptr, &row));
             }
         }
     }
 
   private:
-    [[nodiscard]] RowChange change(long long id, RowChange::Kind kind, const Cells* before,
+    [[nodiscard]] RowChange change(const RowKey& key, RowChange::Kind kind, const Cells* before,
                                    const Cells* after) const {
         const Cells& any = after == nullptr ? *before : *after;
         RowChange change{.table = name_,
-                         .row = std::to_string(id),
+                         .row = key.text.empty() ? std::to_string(key.id) : key.text,
                          .mac = mac_ < any.size() ? any[mac_].value_or("") : "",
                          .kind = kind,
                          .cells = {}};

@@ -20,7 +20,8 @@ struct RowChange {
     enum class Kind { added, removed, changed };
 
     std::string table;
-    std::string row;  // its row id
+    // Its row id; where it has none, the texts of its primary key as SQL, or of all its columns.
+    std::string row;
     std::string mac;  // of the module that it belongs to; empty where the table has none
     Kind kind;
     std::vector<CellChange> cells;  // of an added or removed row: all

@@ -34,7 +34,8 @@ class RowChanges : public test::DeviceTest {
     std::vector<RowChange> changesBy(const std::string& statements, const std::string& before) {
         device.execute(tarvodb::kConfigDatabase, before);
         const std::string path = device.path(tarvodb::kConfigDatabase);
-        std::filesystem::copy_file(path, path + ".before");
+        std::filesystem::copy_file(path, path + ".before",
+                                   std::filesystem::copy_options::overwrite_existing);
         device.execute(tarvodb::kConfigDatabase, statements);
         return rowChanges(path + ".before", path);
     }
@@ -85,6 +86,29 @@ TEST_F(RowChanges, AreFoundInATableOfAnyName) {
     EXPECT_THAT(linesOf("UPDATE \"a\"\"b\" SET c = 2",
                         "CREATE TABLE \"a\"\"b\" (c); INSERT INTO \"a\"\"b\" VALUES (1)"),
                 ElementsAre("changed a\"b 1: c 1 -> 2"));
+}
+
+TEST_F(RowChanges, AreFoundInATableWithoutRowIds) {
+    EXPECT_THAT(linesOf("UPDATE t SET c = 3 WHERE a = 1; DELETE FROM t WHERE a = 'b''c';"
+                        "INSERT INTO t VALUES (2, 'x', 4)",
+                        "CREATE TABLE t (a, b, c, PRIMARY KEY (b, a)) WITHOUT ROWID;"
+                        "INSERT INTO t VALUES (1, 'x', 2), ('b''c', 'x', 2), ('1', 'x', 7)"),
+                ElementsAre("removed t 'x','b''c': a b'c -> NULL b x -> NULL c 2 -> NULL",
+                            "changed t 'x',1: c 2 -> 3",
+                            "added t 'x',2: a NULL -> 2 b NULL -> x c NULL -> 4"));
+}
+
+TEST_F(RowChanges, AreFoundWhereColumnsHaveTheNamesOfRowIds) {
+    EXPECT_THAT(linesOf("UPDATE t SET OID = 'd' WHERE rowid = 'b'",
+                        "CREATE TABLE t (RowId TEXT, oid TEXT);"
+                        "INSERT INTO t VALUES ('a', 'c'), ('b', 'c')"),
+                ElementsAre("changed t 2: oid c -> d"));
+    EXPECT_THAT(
+        linesOf("DELETE FROM t WHERE oid = 2; INSERT INTO t VALUES (1, 1, 'a')",
+                "DROP TABLE t; CREATE TABLE t (oid, _rowid_, rowid);"
+                "INSERT INTO t VALUES (1, 1, 'a'), (2, 2, NULL)"),
+        ElementsAre("removed t 2,2,NULL: oid 2 -> NULL _rowid_ 2 -> NULL rowid NULL -> NULL",
+                    "added t 1,1,'a' #2: oid NULL -> 1 _rowid_ NULL -> 1 rowid NULL -> a"));
 }
 
 TEST_F(RowChanges, WithAStatusThatTheDeviceActsOnAreMarks) {
