@@ -34,8 +34,20 @@ std::string Painter::operator()(Style style, std::string_view text) const {
 
 bool isTerminalControl(std::string_view character) {
     const auto first = static_cast<unsigned char>(character.front());
-    return first < 0x20 || first == 0x7f ||
-           (first == 0xc2 && static_cast<unsigned char>(character.back()) < 0xa0);
+    if (character.size() == 1) {
+        return first < 0x20 || first == 0x7f;
+    }
+    struct Range {
+        char32_t first;
+        char32_t last;
+    };
+    // The control characters, and what turns the direction of the text around it.
+    constexpr Range kRanges[] = {
+        {0x80, 0x9f}, {0x61c, 0x61c}, {0x200e, 0x200f}, {0x202a, 0x202e}, {0x2066, 0x2069}};
+    const char32_t point = codePoint(character);
+    return std::any_of(std::begin(kRanges), std::end(kRanges), [point](const Range& range) {
+        return point >= range.first && point <= range.last;
+    });
 }
 
 std::string twoHexDigits(char byte) {

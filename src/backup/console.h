@@ -41,7 +41,8 @@ class Painter {
     bool active_;
 };
 
-// A character, as UTF-8, that is a command to some terminals: below U+0020 or U+007F to U+009F.
+// A character, as UTF-8, that some terminals obey: below U+0020, U+007F to U+009F, or one that
+// turns the direction of a text, so that it seems to be another.
 bool isTerminalControl(std::string_view character);
 
 std::string twoHexDigits(char byte);

@@ -22,7 +22,9 @@ std::string printed(const Json& json) {
         const std::string_view character = rest.substr(0, characterLength(rest));
         rest.remove_prefix(character.size());
         if (character != "\n" && isTerminalControl(character)) {
-            text += "\\u00" + twoHexDigits(character.back());
+            const char32_t point = codePoint(character);
+            text += "\\u" + twoHexDigits(static_cast<char>(point >> 8U)) +
+                    twoHexDigits(static_cast<char>(point & 0xffU));
         } else {
             text += character;
         }

@@ -35,6 +35,16 @@ std::size_t characterLength(std::string_view text) {
     return 0;
 }
 
+char32_t codePoint(std::string_view character) {
+    const auto lead = static_cast<unsigned char>(character.front());
+    // The lead of a character of so many bytes has as many bits less, but for ASCII.
+    char32_t point = character.size() == 1 ? lead : lead & (0xffU >> (character.size() + 1));
+    for (const char byte : character.substr(1)) {
+        point = point << 6U | (static_cast<unsigned char>(byte) & 0x3fU);
+    }
+    return point;
+}
+
 std::string shortened(std::string_view text, std::size_t longest) {
     if (text.size() <= longest) {
         return std::string(text);

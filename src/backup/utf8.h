@@ -10,6 +10,9 @@ namespace tarvo_backup {
 // The bytes of the UTF-8 character that `text` begins with, 0 when it begins with none.
 std::size_t characterLength(std::string_view text);
 
+// The number of a character, as characterLength has found it whole.
+char32_t codePoint(std::string_view character);
+
 // A text of more than `longest` bytes without its middle, "..." as one character in its place; the
 // two ends together are at most so long, and no character of them is parted.
 std::string shortened(std::string_view text, std::size_t longest);

@@ -12,6 +12,14 @@ TEST(BackupConsole, ATextOnOneLineHoldsNothingThatATerminalObeys) {
                                          "31m"));
     EXPECT_EQ("\\x9b31m\\xff", onOneLine("\x9b"
                                          "31m\xff"));
+    EXPECT_EQ("\\xe2\\x80\\xaegpj\\xe2\\x81\\xa6\\xd8\\x9c", onOneLine("\u202egpj\u2066\u061c"));
+    for (const char* turning : {"\u200e", "\u200f", "\u202a", "\u2069"}) {
+        EXPECT_TRUE(isTerminalControl(turning)) << turning;
+    }
+    for (const char* other :
+         {"\u200d", "\u2010", "\u2029", "\u202f", "\u2065", "\u206a", "\u061b"}) {
+        EXPECT_FALSE(isTerminalControl(other)) << other;
+    }
     EXPECT_EQ(std::string("\\x00"), onOneLine(std::string(1, '\0')));
 }
 

@@ -18,9 +18,9 @@ TEST(BackupJson, HasNullForWhatARestoreDidNotComeTo) {
 
 TEST(BackupJson, HoldsNoCharacterThatATerminalObeys) {
     const Difference difference{
-        .path = "\x1b\x7f\xc2\x80\xc2\x9f", .oldText = "\xc2\xa0\xc3\xa1", .newText = "\n"};
+        .path = "\x1b\x7f\xc2\x80\xc2\x9f\u202e", .oldText = "\xc2\xa0\xc3\xa1", .newText = "\n"};
     EXPECT_EQ(toJson(std::vector<Difference>{difference}),
-              "[\n  {\n    \"path\": \"\\u001b\\u007f\\u0080\\u009f\",\n"
+              "[\n  {\n    \"path\": \"\\u001b\\u007f\\u0080\\u009f\\u202e\",\n"
               "    \"old\": \"\xc2\xa0\xc3\xa1\",\n    \"new\": \"\\n\"\n  }\n]");
 }
 

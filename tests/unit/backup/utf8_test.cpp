@@ -11,6 +11,13 @@ TEST(Utf8, CharactersAreAsLongAsTheirFirstByteSays) {
     EXPECT_EQ(characterLength("\xf0\x9f\x93\xba"), 4U);
 }
 
+TEST(Utf8, CharactersHaveNumbers) {
+    EXPECT_EQ(codePoint("\x7f"), U'\x7f');
+    EXPECT_EQ(codePoint("\xc3\xa9"), U'\u00e9');
+    EXPECT_EQ(codePoint("\xe2\x82\xac"), U'\u20ac');
+    EXPECT_EQ(codePoint("\xf0\x9f\x93\xba"), U'\U0001f4fa');
+}
+
 TEST(Utf8, WhatIsNotACharacterHasNoLength) {
     for (const char* text : {"\xc3", "\xc3 a", "\xe2\x82", "\xe2\x82 ", "\xe2 \xac", "\xf0\x9f\x93",
                              "\xf0\x9f \xba", "\xf0\x9f\x93\xc3", "\x80", "\xc0\x80", "\xff"}) {
