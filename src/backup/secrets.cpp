@@ -35,11 +35,73 @@ std::size_t credentialsLength(std::string_view address, bool mayBeToken) {
     return isMeant ? end : 0;
 }
 
-void maskCredentials(document::XmlDocument& tree, XmlNode& node) {
-    const std::string_view text(node.value(), node.value_size());
-    if (const std::string masked = withoutCredentials(text); masked != text) {
-        node.value(tree.allocate_string(masked.c_str(), masked.size() + 1), masked.size());
+// In the tree that is printed stands behind each NUL what the library itself would write otherwise
+// than it was read: a character that only a reference gives, or where a text between other nodes
+// begins or ends, around which it puts line feeds and tabs.
+constexpr char kEscape = '\0';
+constexpr char kBegins = 'B';
+constexpr char kEnds = 'E';
+
+// Where all of it is white space, a parse takes none of it, unless by a reference.
+std::string escaped(std::string_view text, bool mayBeBlank) {
+    const bool isBlank = text.find_first_not_of(kBlanks) == std::string_view::npos;
+    std::string result;
+    for (const char character : text) {
+        if (character == kEscape || (result.empty() && isBlank && !mayBeBlank)) {
+            result += kEscape;
+        }
+        result += character;
     }
+    return result;
+}
+
+std::string unescaped(std::string_view printed) {
+    constexpr std::string_view kIndenting = "\n\t";
+    std::string text;
+    for (std::size_t at = 0; at < printed.size(); ++at) {
+        if (printed[at] != kEscape) {
+            text += printed[at];
+            continue;
+        }
+        const char code = printed[++at];
+        if (code == kBegins) {
+            text.erase(text.find_last_not_of(kIndenting) + 1);
+        } else if (code == kEnds) {
+            at = printed.find_first_not_of(kIndenting, at + 1);
+            if (printed[at] == kEscape) {
+                text += "<!---->";  // another text begins
+                at += 2;
+            }
+            --at;
+        } else {
+            text += "&#" + std::to_string(static_cast<int>(code)) + ";";
+        }
+    }
+    return text;
+}
+
+void setValue(document::XmlDocument& tree, rapidxml::xml_base<char>& item,
+              const std::string& value) {
+    item.value(tree.allocate_string(value.c_str(), value.size() + 1), value.size());
+}
+
+void maskCredentials(document::XmlDocument& tree, XmlNode& node) {
+    for (auto* attribute = node.first_attribute(); attribute != nullptr;
+         attribute = attribute->next_attribute()) {
+        const std::string_view text(attribute->value(), attribute->value_size());
+        setValue(tree, *attribute, escaped(withoutCredentials(text), true));
+    }
+    const std::string text = withoutCredentials({node.value(), node.value_size()});
+    if (node.type() != rapidxml::node_data) {
+        setValue(tree, node, text);
+        return;
+    }
+    const XmlNode& parent = *node.parent();
+    const bool isAlone = parent.first_node() == parent.last_node();
+    const std::string written = escaped(text, false);
+    setValue(
+        tree, node,
+        isAlone ? written : std::string{kEscape, kBegins} + written + std::string{kEscape, kEnds});
 }
 
 void mask(document::XmlDocument& tree, XmlNode& node) {
@@ -106,7 +168,7 @@ std::string redacted(const Document& document) {
     }
     std::string text = std::string(tarvo_remote_control::kXmlDeclaration) + "\n";
     for (const XmlNode* node = tree.first_node(); node != nullptr; node = node->next_sibling()) {
-        text += document::printed(*node);
+        text += unescaped(document::printed(*node));
     }
     return text;
 }

@@ -106,6 +106,44 @@ TEST(BackupShow, RedactsSecretsWhereverTheyStandAndMarksTheDocument) {
               "\t\t</configuration>\n\t\t<vsecureCAMList/>\n\t</backup>\n</redacted>\n");
 }
 
+// Every node with its type, name and value.
+void appendNodes(const document::XmlNode& node, std::string& text) {
+    text += std::to_string(node.type()) + std::string(node.name(), node.name_size()) + "'" +
+            std::string(node.value(), node.value_size()) + "'";
+    for (const auto* each = node.first_attribute(); each != nullptr;
+         each = each->next_attribute()) {
+        text += each->name() + std::string(each->value(), each->value_size());
+    }
+    text += "(";
+    for (const document::XmlNode& child : document::childrenOf(node)) {
+        appendNodes(child, text);
+    }
+    text += ")";
+}
+
+std::string nodesOf(const document::XmlNode& node) {
+    std::string text;
+    appendNodes(node, text);
+    return text;
+}
+
+TEST(BackupShow, ARedactedDocumentReadsBackAsTheSameTree) {
+    for (const char* content :
+         {"a<!-- c -->b", " a\n<!-- c -->\tb ", "a&#0;b", "&#0;", "&#0;B&#0;E", "&#32;", "&#10;\n",
+          "a<!---->&#9;<!---->b", "a<b>c</b>d", "<b/> d", "<b>x<!---->y</b>\n<b/>",
+          "<![CDATA[c]]>d", "d <![CDATA[ ]]>", "<![CDATA[c]]><![CDATA[]]>", "<b c='&#0; \"'/>",
+          "<b c=' '/>", "&lt;&amp;&gt;", " "}) {
+        const std::string text =
+            "<configuration><x>" + std::string(content) + "</x></configuration>";
+        const Document document = parsed(text);
+        const std::string once = redacted(document);
+        EXPECT_EQ(once.find('\0'), std::string::npos) << once;
+        const Document readBack = parsed(once);
+        EXPECT_EQ(nodesOf(*readBack.configuration()), nodesOf(*document.configuration())) << once;
+        EXPECT_EQ(redacted(readBack), once);
+    }
+}
+
 TEST(BackupShow, UsersAndPasswordsInAddressesAreSecret) {
     for (const auto& [text, masked] : std::vector<std::pair<std::string, std::string>>{
              {"http://guest:pw@cas.example/a@b", "http://(masked)@cas.example/a@b"},
@@ -130,7 +168,7 @@ TEST(BackupShow, UsersAndPasswordsInAddressesAreSecret) {
         "at='u:p@host'>http://u:p@host</x><y><![CDATA[ftp://u:p@host]]></y></configuration>";
     EXPECT_EQ(redacted(parsed(text)),
               "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<redacted>\n\t<configuration>\n"
-              "\t\t<x>http://(masked)@host</x>\n"
+              "\t\t<x at=\"(masked)@host\">http://(masked)@host</x>\n"
               "\t\t<y>\n\t\t\t<![CDATA[ftp://(masked)@host]]>\n\t\t</y>\n\t</configuration>\n"
               "</redacted>\n");
     const std::string document =
