@@ -1,9 +1,9 @@
 #include "backup/row_changes.h"
 
 #include <algorithm>
-#include <compare>
 #include <map>
 #include <string_view>
+#include <tuple>
 
 #include "backup/fault.h"
 #include "db/schema.h"
@@ -23,7 +23,9 @@ struct RowKey {
     long long id = 0;
     std::string text = {};
 
-    auto operator<=>(const RowKey&) const = default;
+    bool operator<(const RowKey& other) const {
+        return std::tie(id, text) < std::tie(other.id, other.text);
+    }
 };
 
 struct Table {
