@@ -102,13 +102,17 @@ void takeFiles(Source& source) {
 }
 
 // Whether it is in WAL mode and nobody has it open: SQLite, even when it only reads, would make
-// files beside it.
+// files beside it. One that this program has open itself must not be opened as a file, the end of
+// which would give up SQLite's locks.
 bool isLogAtRest(const std::string& path) {
+    if (fs::exists(path + kLogIndex)) {
+        return false;
+    }
     constexpr std::size_t kReadVersion = 19;  // of the format, in a database's header
     constexpr char kWal = 2;
     std::array<char, kReadVersion + 1> header{};
     std::ifstream(path, std::ios::binary).read(header.data(), header.size());
-    return header[kReadVersion] == kWal && !fs::exists(path + kLogIndex);
+    return header[kReadVersion] == kWal;
 }
 
 // Takes hold of one more. A source that SQLite cannot read as it stands is taken as a file.
@@ -284,10 +288,12 @@ int PutBack::copy(sqlite3* from, bool whoeverHasWritten) {
 
 bool PutBack::run(bool whoeverHasWritten) {
     const Connection from = openConnection(job_.from, Access::readOnly);
-    if (beginReading(from.get()) == SQLITE_NOTADB) {
+    const int copyCode = beginReading(from.get());
+    if (copyCode == SQLITE_NOTADB) {
         writeBytes(job_.to, bytesOf(job_.from));  // there was none before either
         return true;
     }
+    checkResult(copyCode, ExitStatus::cannotRead, job_.from);
     if (!to_) {
         to_ = openConnection(job_.to, Access::readWrite);
     }
@@ -295,7 +301,7 @@ bool PutBack::run(bool whoeverHasWritten) {
         return whileBusy([&] { return copy(from.get(), whoeverHasWritten); }, [] {});
     };
     int code = copyPatiently();
-    if (code == SQLITE_NOTADB) {
+    if (code == SQLITE_NOTADB || primaryCode(code) == SQLITE_CORRUPT) {
         emptyRuin(job_.to);
         code = copyPatiently();
     }

@@ -31,8 +31,8 @@ class OutputMuted {
     std::streambuf* err_;
 };
 
-// Set by the door outside of a sandbox once a transaction in one of the databases that an import
-// changes is to be stored, a script is run or a file renamed: then there may be something to undo.
+// Set by the door outside of a sandbox once a transaction is to be stored, a script is run or a
+// file renamed: then there may be something to undo.
 inline bool deviceIsChanged = false;
 
 // The document that tarvo-config would write. Throws Fault (cannotRead)

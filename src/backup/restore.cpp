@@ -43,9 +43,8 @@ bool isDatabase(const std::string& path) {
 }
 
 void noteFile(const std::string& path, RestoreState& state) {
-    std::error_code noName;  // longer than a name may be, so that nothing gets it
-    auto& list = fs::exists(path, noName) ? state.copied : state.absent;
-    if (!noName && std::find(list.begin(), list.end(), path) == list.end()) {
+    auto& list = fs::exists(path) ? state.copied : state.absent;
+    if (std::find(list.begin(), list.end(), path) == list.end()) {
         list.push_back(path);
     }
 }
@@ -414,7 +413,9 @@ Undone undo(RestoreState state) {
         for (int tryNumber = 1; !isBack; ++tryNumber) {
             auto databases = watchedDatabases(state);
             const std::size_t keptBefore = state.kept.size();
-            undone.notKept = saveWhatIsUndone(state);
+            if (std::string why = saveWhatIsUndone(state); !why.empty()) {
+                undone.notKept = std::move(why);
+            }
             if (state.phase == RestorePhase::unconfirmed || state.kept.size() > keptBefore) {
                 state.phase = RestorePhase::undoing;
                 writeState(state);

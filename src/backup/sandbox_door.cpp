@@ -3,15 +3,12 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
-#include <iterator>
 #include <string_view>
 
-#include "backup/device_files.h"
 #include "backup/device_run.h"
 #include "backup/fault.h"
 #include "backup/sandbox.h"
@@ -102,14 +99,6 @@ int counted(int result, sqlite3* db, char** errorMessage) {
     return result;
 }
 
-bool isChangedByImports(sqlite3* db) {
-    return std::any_of(
-        std::begin(tarvo_backup::kChangedDatabases), std::end(tarvo_backup::kChangedDatabases),
-        [file = std::string_view(sqlite3_db_filename(db, "main"))](const char* path) {
-            return file == path;
-        });
-}
-
 }  // namespace
 
 sqlite3* openDatabase(const std::string& path) { return os::openDatabase(database(path)); }
@@ -122,7 +111,7 @@ int closeDatabase(sqlite3* db) { return os::closeDatabase(db); }
 
 int executeSql(sqlite3* db, const char* sql, char** errorMessage) {
     // One that fails may have stored it all the same.
-    if (enterSandbox() == nullptr && std::string_view(sql) == "COMMIT" && isChangedByImports(db)) {
+    if (enterSandbox() == nullptr && std::string_view(sql) == "COMMIT") {
         tarvo_backup::deviceIsChanged = true;
     }
     return counted(os::executeSql(db, sql, errorMessage), db, errorMessage);

@@ -1,10 +1,12 @@
 """tarvo-backup restore, confirm and undo: the headend is as before or as after, never between."""
 
 import json
+import os
 import random
 import re
 import signal
 import stat
+import subprocess
 import sys
 import time
 from collections.abc import Callable
@@ -34,6 +36,16 @@ DOCUMENT = "/tmp/document.xml"
 STATE = "/tarvo/backup/.restore/state"
 SI_FOLDER = "/tarvo/datosWeb/tablasSI"
 KILLS = 24
+UNDOS = 3
+READER = """
+import random, sqlite3, sys, time
+while True:
+    database = sqlite3.connect(sys.argv[1], timeout=10)
+    database.execute("SELECT count(*) FROM NimGlobal").fetchall()
+    time.sleep(random.random() / 100)
+    database.close()
+    time.sleep(random.random() / 100)
+"""
 
 
 def new_document(model: str) -> bytes:
@@ -1082,6 +1094,59 @@ class RestoreTest(EndToEndTest):
         self.assertEqual(before, contents(device))
         self.assertEqual(0o640, stat.S_IMODE(database.stat().st_mode))
         self.assertFalse(journal.exists())
+
+    def test_an_undo_makes_a_database_whole_that_was_cut_off(self) -> None:
+        device = self.made()
+        before = contents(device)
+        self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+        database = device.path(CONFIG_DB)
+        os.truncate(database, database.stat().st_size // 2)
+        result = self.backup(device, "undo")
+        self.assertEqual((0, b""), (result.status, result.stderr))
+        self.assertEqual(before, contents(device))
+
+    def test_beside_readers_of_databases_with_logs_an_undo_is_done(self) -> None:
+        device = self.made()
+        for path in (CONFIG_DB, VSEC_DB):
+            with closing(device.database(path)) as database:
+                database.execute("PRAGMA journal_mode = WAL")
+        before = contents(device)
+        reader = [sys.executable, "-c", READER, str(device.path(CONFIG_DB))]
+        for _ in range(UNDOS):
+            self.backup(device, "restore", "--yes", "--confirm", "9", DOCUMENT)
+            self.assertNotEqual(before, contents(device))
+            readers = [subprocess.Popen(reader) for _ in range(3)]
+            try:
+                result = self.backup(device, "undo")
+            finally:
+                for process in readers:
+                    process.kill()
+                    process.wait()
+            self.assertEqual((0, b""), (result.status, result.stderr))
+            self.assertEqual(before, contents(device))
+
+    def test_an_import_fails_after_it_has_stored_something_behind_a_link_and_is_undone(self) -> None:
+        device = self.device("RNB-K408")
+        device.path("/tarvo/DB").rename(device.path("/tarvo/flash"))
+        device.path("/tarvo/DB").symlink_to("flash")
+        cams = re.search(rb"<vsecureCAMList>(.*)</vsecureCAMList>", golden("RNB-K408"), re.DOTALL)[1]
+        setting = "<identification><location>Roof</location></identification>"
+        device.path(DOCUMENT).write_bytes(document(setting, cams=cams.decode()))
+        before = contents(device)
+        with closing(device.database(VSEC_DB)) as neighbour:
+            neighbour.execute("BEGIN IMMEDIATE")
+            running = device.start(BACKUP_PROGRAM, ["restore", "--yes", DOCUMENT], env={"TZ": "UTC"})
+            place = "SELECT valor FROM configuracionWebGlobal WHERE nombre = 'identificacion_localizacion'"
+            end = time.monotonic() + 60
+            while self.query(device, place) != [("Roof",)]:
+                self.assertLess(time.monotonic(), end)
+                time.sleep(0.01)
+            while device.path("/tarvo/backup/.restore/document.xml").exists():
+                time.sleep(0.01)
+            neighbour.execute("ROLLBACK")
+        result = running.wait(240)
+        self.assertEqual(6, result.status, result.stderr)
+        self.assertEqual(before, contents(device))
 
     def test_killed_at_any_moment_it_is_before_or_after(self) -> None:
         template = self.made()
